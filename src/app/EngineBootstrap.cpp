@@ -1,0 +1,45 @@
+#include "EngineBootstrap.h"
+
+#include "ConsolePermissionAlert.h"
+#include "KeyTranslator.h"
+#include "MessageBoxPermissionAlert.h"
+#include "PermissionGuidance.h"
+#include "TextExpander.h"
+#include "X11KeyMonitor.h"
+#include "X11KeyboardOutput.h"
+#include "X11KeymapSource.h"
+#include "X11PermissionProbe.h"
+
+EngineBootstrap::EngineBootstrap(bool withWindows)
+    : m_permissions(std::make_unique<X11PermissionProbe>()),
+      m_keymaps(std::make_unique<X11KeymapSource>()),
+      m_translator(std::make_unique<KeyTranslator>(*m_keymaps)),
+      m_monitor(std::make_unique<X11KeyMonitor>()),
+      m_output(std::make_unique<X11KeyboardOutput>(*m_keymaps)) {
+    if (withWindows)
+        m_windowAlert = std::make_unique<MessageBoxPermissionAlert>();
+    else
+        m_consoleAlert = std::make_unique<ConsolePermissionAlert>();
+    X11KeymapSource* keymaps = m_keymaps.get();
+    m_monitor->setKeymapChangedHandler([keymaps] { keymaps->keymapChanged(); });
+    m_monitor->setGroupChangedHandler([keymaps](uint32_t group) { keymaps->setGroup(group); });
+}
+
+EngineBootstrap::~EngineBootstrap() = default;
+
+bool EngineBootstrap::start(const QString& executablePath) {
+    TextExpander::setSharedPlatform(
+        EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), m_output.get()});
+    const bool listening = TextExpander::shared().isMonitoring();
+    if (listening)
+        m_output->open();
+
+    PermissionAlertPresenter* presenter =
+        m_windowAlert ? static_cast<PermissionAlertPresenter*>(m_windowAlert.get())
+                      : m_consoleAlert.get();
+    PermissionGuidance guidance(*m_permissions, *presenter, executablePath);
+    guidance.checkAndRequestPermissions();
+    return listening;
+}
+
+void EngineBootstrap::restoreKeyboardMapping() { m_output->restoreSpareKeyCodes(); }

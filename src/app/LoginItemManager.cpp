@@ -1,0 +1,38 @@
+#include "LoginItemManager.h"
+
+#include "Diagnostics.h"
+#include "LoginPreferences.h"
+#include "XdgAutostartBackend.h"
+
+LoginItemManager& LoginItemManager::shared() {
+    // Function-local static: created once, safely, on first use; never destroyed.
+    static LoginItemManager* manager =
+        new LoginItemManager(std::make_unique<XdgAutostartBackend>());
+    return *manager;
+}
+
+LoginItemManager::LoginItemManager(std::unique_ptr<LoginItemBackend> backend)
+    : m_backend(std::move(backend)) {}
+
+LoginItemManager::~LoginItemManager() = default;
+
+void LoginItemManager::setStartAtLogin(bool enabled) {
+    const std::optional<QString> error =
+        enabled ? m_backend->registerItem() : m_backend->unregisterItem();
+    if (!error)
+        return;
+    Diagnostics::line(QStringLiteral("Failed to ") +
+                      (enabled ? QStringLiteral("enable") : QStringLiteral("disable")) +
+                      QStringLiteral(" login item: ") + *error);
+}
+
+void LoginItemManager::applyFirstLaunchDefault(LoginPreferences& preferences) {
+    if (preferences.hasLaunchedBefore())
+        return;
+    preferences.setStartAtLogin(true);
+    // Register with the value read back from the preference the switch shows, then once more
+    // with true; the second call rewrites the same entry, so doing it twice is harmless.
+    setStartAtLogin(preferences.startAtLogin());
+    setStartAtLogin(true);
+    preferences.setHasLaunchedBefore(true);
+}

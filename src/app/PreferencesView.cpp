@@ -1,0 +1,103 @@
+#include "PreferencesView.h"
+
+#include "LoginItemManager.h"
+#include "LoginPreferences.h"
+#include "PreferenceCard.h"
+#include "SectionHeader.h"
+#include "ShellStyle.h"
+#include "ToggleSwitch.h"
+#include "ToneLabel.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QVBoxLayout>
+
+namespace {
+// Texts under a header line up with the header's title: icon 24 + spacing 12.
+constexpr int textIndent = SectionHeader::iconSize + SectionHeader::spacing;
+} // namespace
+
+PreferencesView::PreferencesView(LoginItemManager& loginItems, LoginPreferences& preferences,
+                                 QWidget* parent)
+    : QWidget(parent), m_loginItems(loginItems), m_preferences(preferences) {
+    setAutoFillBackground(true);
+    setBackgroundRole(QPalette::Window);
+    setFixedWidth(viewWidth);
+
+    auto* root = new QVBoxLayout(this);
+    root->setContentsMargins(16, 16, 16, 16);
+    root->setSpacing(12);
+
+    buildGeneralCard();
+    buildSyncCard();
+    root->addWidget(m_generalCard, 0, Qt::AlignHCenter);
+    root->addWidget(m_syncCard, 0, Qt::AlignHCenter);
+
+    connect(m_switch, &ToggleSwitch::toggled, this,
+            [this](bool on) { m_preferences.setStartAtLogin(on); });
+    connect(&m_preferences, &LoginPreferences::startAtLoginChanged, m_switch, [this](bool on) {
+        if (m_switch->isChecked() != on)
+            m_switch->setChecked(on);
+    });
+}
+
+void PreferencesView::buildGeneralCard() {
+    m_generalCard = new PreferenceCard(this);
+    QVBoxLayout* content = m_generalCard->contentLayout();
+
+    m_generalHeader = new SectionHeader(QStringLiteral("gearshape.fill"), QStringLiteral("General"),
+                                        {}, m_generalCard);
+    content->addWidget(m_generalHeader);
+
+    auto* row = new QHBoxLayout();
+    row->setContentsMargins(textIndent, 0, 0, 0);
+    row->setSpacing(12);
+
+    auto* labels = new QVBoxLayout();
+    labels->setSpacing(4);
+    m_switchTitle = new QLabel(QStringLiteral("Start at Login"), m_generalCard);
+    m_switchTitle->setFont(ShellStyle::font(14, QFont::Medium));
+    m_switchDetail = new ToneLabel(QStringLiteral("Automatically start Typolet when you log in"),
+                                   ToneLabel::Tone::Tertiary, m_generalCard);
+    m_switchDetail->setFont(ShellStyle::font(12));
+    m_switchDetail->setWordWrap(true);
+    labels->addWidget(m_switchTitle);
+    labels->addWidget(m_switchDetail);
+    row->addLayout(labels, 1);
+
+    m_switch = new ToggleSwitch(m_generalCard);
+    m_switch->setAccessibleName(m_switchTitle->text());
+    m_switch->setChecked(m_preferences.startAtLogin());
+    m_switchTitle->setBuddy(m_switch);
+    row->addWidget(m_switch, 0, Qt::AlignVCenter);
+
+    content->addLayout(row);
+    content->addStretch(1);
+}
+
+void PreferencesView::buildSyncCard() {
+    m_syncCard = new PreferenceCard(this);
+    QVBoxLayout* content = m_syncCard->contentLayout();
+
+    m_syncHeader =
+        new SectionHeader(QStringLiteral("arrow.triangle.2.circlepath"), QStringLiteral("Sync"),
+                          QStringLiteral("Comming Soon"), m_syncCard);
+    content->addWidget(m_syncHeader);
+
+    m_syncDetail = new ToneLabel(QStringLiteral("Keep your snippets synchronized and backed up "
+                                                "across all your devices. Access them anywhere, "
+                                                "anytime."),
+                                 ToneLabel::Tone::Tertiary, m_syncCard);
+    m_syncDetail->setFont(ShellStyle::font(12));
+    m_syncDetail->setWordWrap(true);
+    m_syncDetail->setContentsMargins(textIndent, 0, 0, 0);
+    content->addWidget(m_syncDetail);
+    content->addStretch(1);
+}
+
+void PreferencesView::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    m_loginItems.applyFirstLaunchDefault(m_preferences);
+    // The stored value may have been changed elsewhere while the window was hidden.
+    m_switch->setChecked(m_preferences.startAtLogin());
+}

@@ -1,0 +1,69 @@
+#include "QuitConfirmation.h"
+
+#include "ActivationPolicy.h"
+
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <memory>
+
+const QString QuitConfirmation::messageText = QStringLiteral("Quit Typolet?");
+const QString QuitConfirmation::informativeText =
+    QStringLiteral("Do you want to quit Typolet completely or keep it running in the background?");
+const QString QuitConfirmation::quitTitle = QStringLiteral("Quit");
+const QString QuitConfirmation::runInBackgroundTitle = QStringLiteral("Run in Background");
+const QString QuitConfirmation::cancelTitle = QStringLiteral("Cancel");
+
+QuitConfirmation::QuitConfirmation(ActivationPolicy& policy) : m_policy(policy) {}
+
+QMessageBox* QuitConfirmation::createAlert(QWidget* parent) {
+    auto* alert = new QMessageBox(parent);
+    alert->setWindowTitle(QStringLiteral("Typolet"));
+    alert->setText(messageText);
+    alert->setInformativeText(informativeText);
+    alert->setIcon(QMessageBox::NoIcon);
+    // The question stands out above its explanation.
+    if (auto* question = alert->findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
+        QFont bold = question->font();
+        bold.setBold(true);
+        question->setFont(bold);
+    }
+    // One role for all three keeps them in the order they are added, whatever order the
+    // desktop would give accept and reject buttons.
+    QPushButton* quit = alert->addButton(quitTitle, QMessageBox::ActionRole);
+    alert->addButton(runInBackgroundTitle, QMessageBox::ActionRole);
+    QPushButton* cancel = alert->addButton(cancelTitle, QMessageBox::ActionRole);
+    // Some breathing room around the titles, which the default style keeps tight.
+    const QList<QAbstractButton*> buttons = alert->buttons();
+    for (QAbstractButton* button : buttons)
+        button->setMinimumWidth(button->sizeHint().width() + 16);
+    alert->setDefaultButton(quit);
+    alert->setEscapeButton(cancel);
+    return alert;
+}
+
+QuitConfirmation::Response QuitConfirmation::ask(QWidget* parent) {
+    const std::unique_ptr<QMessageBox> alert(createAlert(parent));
+    alert->setWindowModality(Qt::ApplicationModal);
+    alert->exec();
+    QAbstractButton* clicked = alert->clickedButton();
+    if (clicked != nullptr && clicked->text() == quitTitle)
+        return Response::Quit;
+    if (clicked != nullptr && clicked->text() == runInBackgroundTitle)
+        return Response::RunInBackground;
+    return Response::Cancel;
+}
+
+QuitConfirmation::TerminateReply QuitConfirmation::confirmQuit() {
+    switch (ask()) {
+    case Response::Quit:
+        return TerminateReply::Now;
+    case Response::RunInBackground:
+        m_policy.setActivationPolicy(ActivationPolicy::Policy::Accessory);
+        m_policy.hideApplication();
+        return TerminateReply::Cancel;
+    case Response::Cancel:
+        break;
+    }
+    return TerminateReply::Cancel;
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QString>
+
+class ActivationPolicy;
+class QMessageBox;
+class QWidget;
+
+// The question asked in front of every way of quitting (menus, the window manager, the end of
+// the session): quit for good, keep expanding in the background, or carry on as before.
+// Quitting by accident would silently stop every snippet, which is why nothing quits without
+// this answer.
+class QuitConfirmation {
+public:
+    // The alert's answers, numbered in the order of its buttons.
+    enum class Response { Quit = 1000, RunInBackground = 1001, Cancel = 1002 };
+    // Whether the termination that asked may go ahead.
+    enum class TerminateReply { Cancel = 0, Now = 1 };
+
+    explicit QuitConfirmation(ActivationPolicy& policy);
+
+    // Shows the alert and acts on the answer: "Run in Background" switches to the accessory
+    // policy and hides every window. Blocks (in a modal loop) until the user answers.
+    TerminateReply confirmQuit();
+
+    // Shows the alert modally and returns the answer; closing it counts as Cancel.
+    static Response ask(QWidget* parent = nullptr);
+
+    // The alert, built but not shown (for screenshots and for ask()).
+    static QMessageBox* createAlert(QWidget* parent = nullptr);
+
+    static const QString messageText;
+    static const QString informativeText;
+    static const QString quitTitle;
+    static const QString runInBackgroundTitle;
+    static const QString cancelTitle;
+
+private:
+    ActivationPolicy& m_policy;
+};

@@ -1,0 +1,81 @@
+#include "ShellWindows.h"
+
+#include "AboutView.h"
+#include "PreferencesView.h"
+#include "ShellStyle.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QVBoxLayout>
+
+namespace {
+// A titled window with a close button only: neither window is meant to be resized, minimised
+// or maximised.
+std::unique_ptr<QWidget> makeWindow(const QString& title, QSize size, QWidget* content) {
+    auto window =
+        std::make_unique<QWidget>(nullptr, Qt::Window | Qt::CustomizeWindowHint |
+                                               Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
+    window->setWindowTitle(title);
+    window->setWindowIcon(ShellStyle::applicationIcon());
+    window->setFixedSize(size);
+    window->setAutoFillBackground(true);
+    window->setBackgroundRole(QPalette::Window);
+    auto* layout = new QVBoxLayout(window.get());
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(content, 0, Qt::AlignCenter);
+
+    return window;
+}
+
+// Centres the window, frame included, on the primary screen. Before the window is first shown
+// its frame is unknown, so this runs again once it is.
+void centre(QWidget* window) {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (screen == nullptr)
+        return;
+    QRect frame = window->frameGeometry();
+    frame.moveCenter(screen->availableGeometry().center());
+    window->move(frame.topLeft());
+}
+
+void bringForward(QWidget* window) {
+    if (window->isMinimized())
+        window->showNormal();
+    else
+        window->show();
+    window->raise();
+    window->activateWindow();
+}
+} // namespace
+
+ShellWindows::ShellWindows(LoginItemManager& loginItems, LoginPreferences& preferences)
+    : m_loginItems(loginItems), m_preferences(preferences) {}
+
+ShellWindows::~ShellWindows() = default;
+
+void ShellWindows::openPreferencesWindow() {
+    if (!m_preferencesWindow) {
+        m_preferencesView = new PreferencesView(m_loginItems, m_preferences);
+        m_preferencesWindow =
+            makeWindow(QStringLiteral("Preferences"), preferencesSize, m_preferencesView);
+        m_preferencesWindow->setObjectName(QStringLiteral("preferencesWindow"));
+        centre(m_preferencesWindow.get());
+        bringForward(m_preferencesWindow.get());
+        centre(m_preferencesWindow.get());
+        return;
+    }
+    bringForward(m_preferencesWindow.get());
+}
+
+void ShellWindows::openAboutWindow() {
+    if (!m_aboutWindow) {
+        m_aboutView = new AboutView();
+        m_aboutWindow = makeWindow(QStringLiteral("About Typolet"), aboutSize, m_aboutView);
+        m_aboutWindow->setObjectName(QStringLiteral("aboutWindow"));
+        centre(m_aboutWindow.get());
+        bringForward(m_aboutWindow.get());
+        centre(m_aboutWindow.get());
+        return;
+    }
+    bringForward(m_aboutWindow.get());
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QWidget>
+#include <memory>
+
+class AboutView;
+class LoginItemManager;
+class LoginPreferences;
+class PreferencesView;
+
+// The Preferences and About windows. Each is built the first time it is asked for and kept
+// for the life of the process: closing one only hides it, and the next request brings the
+// same window back with its state.
+class ShellWindows {
+public:
+    ShellWindows(LoginItemManager& loginItems, LoginPreferences& preferences);
+    ~ShellWindows();
+
+    // Shows the Preferences window (500 x 400, "Preferences"), building it on first use, and
+    // brings it to the front.
+    void openPreferencesWindow();
+    // The same for the About window (240 x 220, "About Typolet", only a close button).
+    void openAboutWindow();
+
+    // Null until first opened.
+    QWidget* preferencesWindow() const { return m_preferencesWindow.get(); }
+    QWidget* aboutWindow() const { return m_aboutWindow.get(); }
+    PreferencesView* preferencesView() const { return m_preferencesView; }
+    AboutView* aboutView() const { return m_aboutView; }
+
+    static constexpr QSize preferencesSize{500, 400};
+    static constexpr QSize aboutSize{240, 220};
+
+private:
+    LoginItemManager& m_loginItems;
+    LoginPreferences& m_preferences;
+    std::unique_ptr<QWidget> m_preferencesWindow;
+    std::unique_ptr<QWidget> m_aboutWindow;
+    PreferencesView* m_preferencesView = nullptr;
+    AboutView* m_aboutView = nullptr;
+};

@@ -1,0 +1,49 @@
+#include "TypoletApp.h"
+
+#include "AppDelegate.h"
+#include "Diagnostics.h"
+#include "ShellStyle.h"
+#include "SingleInstanceGuard.h"
+
+#include <QApplication>
+#include <QMainWindow>
+
+TypoletApp::TypoletApp(Parts parts, LoginItemManager& loginItems, LoginPreferences& preferences,
+                       const QString& serverName, QObject* parent)
+    : QObject(parent), m_parts(std::move(parts)), m_loginItems(loginItems),
+      m_preferences(preferences), m_guard(std::make_unique<SingleInstanceGuard>(serverName)) {}
+
+TypoletApp::~TypoletApp() = default;
+
+bool TypoletApp::start() {
+    // Two engines would expand every snippet twice: a second launch only wakes the first.
+    if (m_guard->claim() == SingleInstanceGuard::Role::Secondary) {
+        Diagnostics::line(m_guard->notifiedPrimary()
+                              ? QStringLiteral("Typolet is already running; its windows were "
+                                               "brought forward")
+                              : QStringLiteral("Typolet is already running but did not answer"));
+        return false;
+    }
+
+    QApplication::setWindowIcon(ShellStyle::applicationIcon());
+    QGuiApplication::setDesktopFileName(QStringLiteral("typolet"));
+
+    m_delegate = std::make_unique<AppDelegate>(m_loginItems, m_preferences);
+    if (m_parts.startEngine)
+        m_parts.startEngine();
+    if (m_parts.checkPermissions)
+        m_parts.checkPermissions();
+
+    m_mainWindow = std::make_unique<QMainWindow>();
+    m_mainWindow->setObjectName(QStringLiteral("mainWindow"));
+    m_mainWindow->setWindowTitle(QStringLiteral("Typolet"));
+    if (m_parts.makeMainView)
+        m_mainWindow->setCentralWidget(m_parts.makeMainView().release());
+    m_mainWindow->resize(m_mainWindow->sizeHint().expandedTo(QSize(mainWidth, mainHeight)));
+    m_mainWindow->show();
+
+    m_delegate->applicationDidFinishLaunching(m_mainWindow.get());
+    connect(m_guard.get(), &SingleInstanceGuard::activationRequested, m_delegate.get(),
+            &AppDelegate::openApp);
+    return true;
+}

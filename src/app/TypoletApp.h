@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QObject>
+#include <functional>
+#include <memory>
+
+class AppDelegate;
+class LoginItemManager;
+class LoginPreferences;
+class QMainWindow;
+class QWidget;
+class SingleInstanceGuard;
+
+// The program as a whole: makes sure it is the only Typolet of this user, then starts the
+// pieces in their order: the application delegate, the expansion engine, the permission
+// check, the main window, and the delegate's launch steps (menu, tray icon).
+//
+// The engine, the permission check and the main window's content come in as Parts, so the
+// shell does not decide how they are made, and tests can run the shell with stand-ins.
+class TypoletApp : public QObject {
+    Q_OBJECT
+public:
+    struct Parts {
+        // Creates and starts the expansion engine (first use of its single instance).
+        std::function<void()> startEngine;
+        // Checks the permissions; may schedule the guidance alert on the main queue.
+        std::function<void()> checkPermissions;
+        // The main window's content, the snippet editor.
+        std::function<std::unique_ptr<QWidget>()> makeMainView;
+    };
+
+    // `serverName` empty: the per-user single-instance name.
+    explicit TypoletApp(Parts parts, LoginItemManager& loginItems, LoginPreferences& preferences,
+                        const QString& serverName = {}, QObject* parent = nullptr);
+    ~TypoletApp() override;
+
+    // Starts everything. Returns false when another Typolet already runs: it has been asked
+    // to bring its windows forward, nothing was started here, and the program should exit.
+    bool start();
+
+    // Null before start() or when start() returned false.
+    AppDelegate* appDelegate() const { return m_delegate.get(); }
+    QMainWindow* mainWindow() const { return m_mainWindow.get(); }
+
+    // The main window's first size.
+    static constexpr int mainWidth = 1100;
+    static constexpr int mainHeight = 700;
+
+private:
+    Parts m_parts;
+    LoginItemManager& m_loginItems;
+    LoginPreferences& m_preferences;
+    std::unique_ptr<SingleInstanceGuard> m_guard;
+    std::unique_ptr<AppDelegate> m_delegate;
+    std::unique_ptr<QMainWindow> m_mainWindow;
+};

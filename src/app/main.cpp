@@ -1,0 +1,94 @@
+#include "AppDelegate.h"
+#include "ContentView.h"
+#include "Diagnostics.h"
+#include "EngineBootstrap.h"
+#include "LoginItemManager.h"
+#include "LoginPreferences.h"
+#include "ShortcutDataManager.h"
+#include "TypoletApp.h"
+#include "X11ConnectionLoss.h"
+#include "X11PermissionProbe.h"
+
+#include <QApplication>
+#include <QCoreApplication>
+#include <csignal>
+#include <memory>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <QSocketNotifier>
+
+namespace {
+// Qt's own report of a broken X connection becomes our one line (Qt exits right after it).
+QtMessageHandler previousMessageHandler = nullptr;
+
+void filterQtMessages(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+    if (text.contains(QLatin1String("X11 connection broke")) ||
+        text.contains(QLatin1String("XLib IO error")))
+        X11ConnectionLoss::end();
+    // Hand every message on to the handler that was in place before ours (Qt's default).
+    if (previousMessageHandler)
+        previousMessageHandler(type, context, text);
+}
+
+// SIGTERM and SIGINT end the event loop normally, so spare keycodes are emptied on the way out.
+int signalPipe[2] = {-1, -1};
+void onTerminationSignal(int) {
+    const char byte = 1;
+    [[maybe_unused]] const auto written = ::write(signalPipe[1], &byte, 1);
+}
+} // namespace
+
+int main(int argc, char* argv[]) {
+    QCoreApplication::setOrganizationName(QStringLiteral("Typolet"));
+    QCoreApplication::setApplicationName(QStringLiteral("Typolet"));
+
+    // QApplication aborts when it cannot open a display, so look first.
+    const bool hasDisplay = X11PermissionProbe::displayAvailable();
+    std::unique_ptr<QCoreApplication> app;
+    if (hasDisplay) {
+        // If the toolkit cannot use the display after all, it runs without windows rather than abort.
+        qputenv("QT_QPA_PLATFORM", "xcb;offscreen");
+        app = std::make_unique<QApplication>(argc, argv);
+        previousMessageHandler = qInstallMessageHandler(filterQtMessages);
+    } else {
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    }
+
+    EngineBootstrap engine(hasDisplay);
+
+    if (!hasDisplay) {
+        ShortcutDataManager::shared();
+        engine.start(QCoreApplication::applicationFilePath());
+        QCoreApplication::processEvents(); // shows the guidance that start() scheduled
+        Diagnostics::line(QStringLiteral("Typolet needs an X11 display and could not open one "
+                                         "(DISPLAY is \"%1\").")
+                              .arg(qEnvironmentVariable("DISPLAY")));
+        return 1;
+    }
+
+    // The shell starts the pieces in order: the engine (with its permission check, which only
+    // schedules its guidance), then the main window around the snippet editor, then the menus
+    // and the tray icon. A second launch starts none of them; it wakes the running Typolet.
+    TypoletApp typolet(
+        {[&engine] {
+             ShortcutDataManager::shared();
+             engine.start(QCoreApplication::applicationFilePath());
+         },
+         {}, // the permission check is part of EngineBootstrap::start
+         [] { return std::make_unique<ContentView>(ShortcutDataManager::shared()); }},
+        LoginItemManager::shared(), LoginPreferences::shared());
+    if (!typolet.start())
+        return 0;
+
+    // A termination signal cannot answer the quit question: it ends Typolet at once.
+    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) == 0) {
+        auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, app.get());
+        QObject::connect(notifier, &QSocketNotifier::activated, app.get(),
+                         [&typolet] { typolet.appDelegate()->terminateWithoutAsking(); });
+        std::signal(SIGTERM, onTerminationSignal);
+        std::signal(SIGINT, onTerminationSignal);
+    }
+    QObject::connect(app.get(), &QCoreApplication::aboutToQuit,
+                     [&engine] { engine.restoreKeyboardMapping(); });
+    return app->exec();
+}

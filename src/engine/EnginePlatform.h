@@ -1,0 +1,15 @@
+#pragma once
+
+class KeyMonitor;
+class KeyTranslator;
+class KeyboardOutput;
+class PermissionProbe;
+
+// The platform pieces an engine works with, owned elsewhere (they live as long as the process).
+// Any of them may be missing: the engine then writes why it cannot listen and stays idle.
+struct EnginePlatform {
+    PermissionProbe* permissions = nullptr;
+    KeyMonitor* monitor = nullptr;
+    KeyTranslator* translator = nullptr;
+    KeyboardOutput* output = nullptr;
+};

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QString>
+#include <cstdint>
+#include <optional>
+
+class KeymapSource;
+struct xkb_context;
+struct xkb_compose_table;
+struct xkb_compose_state;
+
+// Turns the key code of a key-down into the text the key gives on the user's current layout,
+// always as if no modifier were held (Shift, Caps Lock, AltGr and Control never change it), so
+// that a command is recognised however it was typed.
+//
+// Dead keys compose through the compose table of the user's locale: a dead key alone gives the
+// empty text and leaves the engine's dead-key state set; the next key gives the composed
+// character. The keymap and group are read from the source on every key, so a layout switch or a
+// new keymap is used from the next key on.
+class KeyTranslator {
+public:
+    // `locale` picks the compose table; empty means the user's locale from the environment.
+    explicit KeyTranslator(KeymapSource& source, const QString& locale = {});
+    ~KeyTranslator();
+    KeyTranslator(const KeyTranslator&) = delete;
+    KeyTranslator& operator=(const KeyTranslator&) = delete;
+
+    // The key's text, possibly empty; nothing when the key could not be translated (the reason
+    // has been written). `deadKeyState` is non-zero while a dead-key sequence is pending.
+    std::optional<QString> translateKeyCode(uint32_t keyCode, uint32_t& deadKeyState);
+
+    // True for keys whose plain symbol is a modifier (Shift, Control, AltGr, Caps Lock...):
+    // pressing one alone is not typing.
+    bool isModifierKey(uint32_t keyCode);
+
+    // The texts that editing and navigation keys give, whatever the layout: BackSpace U+0008,
+    // Delete U+007F, Return and KP_Enter U+000D, Tab U+0009, Escape U+001B, arrows
+    // U+001C..U+001F, F1..F35 U+0010.
+    static std::optional<QString> fixedText(uint32_t keysym);
+
+    bool hasComposeTable() const { return m_composeState != nullptr; }
+
+private:
+    uint32_t plainKeysym(uint32_t keyCode);
+
+    KeymapSource& m_source;
+    xkb_context* m_context = nullptr;
+    xkb_compose_table* m_composeTable = nullptr;
+    xkb_compose_state* m_composeState = nullptr;
+};

@@ -1,0 +1,13 @@
+#pragma once
+
+// Asks the system whether the engine may do its two jobs. On X11 there is nothing to grant:
+// the answers say whether a display with the needed extensions is there.
+class PermissionProbe {
+public:
+    virtual ~PermissionProbe() = default;
+
+    // Keys typed in other applications can be observed ("Input Monitoring").
+    virtual bool canObserveKeys() = 0;
+    // Synthetic keys can be posted to other applications ("Accessibility").
+    virtual bool canPostKeys() = 0;
+};

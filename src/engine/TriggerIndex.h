@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Shortcut.h"
+
+#include <QHash>
+#include <QList>
+#include <QString>
+#include <optional>
+#include <vector>
+
+class KeystrokeBuffer;
+
+// Finds the snippet whose command the buffer ends with, in time that depends on the length of
+// the commands, not on how many snippets there are.
+//
+// The answer is the one the plain rule gives: order the snippets by the number of characters of
+// their command, longest first, keeping list order among equal lengths, and take the first whose
+// command the buffer ends with. The index is a trie over the commands' canonical characters read
+// from the end; walking the buffer backwards visits every command that could match, and each
+// node remembers the snippet that would come first in that order.
+class TriggerIndex {
+public:
+    void rebuild(const QList<Shortcut>& shortcuts);
+
+    // Position in the indexed list of the matching snippet, if any.
+    std::optional<qsizetype> match(const KeystrokeBuffer& buffer) const;
+
+private:
+    struct Candidate {
+        qsizetype listIndex = -1;
+        qsizetype length = -1; // characters in the command as written
+        bool beats(const Candidate& other) const {
+            return other.listIndex < 0 || length > other.length ||
+                   (length == other.length && listIndex < other.listIndex);
+        }
+    };
+    static constexpr quint32 noSymbol = 0xffffffffu;
+
+    // Characters become small numbers: a printable ASCII character is its own code, any other
+    // canonical character gets the next free number above 127.
+    quint32 symbolFor(const QString& canonicalCharacter) const;
+    quint32 internSymbol(const QString& canonicalCharacter);
+    quint32 child(quint32 node, quint32 symbol) const;
+    quint32 addChild(quint32 node, quint32 symbol);
+
+    QHash<QString, quint32> m_symbols;
+    QHash<quint64, quint32> m_edges; // (node << 32 | symbol) -> child node
+    std::vector<Candidate> m_best;   // per node; node 0 is the root (the empty command)
+};

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Category.h"
+#include "Shortcut.h"
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QList>
+#include <optional>
+
+// The stored JSON form of snippets and categories: compact arrays of objects whose keys are
+// always all written, UUIDs in upper case, times as seconds since 2001-01-01 UTC.
+//
+// Decoding is strict and all-or-nothing: a missing key, a wrong type, null, or an id that is
+// not a canonical 36-character UUID fails the record, and one failed record fails the list.
+// Keys nobody knows are ignored.
+class RecordCodec {
+public:
+    static QJsonObject encode(const Shortcut& shortcut);
+    static QJsonObject encode(const Category& category);
+    static std::optional<Shortcut> decodeShortcut(const QJsonValue& value);
+    static CategoryRef decodeCategory(const QJsonValue& value); // null on failure
+
+    // nullopt when a record cannot be represented (a time that is not a finite number).
+    static std::optional<QByteArray> encodeShortcuts(const QList<Shortcut>& shortcuts);
+    static std::optional<QByteArray> encodeCategories(const QList<CategoryRef>& categories);
+    static std::optional<QList<Shortcut>> decodeShortcuts(const QByteArray& json);
+    static std::optional<QList<CategoryRef>> decodeCategories(const QByteArray& json);
+
+    // Canonical upper-case form, and the strict parse that accepts either case.
+    static QString uuidString(const QUuid& id);
+    static std::optional<QUuid> parseUuid(const QString& text);
+};

@@ -1,0 +1,198 @@
+#include "ShortcutDataManager.h"
+
+#include "Diagnostics.h"
+#include "MainQueue.h"
+#include "NotificationCenter.h"
+#include "RecordCodec.h"
+#include "SettingsFile.h"
+
+#include <QSettings>
+#include <QVariant>
+
+namespace {
+QString statusText(QSettings::Status status) {
+    switch (status) {
+    case QSettings::AccessError:
+        return QStringLiteral("the settings file could not be written");
+    case QSettings::FormatError:
+        return QStringLiteral("the settings file is malformed");
+    case QSettings::NoError:
+        break;
+    }
+    return QStringLiteral("unknown error");
+}
+} // namespace
+
+ShortcutDataManager& ShortcutDataManager::shared() {
+    static ShortcutDataManager* store = new ShortcutDataManager(); // lives as long as the process
+    return *store;
+}
+
+ShortcutDataManager::ShortcutDataManager(const QString& settingsFile, QObject* parent)
+    : QObject(parent),
+      m_settings(SettingsFile::open(settingsFile)) {
+    loadCategories();
+    loadShortcuts();
+    for (const CategoryRef& category : std::as_const(m_categories)) {
+        if (category->id() == Category::defaultCategoryId)
+            return;
+    }
+    QList<CategoryRef> categories = m_categories;
+    categories.append(defaultCategory());
+    setCategories(std::move(categories));
+    saveCategories();
+}
+
+ShortcutDataManager::~ShortcutDataManager() = default;
+
+QString ShortcutDataManager::settingsPath() const { return m_settings->fileName(); }
+
+void ShortcutDataManager::setShortcuts(QList<Shortcut> shortcuts) {
+    m_shortcuts = std::move(shortcuts);
+    ++m_shortcutsRevision;
+    emit shortcutsChanged();
+}
+
+void ShortcutDataManager::appendShortcut(const Shortcut& shortcut) {
+    m_shortcuts.append(shortcut);
+    ++m_shortcutsRevision;
+    emit shortcutsChanged();
+}
+
+void ShortcutDataManager::removeShortcut(const QUuid& id) {
+    m_shortcuts.removeIf([&](const Shortcut& s) { return s.id == id; });
+    ++m_shortcutsRevision;
+    emit shortcutsChanged();
+}
+
+void ShortcutDataManager::setCategories(QList<CategoryRef> categories) {
+    m_categories = std::move(categories);
+    emit categoriesChanged();
+}
+
+CategoryRef ShortcutDataManager::category(const QUuid& id) const {
+    for (const CategoryRef& category : m_categories) {
+        if (category->id() == id)
+            return category;
+    }
+    return {};
+}
+
+bool ShortcutDataManager::isDuplicateCategoryName(const QString& name,
+                                                  std::optional<QUuid> excluding) const {
+    // Full Unicode lower-casing, no trimming: "Work" clashes with "work", not with " Work".
+    const QString candidate = name.toLower();
+    for (const CategoryRef& category : m_categories) {
+        if (excluding && category->id() == *excluding)
+            continue;
+        if (category->name().toLower() == candidate)
+            return true;
+    }
+    return false;
+}
+
+std::optional<DataError> ShortcutDataManager::addCategory(const QString& name) {
+    if (isDuplicateCategoryName(name, std::nullopt))
+        return DataError::duplicateCategoryName();
+    QList<CategoryRef> categories = m_categories;
+    categories.append(Category::create(name));
+    setCategories(std::move(categories));
+    saveCategories();
+    return std::nullopt;
+}
+
+std::optional<DataError> ShortcutDataManager::updateCategory(const Category& category,
+                                                             const QString& newName) {
+    if (isDuplicateCategoryName(newName, category.id()))
+        return DataError::duplicateCategoryName();
+    const auto found = std::find_if(m_categories.cbegin(), m_categories.cend(),
+                                    [&](const CategoryRef& c) { return c->id() == category.id(); });
+    if (found == m_categories.cend())
+        return std::nullopt;
+    // A new object rather than a rename in place: holders of the old object keep what they had.
+    QList<CategoryRef> categories = m_categories;
+    categories[found - m_categories.cbegin()] =
+        CategoryRef::create(category.id(), newName, category.createdAt());
+    setCategories(std::move(categories));
+    saveCategories();
+    return std::nullopt;
+}
+
+void ShortcutDataManager::deleteCategory(const Category& category) {
+    const QUuid id = category.id(); // `category` may be one of the objects removed below
+    if (id == Category::defaultCategoryId)
+        return;
+    QList<Shortcut> shortcuts = m_shortcuts;
+    shortcuts.removeIf([&](const Shortcut& s) { return s.categoryId == id; });
+    setShortcuts(std::move(shortcuts));
+    QList<CategoryRef> categories = m_categories;
+    categories.removeIf([&](const CategoryRef& c) { return c->id() == id; });
+    setCategories(std::move(categories));
+    saveCategories();
+    saveShortcuts();
+}
+
+void ShortcutDataManager::updateShortcut(const Shortcut& shortcut, const QString& command,
+                                         const QString& content, std::optional<QUuid> categoryId) {
+    const auto found = std::find_if(m_shortcuts.cbegin(), m_shortcuts.cend(),
+                                    [&](const Shortcut& s) { return s.id == shortcut.id; });
+    if (found == m_shortcuts.cend())
+        return;
+    const qsizetype index = found - m_shortcuts.cbegin();
+    m_shortcuts[index] = Shortcut(shortcut.id, command, content, shortcut.createdAt,
+                                  categoryId.value_or(shortcut.categoryId));
+    ++m_shortcutsRevision;
+    emit shortcutsChanged();
+    saveShortcuts();
+}
+
+void ShortcutDataManager::write(const char* key, const QByteArray& data) {
+    m_settings->setValue(QLatin1String(key), data);
+    m_settings->sync();
+    const QSettings::Status status = m_settings->status();
+    if (status == QSettings::NoError)
+        return;
+    const QString message = QStringLiteral("Could not save %1 to %2: %3")
+                                .arg(QLatin1String(key), settingsPath(), statusText(status));
+    Diagnostics::line(message);
+    emit saveFailed(message);
+}
+
+void ShortcutDataManager::saveShortcuts() {
+    const auto data = m_shortcutEncoder.encode(m_shortcuts);
+    if (!data)
+        return;
+    write(shortcutsKey, *data);
+    // Observers run after the action that saved has finished; the list they get is the one
+    // current at delivery.
+    MainQueue::async([this] { postShortcutsUpdated(); }, this);
+}
+
+void ShortcutDataManager::saveCategories() {
+    const auto data = RecordCodec::encodeCategories(m_categories);
+    if (!data)
+        return;
+    write(categoriesKey, *data);
+}
+
+void ShortcutDataManager::postShortcutsUpdated() {
+    NotificationCenter::defaultCenter().post(
+        QLatin1String(shortcutsUpdatedNotification),
+        {{QStringLiteral("shortcuts"), QVariant::fromValue(m_shortcuts)}});
+}
+
+void ShortcutDataManager::loadShortcuts() {
+    const QVariant value = m_settings->value(QLatin1String(shortcutsKey));
+    if (value.typeId() != QMetaType::QByteArray)
+        return;
+    if (auto shortcuts = RecordCodec::decodeShortcuts(value.toByteArray()))
+        setShortcuts(std::move(*shortcuts));
+}
+
+void ShortcutDataManager::loadCategories() {
+    const QVariant value = m_settings->value(QLatin1String(categoriesKey));
+    if (value.typeId() != QMetaType::QByteArray)
+        return;
+    if (auto categories = RecordCodec::decodeCategories(value.toByteArray()))
+        setCategories(std::move(*categories));
+}

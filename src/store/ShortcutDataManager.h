@@ -1,0 +1,85 @@
+#pragma once
+
+#include "Category.h"
+#include "DataError.h"
+#include "Shortcut.h"
+#include "ShortcutListEncoder.h"
+
+#include <QList>
+#include <QObject>
+#include <memory>
+#include <optional>
+
+class QSettings;
+
+// The single owner of the snippet and category lists. Loads both from the user's settings
+// file when created, guarantees the default category, validates category names, writes a
+// list back after every change and announces every snippet save as "ShortcutsUpdated".
+//
+// Lists keep their stored order and are scanned from the front: the record with a given id is
+// always the first one with that id.
+class ShortcutDataManager : public QObject {
+    Q_OBJECT
+public:
+    // The process-wide store, created and loaded on first use from
+    // $XDG_CONFIG_HOME/Typolet/Typolet.conf.
+    static ShortcutDataManager& shared();
+
+    // A store over the given settings file (tests use their own); an empty path means the
+    // user's standard Typolet settings. Loads at once, like shared().
+    explicit ShortcutDataManager(const QString& settingsFile = {}, QObject* parent = nullptr);
+    ~ShortcutDataManager() override;
+
+    const QList<Shortcut>& shortcuts() const { return m_shortcuts; }
+    const QList<CategoryRef>& categories() const { return m_categories; }
+
+    // Bumped on every change to shortcuts(), so derived indexes know when to rebuild.
+    quint64 shortcutsRevision() const { return m_shortcutsRevision; }
+
+    // Direct changes to the snippet list; they are not saved until saveShortcuts().
+    void setShortcuts(QList<Shortcut> shortcuts);
+    void appendShortcut(const Shortcut& shortcut);
+    void removeShortcut(const QUuid& id); // every snippet with that id
+
+    [[nodiscard]] std::optional<DataError> addCategory(const QString& name);
+    [[nodiscard]] std::optional<DataError> updateCategory(const Category& category,
+                                                          const QString& newName);
+    void deleteCategory(const Category& category);
+    void updateShortcut(const Shortcut& shortcut, const QString& command, const QString& content,
+                        std::optional<QUuid> categoryId = std::nullopt);
+
+    void saveShortcuts();
+    void saveCategories();
+    void loadShortcuts();
+    void loadCategories();
+
+    static CategoryRef defaultCategory() { return Category::defaultCategory(); }
+
+    // The first category with this id, or null.
+    CategoryRef category(const QUuid& id) const;
+
+    // Where the lists are kept on disk.
+    QString settingsPath() const;
+
+    static constexpr const char* shortcutsKey = "Shortcuts";
+    static constexpr const char* categoriesKey = "Categories";
+    static constexpr const char* shortcutsUpdatedNotification = "ShortcutsUpdated";
+
+signals:
+    void shortcutsChanged();
+    void categoriesChanged();
+    // A write reached no disk; the in-memory lists keep the change.
+    void saveFailed(const QString& message);
+
+private:
+    bool isDuplicateCategoryName(const QString& name, std::optional<QUuid> excluding) const;
+    void setCategories(QList<CategoryRef> categories);
+    void write(const char* key, const QByteArray& data);
+    void postShortcutsUpdated();
+
+    std::unique_ptr<QSettings> m_settings;
+    QList<Shortcut> m_shortcuts;
+    QList<CategoryRef> m_categories;
+    quint64 m_shortcutsRevision = 0;
+    ShortcutListEncoder m_shortcutEncoder;
+};

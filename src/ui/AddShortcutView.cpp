@@ -1,0 +1,163 @@
+#include "AddShortcutView.h"
+
+#include "CustomTextEditor.h"
+#include "Divider.h"
+#include "FocusableTextField.h"
+#include "FormBand.h"
+#include "FormParts.h"
+#include "InputFieldFrame.h"
+#include "PlainButton.h"
+#include "ShortcutDataManager.h"
+#include "SymbolView.h"
+#include "UiTheme.h"
+
+#include <QHBoxLayout>
+#include <QKeySequence>
+#include <QLabel>
+#include <QPushButton>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+AddShortcutView::AddShortcutView(ShortcutDataManager& dataManager, AddHandler onAdd,
+                                 QWidget* parent)
+    : QDialog(parent), m_dataManager(dataManager), m_onAdd(std::move(onAdd)) {
+    setObjectName(QStringLiteral("addShortcutView"));
+    setWindowTitle(QStringLiteral("New Snippet"));
+    setWindowModality(Qt::WindowModal);
+    setFixedSize(sheetWidth, sheetHeight);
+    setAutoFillBackground(true);
+
+    auto* root = new QVBoxLayout(this);
+    root->setContentsMargins(0, 0, 0, 0);
+    root->setSpacing(0);
+
+    // Header
+    auto* header = new FormBand(this);
+    auto* headerRow = new QHBoxLayout(header);
+    headerRow->setContentsMargins(24, 16, 24, 16);
+    headerRow->addWidget(FormParts::text(QStringLiteral("New Snippet"), UiTheme::title2(), header));
+    headerRow->addStretch();
+    root->addWidget(header);
+
+    // Form
+    auto* form = new QVBoxLayout();
+    form->setContentsMargins(32, 24, 32, 24);
+    form->setSpacing(24);
+
+    auto* commandSection = new QVBoxLayout();
+    commandSection->setSpacing(8);
+    commandSection->addWidget(FormParts::heading(
+        QStringLiteral("Command"),
+        QStringLiteral("Enter a unique shortcut command that will expand to your content"), this));
+    m_commandFrame = new InputFieldFrame(8, 10, this);
+    m_commandFrame->row()->addWidget(
+        FormParts::symbol(QStringLiteral("command"), 16, QColor(), m_commandFrame));
+    m_commandField =
+        new FocusableTextField(QStringLiteral("Enter shortcut (e.g. ;hello)"), m_commandFrame);
+    m_commandField->setObjectName(QStringLiteral("commandField"));
+    m_commandField->setFont(UiTheme::body());
+    m_commandFrame->row()->addWidget(m_commandField, 1);
+    commandSection->addWidget(m_commandFrame);
+    m_errorRow = FormParts::errorRow(QStringLiteral("This command already exists"), this);
+    m_errorRow->setObjectName(QStringLiteral("duplicateError"));
+    m_errorRow->setVisible(false);
+    commandSection->addWidget(m_errorRow);
+    form->addLayout(commandSection);
+
+    auto* contentSection = new QVBoxLayout();
+    contentSection->setSpacing(8);
+    contentSection->addWidget(
+        FormParts::heading(QStringLiteral("Content"),
+                           QStringLiteral("Enter the text that will replace your command"), this));
+    auto* contentFrame = new InputFieldFrame(8, 8, this);
+    contentFrame->setFixedHeight(140);
+    m_contentEditor = new CustomTextEditor(contentFrame);
+    m_contentEditor->setObjectName(QStringLiteral("contentEditor"));
+    m_contentEditor->setFont(UiTheme::system(13));
+    contentFrame->row()->addWidget(m_contentEditor);
+    // Where the first typed line appears: just inside the editor's first line.
+    m_contentPlaceholder = FormParts::secondaryText(QStringLiteral("Enter your content here..."),
+                                                    UiTheme::body(), contentFrame);
+    m_contentPlaceholder->setObjectName(QStringLiteral("contentPlaceholder"));
+    m_contentPlaceholder->setAttribute(Qt::WA_TransparentForMouseEvents);
+    m_contentPlaceholder->adjustSize();
+    m_contentPlaceholder->move(8, 8 + CustomTextEditor::verticalInset);
+    contentSection->addWidget(contentFrame);
+    form->addLayout(contentSection);
+    root->addLayout(form);
+    root->addStretch(1);
+
+    root->addWidget(new Divider(Qt::Horizontal, this));
+
+    // Buttons
+    auto* footer = new FormBand(this);
+    auto* buttons = new QHBoxLayout(footer);
+    buttons->setContentsMargins(16, 16, 16, 16);
+    buttons->setSpacing(16);
+    buttons->addStretch();
+    m_cancelButton = FormParts::cancelButton(footer);
+    m_cancelButton->setObjectName(QStringLiteral("cancelButton"));
+    buttons->addWidget(m_cancelButton);
+    m_addButton = FormParts::primaryButton(QStringLiteral("checkmark.circle.fill"),
+                                           QStringLiteral("Add"), 6, footer);
+    m_addButton->setObjectName(QStringLiteral("addButton"));
+    m_addButton->setToolTip(QStringLiteral("Add Snippet"));
+    buttons->addWidget(m_addButton);
+    root->addWidget(footer);
+
+    connect(m_cancelButton, &QAbstractButton::clicked, this, &QDialog::reject);
+    connect(m_addButton, &QAbstractButton::clicked, this, &AddShortcutView::add);
+    for (const QKeySequence& keys :
+         {QKeySequence(Qt::CTRL | Qt::Key_Return), QKeySequence(Qt::CTRL | Qt::Key_Enter)}) {
+        auto* shortcut = new QShortcut(keys, this);
+        connect(shortcut, &QShortcut::activated, this, [this] {
+            if (m_addButton->isEnabled())
+                add();
+        });
+    }
+    connect(m_commandField, &FocusableTextField::editingChanged, this, [this](bool editing) {
+        m_isCommandFieldFocused = editing;
+        m_commandFrame->setHighlighted(editing);
+    });
+    connect(m_commandField, &QLineEdit::textChanged, this, [this] {
+        // Any edit of the command takes back the duplicate message.
+        setShowingDuplicateError(false);
+        updateState();
+    });
+    connect(m_contentEditor, &CustomTextEditor::textEdited, this, &AddShortcutView::updateState);
+    updateState();
+}
+
+QString AddShortcutView::command() const {
+    return m_commandField->text();
+}
+QString AddShortcutView::content() const {
+    return m_contentEditor->text();
+}
+
+void AddShortcutView::updateState() {
+    const bool contentEmpty = m_contentEditor->document()->isEmpty();
+    m_contentPlaceholder->setVisible(contentEmpty);
+    m_addButton->setEnabled(!command().isEmpty() && !contentEmpty);
+}
+
+void AddShortcutView::setShowingDuplicateError(bool showing) {
+    m_showingDuplicateError = showing;
+    m_errorRow->setVisible(showing);
+}
+
+void AddShortcutView::add() {
+    const QString command = this->command();
+    const QString content = this->content();
+    if (command.isEmpty() || content.isEmpty())
+        return;
+    for (const Shortcut& existing : m_dataManager.shortcuts()) {
+        if (existing.command == command) {
+            setShowingDuplicateError(true);
+            return;
+        }
+    }
+    if (m_onAdd)
+        m_onAdd(command, content);
+    accept();
+}

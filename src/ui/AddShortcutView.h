@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QDialog>
+#include <functional>
+
+class CustomTextEditor;
+class FocusableTextField;
+class InputFieldFrame;
+class PlainButton;
+class QLabel;
+class QPushButton;
+class ShortcutDataManager;
+
+// The "New Snippet" sheet: a command and a content, both required. A command that an
+// existing snippet already uses (exactly, letter case counts) is refused with "This command
+// already exists" until the command is edited. On success it hands both texts, exactly as
+// typed, to `onAdd` and closes; the presenter creates and saves the snippet. Escape cancels,
+// Ctrl+Return adds; Return alone never submits (it belongs to the content editor).
+class AddShortcutView : public QDialog {
+    Q_OBJECT
+public:
+    using AddHandler = std::function<void(const QString& command, const QString& content)>;
+
+    static constexpr int sheetWidth = 480;
+    static constexpr int sheetHeight = 480;
+
+    AddShortcutView(ShortcutDataManager& dataManager, AddHandler onAdd, QWidget* parent = nullptr);
+
+    QString command() const;
+    QString content() const;
+    bool showingDuplicateError() const { return m_showingDuplicateError; }
+    bool isCommandFieldFocused() const { return m_isCommandFieldFocused; }
+
+    FocusableTextField* commandField() const { return m_commandField; }
+    CustomTextEditor* contentEditor() const { return m_contentEditor; }
+    QPushButton* addButton() const { return m_addButton; }
+    PlainButton* cancelButton() const { return m_cancelButton; }
+
+private:
+    void add();
+    void setShowingDuplicateError(bool showing);
+    void updateState();
+
+    ShortcutDataManager& m_dataManager;
+    AddHandler m_onAdd;
+    bool m_showingDuplicateError = false;
+    bool m_isCommandFieldFocused = false;
+
+    FocusableTextField* m_commandField;
+    InputFieldFrame* m_commandFrame;
+    QWidget* m_errorRow;
+    CustomTextEditor* m_contentEditor;
+    QLabel* m_contentPlaceholder;
+    PlainButton* m_cancelButton;
+    QPushButton* m_addButton;
+};

@@ -1,0 +1,64 @@
+#include "CategoryListModel.h"
+
+#include "ShortcutDataManager.h"
+
+CategoryListModel::CategoryListModel(ShortcutDataManager& dataManager, QObject* parent)
+    : QAbstractListModel(parent), m_dataManager(dataManager),
+      m_categories(dataManager.categories()) {
+    recount();
+    connect(&m_dataManager, &ShortcutDataManager::categoriesChanged, this, [this] {
+        beginResetModel();
+        m_categories = m_dataManager.categories();
+        endResetModel();
+    });
+    connect(&m_dataManager, &ShortcutDataManager::shortcutsChanged, this, [this] {
+        recount();
+        if (!m_categories.isEmpty())
+            emit dataChanged(index(0), index(int(m_categories.size()) - 1), {CountRole});
+    });
+}
+
+void CategoryListModel::recount() {
+    m_counts.clear();
+    for (const Shortcut& shortcut : m_dataManager.shortcuts())
+        ++m_counts[shortcut.categoryId];
+}
+
+int CategoryListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : int(m_categories.size());
+}
+
+QVariant CategoryListModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid() || index.row() >= m_categories.size())
+        return {};
+    const CategoryRef& category = m_categories.at(index.row());
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::AccessibleTextRole:
+        return category->name();
+    case IdRole:
+        return category->id();
+    case CountRole:
+        return shortcutCount(category->id());
+    case ProtectedRole:
+        return Category::isProtected(category->id());
+    default:
+        return {};
+    }
+}
+
+CategoryRef CategoryListModel::categoryAt(int row) const {
+    return row >= 0 && row < m_categories.size() ? m_categories.at(row) : CategoryRef();
+}
+
+int CategoryListModel::rowOf(const QUuid& id) const {
+    for (int row = 0; row < m_categories.size(); ++row) {
+        if (m_categories.at(row)->id() == id)
+            return row;
+    }
+    return -1;
+}
+
+int CategoryListModel::shortcutCount(const QUuid& categoryId) const {
+    return m_counts.value(categoryId, 0);
+}

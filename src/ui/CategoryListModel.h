@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Category.h"
+
+#include <QAbstractListModel>
+#include <QHash>
+#include <QUuid>
+
+class ShortcutDataManager;
+
+// The store's categories, in stored order, for the sidebar. Each row also knows how many
+// snippets belong to its category. A change of the category list resets the model; a change
+// of the snippets only updates the counts.
+class CategoryListModel : public QAbstractListModel {
+    Q_OBJECT
+public:
+    enum Role { IdRole = Qt::UserRole + 1, CountRole, ProtectedRole };
+
+    explicit CategoryListModel(ShortcutDataManager& dataManager, QObject* parent = nullptr);
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+
+    CategoryRef categoryAt(int row) const;
+    int rowOf(const QUuid& id) const; // -1 when absent
+    int shortcutCount(const QUuid& categoryId) const;
+
+private:
+    void recount();
+
+    ShortcutDataManager& m_dataManager;
+    QList<CategoryRef> m_categories;
+    QHash<QUuid, int> m_counts;
+};

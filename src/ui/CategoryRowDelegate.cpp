@@ -1,0 +1,27 @@
+#include "CategoryRowDelegate.h"
+
+#include "UiTheme.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+int CategoryRowDelegate::rowHeight() {
+    return QFontMetrics(UiTheme::headline()).height() + QFontMetrics(UiTheme::caption()).height() +
+           1 + 2 * 4 + 8;
+}
+
+QSize CategoryRowDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const {
+    return QSize(200, rowHeight());
+}
+
+void CategoryRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                                const QModelIndex&) const {
+    if (!(option.state & QStyle::State_Selected))
+        return;
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    QPainterPath shape;
+    shape.addRoundedRect(QRectF(option.rect).adjusted(6, 1, -6, -1), 6, 6);
+    painter->fillPath(shape, UiTheme::accent(option.widget));
+    painter->restore();
+}

@@ -1,0 +1,135 @@
+#include "CategoryRowView.h"
+
+#include "EditCategoryView.h"
+#include "ElidedLabel.h"
+#include "FormParts.h"
+#include "PlainButton.h"
+#include "ShortcutDataManager.h"
+#include "SymbolView.h"
+#include "UiTheme.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+CategoryRowView::CategoryRowView(ShortcutDataManager& dataManager, CategoryRef category,
+                                 int shortcutCount, QWidget* parent)
+    : QWidget(parent), m_dataManager(dataManager), m_category(std::move(category)),
+      m_shortcutCount(shortcutCount) {
+    setObjectName(QStringLiteral("categoryRow"));
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(14, 4, 14, 4);
+    row->setSpacing(8);
+
+    m_folder = new SymbolView(QStringLiteral("folder"), 16, this);
+    row->addWidget(m_folder);
+
+    auto* texts = new QVBoxLayout();
+    texts->setSpacing(1);
+    m_name = new ElidedLabel(m_category->name(), this);
+    m_name->setObjectName(QStringLiteral("categoryName"));
+    m_name->setFont(UiTheme::headline());
+    texts->addWidget(m_name);
+    m_count = new ElidedLabel(countText(), this);
+    m_count->setObjectName(QStringLiteral("categoryCount"));
+    m_count->setFont(UiTheme::caption());
+    texts->addWidget(m_count);
+    row->addLayout(texts, 1);
+
+    if (!isProtected()) {
+        auto* buttons = new QHBoxLayout();
+        buttons->setSpacing(8);
+        m_editButton = new PlainButton(QStringLiteral("pencil.circle.fill"), QString(), this);
+        m_editButton->setObjectName(QStringLiteral("editCategoryButton"));
+        m_editButton->setSymbolSize(14);
+        m_editButton->setToolTip(QStringLiteral("Edit Category"));
+        buttons->addWidget(m_editButton);
+        m_deleteButton = new PlainButton(QStringLiteral("trash.circle.fill"), QString(), this);
+        m_deleteButton->setObjectName(QStringLiteral("deleteCategoryButton"));
+        m_deleteButton->setSymbolSize(14);
+        m_deleteButton->setToolTip(QStringLiteral("Delete Category"));
+        buttons->addWidget(m_deleteButton);
+        row->addLayout(buttons);
+        connect(m_editButton, &QAbstractButton::clicked, this, &CategoryRowView::showEditSheet);
+        connect(m_deleteButton, &QAbstractButton::clicked, this, &CategoryRowView::showDeleteAlert);
+    }
+    connect(m_category.data(), &Category::nameChanged, this,
+            [this](const QString& name) { m_name->setText(name); });
+    applyColors();
+}
+
+bool CategoryRowView::isProtected() const {
+    return Category::isProtected(m_category->id());
+}
+
+QString CategoryRowView::countText() const {
+    return QStringLiteral("%1 snippets").arg(m_shortcutCount);
+}
+
+QString CategoryRowView::deleteMessage() const {
+    return QStringLiteral("Are you sure you want to delete '") + m_category->name() +
+           QStringLiteral("'?\nThis will permanently delete all ") +
+           QString::number(m_shortcutCount) + QStringLiteral(" snippets in this category.");
+}
+
+void CategoryRowView::setShortcutCount(int count) {
+    if (m_shortcutCount == count)
+        return;
+    m_shortcutCount = count;
+    m_count->setText(countText());
+}
+
+void CategoryRowView::setSelected(bool selected) {
+    if (m_isSelected == selected)
+        return;
+    m_isSelected = selected;
+    applyColors();
+}
+
+void CategoryRowView::applyColors() {
+    const QPalette& palette = this->palette();
+    const QColor accent = UiTheme::accent(this);
+    const QColor onSelection = palette.color(QPalette::Active, QPalette::HighlightedText);
+    m_folder->setColor(m_isSelected ? QColor(Qt::white) : accent);
+    m_name->setColor(m_isSelected ? onSelection : palette.color(QPalette::WindowText));
+    QColor secondary = m_isSelected ? onSelection : UiTheme::secondaryText(this);
+    if (m_isSelected)
+        secondary.setAlphaF(0.8f);
+    m_count->setColor(secondary);
+    if (m_editButton)
+        m_editButton->setColor(m_isSelected ? QColor(Qt::white) : accent);
+    if (m_deleteButton)
+        m_deleteButton->setColor(m_isSelected ? QColor(Qt::white) : UiTheme::red());
+}
+
+void CategoryRowView::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        applyColors(); // light to dark, or another accent
+}
+
+void CategoryRowView::showEditSheet() {
+    if (isProtected() || showingEditSheet())
+        return;
+    m_editSheet = new EditCategoryView(m_dataManager, m_category, window());
+    m_editSheet->setAttribute(Qt::WA_DeleteOnClose);
+    m_editSheet->open();
+}
+
+void CategoryRowView::showDeleteAlert() {
+    if (isProtected() || showingDeleteAlert())
+        return;
+    m_deleteAlert =
+        FormParts::deleteAlert(QStringLiteral("Delete Category"), deleteMessage(), window());
+    const CategoryRef category = m_category;
+    ShortcutDataManager* dataManager = &m_dataManager;
+    QAbstractButton* confirm =
+        m_deleteAlert->findChild<QPushButton*>(QStringLiteral("alertDeleteButton"));
+    // The row itself goes away with its category, so the action holds what it needs.
+    connect(confirm, &QAbstractButton::clicked, dataManager,
+            [dataManager, category] { dataManager->deleteCategory(*category); });
+    m_deleteAlert->open();
+}

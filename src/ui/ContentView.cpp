@@ -1,0 +1,454 @@
+#include "ContentView.h"
+
+#include "AddCategoryView.h"
+#include "AddShortcutView.h"
+#include "CategoryListModel.h"
+#include "CategoryRowDelegate.h"
+#include "CategoryRowView.h"
+#include "Divider.h"
+#include "ElidedLabel.h"
+#include "FocusableTextField.h"
+#include "FormParts.h"
+#include "MainQueue.h"
+#include "NotificationCenter.h"
+#include "PlainButton.h"
+#include "ShortcutDataManager.h"
+#include "ShortcutDetailView.h"
+#include "ShortcutFilterModel.h"
+#include "ShortcutListModel.h"
+#include "ShortcutRowView.h"
+#include "UiTheme.h"
+
+#include <QHBoxLayout>
+#include <QItemSelectionModel>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+#include <limits>
+
+namespace {
+constexpr int headerHorizontalPadding = 16;
+constexpr int headerVerticalPadding = 8;
+
+PlainButton* iconButton(const QString& symbol, const QString& label, QWidget* parent) {
+    auto* button = new PlainButton(symbol, label, parent);
+    button->setFont(UiTheme::system(14));
+    button->setSymbolSize(16);
+    button->setSpacing(4);
+    button->setToolTip(label);
+    return button;
+}
+
+void styleList(QListView* list) {
+    list->setFrameShape(QFrame::NoFrame);
+    list->setSelectionMode(QAbstractItemView::SingleSelection);
+    list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    list->setUniformItemSizes(true);
+    list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    list->setMouseTracking(true);
+    list->viewport()->setAttribute(Qt::WA_Hover);
+    // The lists sit on the window background like a sidebar, not in a white well (by role,
+    // so a switch between light and dark follows).
+    list->viewport()->setBackgroundRole(QPalette::Window);
+}
+} // namespace
+
+ContentView::ContentView(ShortcutDataManager& dataManager, QWidget* parent)
+    : QWidget(parent), m_dataManager(dataManager),
+      m_categoryModel(new CategoryListModel(dataManager, this)),
+      m_shortcutModel(new ShortcutListModel(dataManager, this)),
+      m_filterModel(new ShortcutFilterModel(*m_shortcutModel, this)) {
+    setObjectName(QStringLiteral("contentView"));
+    auto* root = new QHBoxLayout(this);
+    root->setContentsMargins(0, 0, 0, 0);
+    root->setSpacing(0);
+    root->addWidget(buildSidebar());
+    root->addWidget(new Divider(Qt::Vertical, this));
+    root->addWidget(buildSnippetColumn());
+    root->addWidget(new Divider(Qt::Vertical, this));
+    root->addWidget(buildDetailPane(), 1);
+    setMinimumSize(sidebarWidth + snippetColumnWidth + 2 + 340, 420);
+
+    // The models hear about store changes first (they connected first), so these handlers
+    // see the new rows.
+    connect(&m_dataManager, &ShortcutDataManager::categoriesChanged, this,
+            &ContentView::categoriesChanged);
+    connect(&m_dataManager, &ShortcutDataManager::shortcutsChanged, this,
+            &ContentView::shortcutsChanged);
+    connect(m_categoryModel, &QAbstractItemModel::dataChanged, this,
+            &ContentView::updateCategoryCounts);
+    // Nothing in Typolet posts "CategoryUpdated" today; whoever does later gets a view that
+    // picks up the current category objects.
+    NotificationCenter::defaultCenter().observe(QStringLiteral("CategoryUpdated"), this,
+                                                [this](const QVariantMap&) { categoryUpdated(); });
+
+    rebuildCategoryRows();
+    setSelectedCategory({});
+}
+
+ContentView::~ContentView() = default;
+
+QWidget* ContentView::buildSidebar() {
+    auto* sidebar = new QWidget(this);
+    sidebar->setObjectName(QStringLiteral("sidebar"));
+    sidebar->setFixedWidth(sidebarWidth);
+    auto* column = new QVBoxLayout(sidebar);
+    column->setContentsMargins(0, 0, 0, 0);
+
+    auto* header = new QHBoxLayout();
+    header->setContentsMargins(headerHorizontalPadding, headerVerticalPadding,
+                               headerHorizontalPadding, headerVerticalPadding);
+    header->addWidget(FormParts::text(QStringLiteral("Categories"), UiTheme::headline(), sidebar));
+    header->addStretch();
+    m_addCategoryButton = iconButton(QStringLiteral("folder.badge.plus.fill"),
+                                     QStringLiteral("Add Category"), sidebar);
+    m_addCategoryButton->setObjectName(QStringLiteral("addCategoryButton"));
+    m_addCategoryButton->setFocusPolicy(Qt::NoFocus);
+    header->addWidget(m_addCategoryButton);
+    column->addLayout(header);
+
+    m_categoryList = new QListView(sidebar);
+    m_categoryList->setObjectName(QStringLiteral("categoryList"));
+    styleList(m_categoryList);
+    m_categoryList->setItemDelegate(new CategoryRowDelegate(m_categoryList));
+    m_categoryList->setModel(m_categoryModel);
+    column->addWidget(m_categoryList, 1);
+
+    connect(m_addCategoryButton, &QAbstractButton::clicked, this,
+            &ContentView::showAddCategorySheet);
+    connect(m_categoryList->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &ContentView::userSelectedCategory);
+    connect(m_categoryModel, &QAbstractItemModel::modelReset, this, [this] {
+        rebuildCategoryRows();
+        syncCategorySelection();
+    });
+    return sidebar;
+}
+
+QWidget* ContentView::buildSnippetColumn() {
+    auto* panel = new QWidget(this);
+    panel->setObjectName(QStringLiteral("snippetColumn"));
+    panel->setFixedWidth(snippetColumnWidth);
+    auto* column = new QVBoxLayout(panel);
+    column->setContentsMargins(0, 0, 0, 0);
+
+    auto* header = new QHBoxLayout();
+    header->setContentsMargins(headerHorizontalPadding, headerVerticalPadding,
+                               headerHorizontalPadding, headerVerticalPadding);
+    header->setSpacing(8);
+    m_title = new ElidedLabel(QString(), panel);
+    m_title->setObjectName(QStringLiteral("title"));
+    m_title->setFont(UiTheme::headline());
+    header->addWidget(m_title, 1);
+    m_searchField = new QLineEdit(panel);
+    m_searchField->setObjectName(QStringLiteral("searchField"));
+    m_searchField->setPlaceholderText(QStringLiteral("Search snippets"));
+    m_searchField->setMaximumWidth(200);
+    m_searchField->setMaxLength(std::numeric_limits<int>::max());
+    m_searchField->setClearButtonEnabled(true);
+    header->addWidget(m_searchField);
+    m_addSnippetButton =
+        iconButton(QStringLiteral("plus.circle.fill"), QStringLiteral("Add Snippet"), panel);
+    m_addSnippetButton->setObjectName(QStringLiteral("addSnippetButton"));
+    header->addWidget(m_addSnippetButton);
+    column->addLayout(header);
+
+    m_shortcutList = new QListView(panel);
+    m_shortcutList->setObjectName(QStringLiteral("shortcutList"));
+    styleList(m_shortcutList);
+    m_shortcutList->setItemDelegate(
+        new ShortcutRowView([this](const QUuid& id) { requestDelete(id); }, m_shortcutList));
+    m_shortcutList->setModel(m_filterModel);
+    column->addWidget(m_shortcutList, 1);
+
+    connect(m_searchField, &QLineEdit::textChanged, this, &ContentView::setSearchText);
+    connect(m_addSnippetButton, &QAbstractButton::clicked, this, &ContentView::showAddSheet);
+    connect(m_shortcutList->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &ContentView::userSelectedShortcut);
+    return panel;
+}
+
+QWidget* ContentView::buildDetailPane() {
+    m_detailStack = new QStackedWidget(this);
+    m_detailStack->setObjectName(QStringLiteral("detailPane"));
+    m_detailPlaceholder = FormParts::secondaryText(
+        QStringLiteral("Select a snippet to view details"), UiTheme::body(), m_detailStack);
+    m_detailPlaceholder->setObjectName(QStringLiteral("detailPlaceholder"));
+    m_detailPlaceholder->setAlignment(Qt::AlignCenter);
+    m_detailStack->addWidget(m_detailPlaceholder);
+    return m_detailStack;
+}
+
+// ---- state
+
+QList<Shortcut> ContentView::filteredShortcuts() const {
+    QList<Shortcut> shown;
+    shown.reserve(m_filterModel->rowCount());
+    for (int row = 0; row < m_filterModel->rowCount(); ++row)
+        shown.append(m_shortcutModel->shortcutAt(
+            m_filterModel->mapToSource(m_filterModel->index(row, 0)).row()));
+    return shown;
+}
+
+QString ContentView::title() const {
+    return m_title->text();
+}
+
+CategoryRowView* ContentView::categoryRow(const QUuid& categoryId) const {
+    const int row = m_categoryModel->rowOf(categoryId);
+    if (row < 0)
+        return nullptr;
+    return qobject_cast<CategoryRowView*>(m_categoryList->indexWidget(m_categoryModel->index(row)));
+}
+
+bool ContentView::showingDetailPlaceholder() const {
+    return m_detailStack->currentWidget() == m_detailPlaceholder;
+}
+
+void ContentView::setSelectedCategory(CategoryRef category) {
+    m_selectedCategory = std::move(category);
+    m_title->setText(m_selectedCategory ? m_selectedCategory->name()
+                                        : QStringLiteral("All Snippets"));
+    m_addSnippetButton->setEnabled(!m_selectedCategory.isNull());
+    {
+        QScopedValueRollback guard(m_syncing, true);
+        m_filterModel->setCategoryFilter(
+            m_selectedCategory ? std::optional<QUuid>(m_selectedCategory->id()) : std::nullopt);
+    }
+    syncCategorySelection();
+    syncShortcutSelection();
+    emit selectionChanged();
+}
+
+void ContentView::setSelectedShortcut(std::optional<Shortcut> shortcut) {
+    m_selectedShortcut = std::move(shortcut);
+    // The category follows the snippet; clearing the snippet leaves the category alone.
+    if (m_selectedShortcut)
+        setSelectedCategory(m_dataManager.category(m_selectedShortcut->categoryId));
+    syncShortcutSelection();
+    updateDetailPane();
+    emit selectionChanged();
+}
+
+void ContentView::setSearchText(const QString& text) {
+    m_searchText = text;
+    if (m_searchField->text() != text)
+        m_searchField->setText(text); // comes back here through textChanged
+    {
+        QScopedValueRollback guard(m_syncing, true);
+        m_filterModel->setSearchText(text);
+    }
+    syncShortcutSelection();
+}
+
+void ContentView::syncCategorySelection() {
+    QScopedValueRollback guard(m_syncing, true);
+    const int row = m_selectedCategory ? m_categoryModel->rowOf(m_selectedCategory->id()) : -1;
+    QItemSelectionModel* selection = m_categoryList->selectionModel();
+    if (row < 0) {
+        selection->clearSelection();
+    } else {
+        const QModelIndex index = m_categoryModel->index(row);
+        selection->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+        m_categoryList->scrollTo(index);
+    }
+    for (int r = 0; r < m_categoryModel->rowCount(); ++r) {
+        if (auto* rowView = qobject_cast<CategoryRowView*>(
+                m_categoryList->indexWidget(m_categoryModel->index(r))))
+            rowView->setSelected(r == row);
+    }
+}
+
+void ContentView::syncShortcutSelection() {
+    QScopedValueRollback guard(m_syncing, true);
+    QItemSelectionModel* selection = m_shortcutList->selectionModel();
+    const int sourceRow = m_selectedShortcut ? m_shortcutModel->rowOf(m_selectedShortcut->id) : -1;
+    const QModelIndex index = sourceRow < 0
+                                  ? QModelIndex()
+                                  : m_filterModel->mapFromSource(m_shortcutModel->index(sourceRow));
+    if (!index.isValid()) {
+        selection->clearSelection();
+        return;
+    }
+    selection->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    m_shortcutList->scrollTo(index);
+}
+
+void ContentView::userSelectedCategory() {
+    if (m_syncing)
+        return;
+    const QModelIndexList rows = m_categoryList->selectionModel()->selectedRows();
+    setSelectedCategory(rows.isEmpty() ? CategoryRef()
+                                       : m_categoryModel->categoryAt(rows.first().row()));
+}
+
+void ContentView::userSelectedShortcut() {
+    if (m_syncing)
+        return;
+    const QModelIndexList rows = m_shortcutList->selectionModel()->selectedRows();
+    if (rows.isEmpty()) {
+        setSelectedShortcut(std::nullopt);
+        return;
+    }
+    setSelectedShortcut(
+        m_shortcutModel->shortcutAt(m_filterModel->mapToSource(rows.first()).row()));
+}
+
+void ContentView::updateDetailPane() {
+    if (!m_selectedShortcut) {
+        m_detailStack->setCurrentWidget(m_detailPlaceholder);
+        return;
+    }
+    if (!m_detailView) {
+        m_detailView = new ShortcutDetailView(
+            m_dataManager, *m_selectedShortcut,
+            [this](const QString&, const QString&) { updateFromDetail(); },
+            [this] {
+                if (m_detailView)
+                    requestDelete(m_detailView->shortcutId());
+            },
+            m_detailStack);
+        m_detailStack->addWidget(m_detailView);
+    } else {
+        m_detailView->setShortcut(*m_selectedShortcut);
+    }
+    m_detailStack->setCurrentWidget(m_detailView);
+}
+
+// ---- store changes
+
+void ContentView::rebuildCategoryRows() {
+    // Rows are widgets (they carry buttons, sheets and alerts); categories are few.
+    for (int row = 0; row < m_categoryModel->rowCount(); ++row) {
+        const QModelIndex index = m_categoryModel->index(row);
+        auto* rowView = new CategoryRowView(
+            m_dataManager, m_categoryModel->categoryAt(row),
+            m_categoryModel->shortcutCount(m_categoryModel->categoryAt(row)->id()));
+        m_categoryList->setIndexWidget(index, rowView);
+    }
+}
+
+void ContentView::updateCategoryCounts() {
+    for (int row = 0; row < m_categoryModel->rowCount(); ++row) {
+        if (auto* rowView = qobject_cast<CategoryRowView*>(
+                m_categoryList->indexWidget(m_categoryModel->index(row))))
+            rowView->setShortcutCount(
+                m_categoryModel->shortcutCount(m_categoryModel->categoryAt(row)->id()));
+    }
+}
+
+void ContentView::categoriesChanged() {
+    // A rename replaces the category object; keep the selection on the current one, and drop
+    // it when the category is gone.
+    if (m_selectedCategory)
+        setSelectedCategory(m_dataManager.category(m_selectedCategory->id()));
+    else
+        syncCategorySelection();
+}
+
+void ContentView::shortcutsChanged() {
+    if (m_selectedShortcut && m_shortcutModel->rowOf(m_selectedShortcut->id) < 0) {
+        // Deleted with its category, or elsewhere: there is nothing left to show.
+        m_selectedShortcut.reset();
+        updateDetailPane();
+        emit selectionChanged();
+    }
+    syncShortcutSelection();
+}
+
+void ContentView::categoryUpdated() {
+    if (m_selectedCategory) {
+        if (CategoryRef current = m_dataManager.category(m_selectedCategory->id()))
+            setSelectedCategory(current);
+    }
+    updateCategoryCounts();
+    syncCategorySelection();
+}
+
+// ---- actions
+
+void ContentView::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (!m_selectedCategory && !m_dataManager.categories().isEmpty())
+        setSelectedCategory(m_dataManager.categories().first());
+}
+
+void ContentView::showAddSheet() {
+    if (showingAddSheet() || !m_selectedCategory)
+        return;
+    m_addSheet = new AddShortcutView(
+        m_dataManager,
+        [this](const QString& command, const QString& content) { addShortcut(command, content); },
+        window());
+    m_addSheet->setAttribute(Qt::WA_DeleteOnClose);
+    m_addSheet->open();
+    m_addSheet->commandField()->setFocus(Qt::OtherFocusReason);
+}
+
+void ContentView::showAddCategorySheet() {
+    if (showingAddCategorySheet())
+        return;
+    m_addCategorySheet = new AddCategoryView(
+        m_dataManager,
+        [this](const CategoryRef& category) {
+            // Selected once the sheet has started closing.
+            MainQueue::async([this, category] { setSelectedCategory(category); }, this);
+        },
+        window());
+    m_addCategorySheet->setAttribute(Qt::WA_DeleteOnClose);
+    m_addCategorySheet->open();
+    m_addCategorySheet->nameField()->setFocus(Qt::OtherFocusReason);
+}
+
+void ContentView::addShortcut(const QString& command, const QString& content) {
+    const QUuid categoryId =
+        m_selectedCategory ? m_selectedCategory->id() : Category::defaultCategoryId;
+    const Shortcut shortcut = Shortcut::create(command, content, categoryId);
+    m_dataManager.appendShortcut(shortcut);
+    m_dataManager.saveShortcuts();
+    setSelectedShortcut(shortcut);
+}
+
+void ContentView::requestDelete(const QUuid& shortcutId) {
+    const QList<Shortcut>& shortcuts = m_dataManager.shortcuts();
+    const auto found = std::find_if(shortcuts.cbegin(), shortcuts.cend(),
+                                    [&](const Shortcut& s) { return s.id == shortcutId; });
+    if (found == shortcuts.cend() || showingDeleteAlert())
+        return;
+    m_shortcutToDelete = *found;
+    m_deleteAlert = FormParts::deleteAlert(QStringLiteral("Confirm Delete"),
+                                           QStringLiteral("Are you sure you want to delete '") +
+                                               m_shortcutToDelete->command + QStringLiteral("'?"),
+                                           window());
+    auto* confirm = m_deleteAlert->findChild<QPushButton*>(QStringLiteral("alertDeleteButton"));
+    connect(confirm, &QAbstractButton::clicked, this, &ContentView::deleteConfirmed);
+    m_deleteAlert->open();
+}
+
+void ContentView::deleteConfirmed() {
+    if (!m_shortcutToDelete)
+        return;
+    const QUuid id = m_shortcutToDelete->id;
+    m_dataManager.removeShortcut(id);
+    m_dataManager.saveShortcuts();
+    setSelectedShortcut(std::nullopt);
+    m_shortcutToDelete.reset();
+}
+
+void ContentView::updateFromDetail() {
+    if (!m_detailView)
+        return;
+    const QUuid id = m_detailView->shortcutId();
+    for (const Shortcut& stored : m_dataManager.shortcuts()) {
+        if (stored.id == id) {
+            setSelectedShortcut(stored);
+            return;
+        }
+    }
+}

@@ -1,0 +1,244 @@
+#include "ShortcutDetailView.h"
+
+#include "CustomTextEditor.h"
+#include "FormBand.h"
+#include "FormParts.h"
+#include "InputFieldFrame.h"
+#include "MainQueue.h"
+#include "PlainButton.h"
+#include "ShortcutDataManager.h"
+#include "ToastView.h"
+#include "UiTheme.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPropertyAnimation>
+#include <QPushButton>
+#include <QShortcut>
+#include <QVBoxLayout>
+#include <limits>
+
+namespace {
+constexpr int toastTop = 20;
+}
+
+ShortcutDetailView::ShortcutDetailView(ShortcutDataManager& dataManager, const Shortcut& shortcut,
+                                       UpdateHandler onUpdate, DeleteHandler onDelete,
+                                       QWidget* parent)
+    : QWidget(parent), m_dataManager(dataManager), m_shortcutId(shortcut.id),
+      m_onUpdate(std::move(onUpdate)), m_onDelete(std::move(onDelete)) {
+    setObjectName(QStringLiteral("shortcutDetailView"));
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+
+    // Toolbar: Save, then Delete, at the right.
+    auto* toolbar = new FormBand(this);
+    auto* toolbarRow = new QHBoxLayout(toolbar);
+    toolbarRow->setContentsMargins(16, 12, 16, 12);
+    toolbarRow->setSpacing(8);
+    toolbarRow->addStretch();
+    m_saveButton =
+        FormParts::primaryButton(QStringLiteral("square.and.arrow.down.fill"),
+                                 QStringLiteral("Save"), 4, toolbar, QMargins(0, 6, 0, 6), 80);
+    m_saveButton->setObjectName(QStringLiteral("saveButton"));
+    m_saveButton->setToolTip(QStringLiteral("Save Changes"));
+    toolbarRow->addWidget(m_saveButton);
+    m_deleteButton =
+        new PlainButton(QStringLiteral("trash.circle.fill"), QStringLiteral("Delete"), toolbar);
+    m_deleteButton->setObjectName(QStringLiteral("deleteButton"));
+    m_deleteButton->setFont(UiTheme::system(14));
+    m_deleteButton->setSymbolSize(14);
+    m_deleteButton->setSpacing(4);
+    m_deleteButton->setPadding(QMargins(0, 6, 0, 6));
+    m_deleteButton->setMinimumWidth(80);
+    m_deleteButton->setColor(UiTheme::red());
+    m_deleteButton->setToolTip(QStringLiteral("Delete Snippet"));
+    toolbarRow->addWidget(m_deleteButton);
+    column->addWidget(toolbar);
+
+    // Form
+    auto* form = new QVBoxLayout();
+    form->setContentsMargins(24, 20, 24, 20);
+    form->setSpacing(24);
+
+    auto* commandSection = new QVBoxLayout();
+    commandSection->setSpacing(6);
+    commandSection->addWidget(
+        FormParts::secondaryText(QStringLiteral("Command"), UiTheme::subheadline(), this));
+    m_commandField = new QLineEdit(this);
+    m_commandField->setObjectName(QStringLiteral("commandField"));
+    m_commandField->setPlaceholderText(QStringLiteral("Command"));
+    // QLineEdit stops at 32767 characters by default; saving must never cut a command.
+    m_commandField->setMaxLength(std::numeric_limits<int>::max());
+    m_commandField->setAccessibleName(QStringLiteral("Command"));
+    m_commandField->setFont(UiTheme::body());
+    commandSection->addWidget(m_commandField);
+    m_duplicateError = FormParts::coloredText(QStringLiteral("This command already exists"),
+                                              UiTheme::caption(), UiTheme::red(), this);
+    m_duplicateError->setObjectName(QStringLiteral("duplicateError"));
+    m_duplicateError->setVisible(false);
+    commandSection->addWidget(m_duplicateError);
+    form->addLayout(commandSection);
+
+    auto* contentSection = new QVBoxLayout();
+    contentSection->setSpacing(6);
+    contentSection->addWidget(
+        FormParts::secondaryText(QStringLiteral("Content"), UiTheme::subheadline(), this));
+    auto* contentFrame = new InputFieldFrame(6, 8, this);
+    m_contentEditor = new CustomTextEditor(contentFrame);
+    m_contentEditor->setObjectName(QStringLiteral("contentEditor"));
+    m_contentEditor->setFont(UiTheme::system(13));
+    contentFrame->row()->addWidget(m_contentEditor);
+    contentSection->addWidget(contentFrame, 1);
+    form->addLayout(contentSection, 1);
+    column->addLayout(form, 1);
+
+    // The toast floats above everything, at the top centre.
+    m_toast = new ToastView(QString::fromLatin1(toastMessage), this);
+    m_toast->hide();
+    m_toastAnimation = new QPropertyAnimation(m_toast, "pos", this);
+    m_toastAnimation->setDuration(300);
+    connect(m_toastAnimation, &QPropertyAnimation::finished, this, [this] {
+        if (!m_showingToast)
+            m_toast->hide();
+    });
+
+    connect(m_saveButton, &QAbstractButton::clicked, this, &ShortcutDetailView::save);
+    connect(m_deleteButton, &QAbstractButton::clicked, this, [this] {
+        if (m_onDelete)
+            m_onDelete();
+    });
+    for (const QKeySequence& keys :
+         {QKeySequence(Qt::CTRL | Qt::Key_Return), QKeySequence(Qt::CTRL | Qt::Key_Enter)}) {
+        // Window-wide, like a key equivalent: wherever the keyboard is in the window, the
+        // pane's Save answers it (only while the pane is shown and Save is enabled).
+        auto* shortcut = new QShortcut(keys, this);
+        shortcut->setContext(Qt::WindowShortcut);
+        connect(shortcut, &QShortcut::activated, this, [this] {
+            if (m_saveButton->isEnabled())
+                save();
+        });
+    }
+    connect(m_commandField, &QLineEdit::textChanged, this, [this] {
+        if (m_loading)
+            return;
+        setEdited(true);
+        setShowingDuplicateError(false);
+    });
+    connect(m_contentEditor, &CustomTextEditor::textEdited, this, [this] {
+        if (!m_loading)
+            setEdited(true);
+    });
+
+    m_commandField->setText(shortcut.command);
+    m_contentEditor->setText(shortcut.content);
+    load();
+    setEdited(false);
+}
+
+QString ShortcutDetailView::command() const {
+    return m_commandField->text();
+}
+QString ShortcutDetailView::content() const {
+    return m_contentEditor->text();
+}
+
+void ShortcutDetailView::setShortcut(const Shortcut& shortcut) {
+    if (shortcut.id == m_shortcutId)
+        return;
+    m_shortcutId = shortcut.id;
+    reload();
+}
+
+void ShortcutDetailView::load() {
+    for (const Shortcut& stored : m_dataManager.shortcuts()) {
+        if (stored.id != m_shortcutId)
+            continue;
+        // Loading is not an edit: Save stays as it is.
+        m_loading = true;
+        m_commandField->setText(stored.command);
+        m_commandField->setCursorPosition(0);
+        m_contentEditor->setText(stored.content);
+        m_loading = false;
+        return;
+    }
+}
+
+void ShortcutDetailView::reload() {
+    load();
+    setEdited(false);
+    setShowingDuplicateError(false);
+}
+
+void ShortcutDetailView::setEdited(bool edited) {
+    m_isEdited = edited;
+    m_saveButton->setEnabled(edited);
+}
+
+void ShortcutDetailView::setShowingDuplicateError(bool showing) {
+    m_showingDuplicateError = showing;
+    m_duplicateError->setVisible(showing);
+}
+
+void ShortcutDetailView::save() {
+    const QString command = this->command();
+    const QString content = this->content();
+    const QList<Shortcut>& shortcuts = m_dataManager.shortcuts();
+    for (const Shortcut& other : shortcuts) {
+        if (other.command == command && other.id != m_shortcutId) {
+            setShowingDuplicateError(true);
+            return;
+        }
+    }
+    const auto stored = std::find_if(shortcuts.cbegin(), shortcuts.cend(),
+                                     [&](const Shortcut& s) { return s.id == m_shortcutId; });
+    if (stored == shortcuts.cend())
+        return; // deleted meanwhile; nothing to save into
+    const Shortcut original = *stored;
+    m_dataManager.updateShortcut(original, command, content);
+    if (m_onUpdate)
+        m_onUpdate(command, content);
+    setEdited(false);
+    setShowingToast(true);
+    // Each save schedules its own hide; an earlier save's hide may end a later toast early,
+    // which is fine for a confirmation that only says "it worked".
+    MainQueue::after(
+        toastDuration, [this] { setShowingToast(false); }, this);
+}
+
+void ShortcutDetailView::setShowingToast(bool showing) {
+    if (m_showingToast == showing)
+        return;
+    m_showingToast = showing;
+    placeToast(showing);
+    emit toastVisibilityChanged(showing);
+}
+
+void ShortcutDetailView::placeToast(bool shown) {
+    m_toast->adjustSize();
+    const int x = (width() - m_toast->width()) / 2;
+    const QPoint visible(x, toastTop - ToastView::shadowMargin);
+    const QPoint above(x, -m_toast->height());
+    m_toastAnimation->stop();
+    if (shown) {
+        m_toast->move(above);
+        m_toast->show();
+        m_toast->raise();
+        m_toastAnimation->setEasingCurve(QEasingCurve::OutBack);
+        m_toastAnimation->setStartValue(above);
+        m_toastAnimation->setEndValue(visible);
+    } else {
+        m_toastAnimation->setEasingCurve(QEasingCurve::InCubic);
+        m_toastAnimation->setStartValue(m_toast->pos());
+        m_toastAnimation->setEndValue(above);
+    }
+    m_toastAnimation->start();
+}
+
+void ShortcutDetailView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    if (m_showingToast && m_toastAnimation->state() != QAbstractAnimation::Running)
+        m_toast->move((width() - m_toast->width()) / 2, toastTop - ToastView::shadowMargin);
+}

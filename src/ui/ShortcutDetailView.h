@@ -1,0 +1,85 @@
+#pragma once
+
+#include "Shortcut.h"
+
+#include <QUuid>
+#include <QWidget>
+#include <functional>
+
+class CustomTextEditor;
+class PlainButton;
+class QLabel;
+class QLineEdit;
+class QPropertyAnimation;
+class QPushButton;
+class ShortcutDataManager;
+class ToastView;
+
+// The right-hand pane for the selected snippet: its command and content in editable fields,
+// "Save" (enabled once either text has been changed; Ctrl+Return) and "Delete" (handed back
+// to the window, which asks for confirmation). A save is refused with "This command already
+// exists" when another snippet uses the same command exactly; the snippet's own command never
+// counts. A successful save shows "Changes saved successfully!" for two seconds.
+class ShortcutDetailView : public QWidget {
+    Q_OBJECT
+public:
+    using UpdateHandler = std::function<void(const QString& command, const QString& content)>;
+    using DeleteHandler = std::function<void()>;
+
+    static constexpr double toastDuration = 2.0; // seconds
+    static constexpr const char* toastMessage = "Changes saved successfully!";
+
+    ShortcutDetailView(ShortcutDataManager& dataManager, const Shortcut& shortcut,
+                       UpdateHandler onUpdate, DeleteHandler onDelete, QWidget* parent = nullptr);
+
+    // Shows another snippet. Edits not yet saved are dropped: the texts come from the store.
+    // Showing the snippet already shown changes nothing.
+    void setShortcut(const Shortcut& shortcut);
+
+    QUuid shortcutId() const { return m_shortcutId; }
+    QString command() const;
+    QString content() const;
+    bool isEdited() const { return m_isEdited; }
+    bool showingDuplicateError() const { return m_showingDuplicateError; }
+    bool showingToast() const { return m_showingToast; }
+
+    QLineEdit* commandField() const { return m_commandField; }
+    CustomTextEditor* contentEditor() const { return m_contentEditor; }
+    QPushButton* saveButton() const { return m_saveButton; }
+    PlainButton* deleteButton() const { return m_deleteButton; }
+    ToastView* toast() const { return m_toast; }
+
+    void save();
+
+signals:
+    // The toast appeared or went away.
+    void toastVisibilityChanged(bool showing);
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void load();
+    void reload();
+    void setEdited(bool edited);
+    void setShowingDuplicateError(bool showing);
+    void setShowingToast(bool showing);
+    void placeToast(bool shown);
+
+    ShortcutDataManager& m_dataManager;
+    QUuid m_shortcutId;
+    UpdateHandler m_onUpdate;
+    DeleteHandler m_onDelete;
+    bool m_isEdited = false;
+    bool m_showingDuplicateError = false;
+    bool m_showingToast = false;
+    bool m_loading = false;
+
+    QLineEdit* m_commandField;
+    QLabel* m_duplicateError;
+    CustomTextEditor* m_contentEditor;
+    QPushButton* m_saveButton;
+    PlainButton* m_deleteButton;
+    ToastView* m_toast;
+    QPropertyAnimation* m_toastAnimation;
+};

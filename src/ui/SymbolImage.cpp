@@ -1,0 +1,95 @@
+#include "SymbolImage.h"
+
+#include <QCoreApplication>
+#include <QHash>
+#include <QPainter>
+
+namespace {
+struct SymbolEntry {
+    const char* symbol;
+    const char* theme;
+    const char* resource;
+};
+
+constexpr SymbolEntry symbols[] = {
+    {"folder", "folder", ":/ui/folder.svg"},
+    {"folder.badge.plus.fill", "folder-new", ":/ui/folder-badge-plus-fill.svg"},
+    {"plus.circle.fill", "list-add", ":/ui/plus-circle-fill.svg"},
+    {"trash", "edit-delete", ":/ui/trash.svg"},
+    {"trash.circle.fill", "edit-delete", ":/ui/trash-circle-fill.svg"},
+    {"pencil.circle.fill", "document-edit", ":/ui/pencil-circle-fill.svg"},
+    {"xmark.circle.fill", "dialog-cancel", ":/ui/xmark-circle-fill.svg"},
+    {"checkmark.circle.fill", "dialog-ok", ":/ui/checkmark-circle-fill.svg"},
+    {"square.and.arrow.down.fill", "document-save", ":/ui/square-and-arrow-down-fill.svg"},
+    {"command", "input-keyboard", ":/ui/command.svg"},
+    {"exclamationmark.circle", "dialog-error", ":/ui/exclamationmark-circle.svg"},
+};
+
+const SymbolEntry* find(const QString& symbolName) {
+    for (const SymbolEntry& entry : symbols) {
+        if (symbolName == QLatin1String(entry.symbol))
+            return &entry;
+    }
+    return nullptr;
+}
+} // namespace
+
+// Outside any namespace: the resource initialiser is a global function.
+static void ensureResources() {
+    // The icons live in a static library; make sure its resources are registered.
+    static const bool registered = [] {
+        Q_INIT_RESOURCE(ui_icons);
+        return true;
+    }();
+    Q_UNUSED(registered);
+}
+
+QString SymbolImage::themeName(const QString& symbolName) {
+    const SymbolEntry* entry = find(symbolName);
+    return entry ? QString::fromLatin1(entry->theme) : QString();
+}
+
+QIcon SymbolImage::icon(const QString& symbolName) {
+    const SymbolEntry* entry = find(symbolName);
+    if (!entry)
+        return {};
+    ensureResources();
+    return QIcon::fromTheme(QString::fromLatin1(entry->theme),
+                            QIcon(QString::fromLatin1(entry->resource)));
+}
+
+QPixmap SymbolImage::pixmap(const QString& symbolName, int pixelSize, const QColor& color,
+                            qreal devicePixelRatio) {
+    // Rows repaint their symbols constantly while scrolling; tinted pixmaps are cached.
+    static QHash<QString, QPixmap> cache;
+    // Pixmaps must not outlive the application object; let go of them when it goes.
+    static const bool releaseWithApplication = [] {
+        QObject::connect(QCoreApplication::instance(), &QObject::destroyed, [] { cache.clear(); });
+        return true;
+    }();
+    Q_UNUSED(releaseWithApplication);
+    const QString key = QStringLiteral("%1|%2|%3|%4")
+                            .arg(symbolName)
+                            .arg(pixelSize)
+                            .arg(color.rgba())
+                            .arg(devicePixelRatio);
+    if (const auto it = cache.constFind(key); it != cache.constEnd())
+        return *it;
+
+    const QIcon source = icon(symbolName);
+    const int device = qMax(1, qRound(pixelSize * devicePixelRatio));
+    QPixmap tinted(device, device);
+    tinted.fill(Qt::transparent);
+    {
+        QPainter painter(&tinted);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        source.paint(&painter, QRect(0, 0, device, device));
+        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        painter.fillRect(tinted.rect(), color);
+    }
+    tinted.setDevicePixelRatio(devicePixelRatio);
+    if (cache.size() > 512)
+        cache.clear();
+    cache.insert(key, tinted);
+    return tinted;
+}

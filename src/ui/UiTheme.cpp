@@ -1,0 +1,69 @@
+#include "UiTheme.h"
+
+#include <QApplication>
+#include <QPalette>
+#include <QWidget>
+
+namespace {
+QFont sized(int pixelSize, QFont::Weight weight = QFont::Normal) {
+    QFont font = QApplication::font();
+    font.setPixelSize(pixelSize);
+    font.setWeight(weight);
+    return font;
+}
+} // namespace
+
+QFont UiTheme::headline() {
+    return sized(13, QFont::Bold);
+}
+QFont UiTheme::subheadline() {
+    return sized(12);
+}
+QFont UiTheme::caption() {
+    return sized(11);
+}
+QFont UiTheme::title2() {
+    return sized(17, QFont::Bold);
+}
+QFont UiTheme::body() {
+    return sized(13);
+}
+QFont UiTheme::system(int pixelSize) {
+    return sized(pixelSize);
+}
+
+QColor UiTheme::accent(const QWidget* widget) {
+    const QPalette palette = widget ? widget->palette() : QApplication::palette();
+    return palette.color(QPalette::Active, QPalette::Highlight);
+}
+
+QColor UiTheme::secondaryText(const QWidget* widget) {
+    const QPalette palette = widget ? widget->palette() : QApplication::palette();
+    return palette.color(QPalette::Active, secondaryTextRole);
+}
+
+QColor UiTheme::red() {
+    return QColor(0xE5, 0x39, 0x35);
+}
+QColor UiTheme::green() {
+    return QColor(0x2E, 0xB8, 0x4F);
+}
+QColor UiTheme::faintOutline() {
+    return QColor(128, 128, 128, 51);
+}
+
+QColor UiTheme::bandBackground(const QWidget* widget) {
+    const QPalette palette = widget ? widget->palette() : QApplication::palette();
+    const QColor window = palette.color(QPalette::Window);
+    return window.lightness() > 128 ? window.darker(104) : window.lighter(118);
+}
+
+void UiTheme::setForeground(QWidget* widget, const QColor& color) {
+    QPalette palette = widget->palette();
+    for (auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+        palette.setColor(group, QPalette::WindowText, color);
+        palette.setColor(group, QPalette::Text, color);
+        palette.setColor(group, QPalette::ButtonText, color);
+    }
+    widget->setPalette(palette);
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QPalette>
+
+class QWidget;
+
+// The few text styles and colours the editor views share. Sizes are in device-independent
+// pixels; colours come from the widget's palette so light and dark themes both work.
+class UiTheme {
+public:
+    // Text styles: the application's font family at fixed pixel sizes, so every view agrees.
+    static QFont headline();    // list titles, section titles
+    static QFont subheadline(); // secondary lines under a title
+    static QFont caption();     // hints, counts, error lines
+    static QFont title2();      // sheet titles
+    static QFont body();
+    static QFont system(int pixelSize);
+
+    // The accent colour: the palette's highlight, which follows the desktop's choice.
+    static QColor accent(const QWidget* widget);
+    // Secondary text: the palette's faded text colour, readable on light and dark backgrounds.
+    static constexpr QPalette::ColorRole secondaryTextRole = QPalette::PlaceholderText;
+    static QColor secondaryText(const QWidget* widget);
+    static QColor red();
+    static QColor green();
+    // The faint outline around fields: gray at 20 % opacity.
+    static QColor faintOutline();
+    // The header and footer bands of the forms: the window colour shaded a little (darker on
+    // light windows, lighter on dark ones) so the bands stand apart from the body.
+    static QColor bandBackground(const QWidget* widget);
+
+    // Sets the foreground (window text and text roles) of `widget` to `color`.
+    static void setForeground(QWidget* widget, const QColor& color);
+};

@@ -1,0 +1,217 @@
+// Typing commands into real X clients under Xvfb and checking what the clients received.
+#include "XSession.h"
+
+#include <QFile>
+#include <QtTest>
+
+namespace {
+using Snippets = QList<std::pair<QString, QString>>;
+
+QString repeatedTo(const QString& pattern, int length) {
+    QString text;
+    while (text.size() < length)
+        text += pattern;
+    return text.left(length);
+}
+
+// Prose in a script the US layout lacks, each letter typed through a spare keycode; few
+// enough different letters that the spare keys hold them all at once.
+QString otherScripts(int length) {
+    return repeatedTo(QStringLiteral("Съешь же ещё этих мягких французских булок, да выпей чаю. "
+                                     "Широкая электрификация южных губерний даст мощный толчок "
+                                     "подъёму сельского хозяйства. "),
+                      length);
+}
+
+// Characters of several scripts, cycled so that there are far more different ones than spare
+// keycodes: the typing must rebind keycodes batch after batch.
+QString manyScripts(int length) {
+    QString text;
+    for (int i = 0; text.size() < length; ++i) {
+        const char32_t ranges[][2] = {{0x0430, 0x044F}, {0x03B1, 0x03C9}, {0x05D0, 0x05EA},
+                                      {0x4E00, 0x4E80}, {0x3042, 0x3093}, {0x0905, 0x0939}};
+        const auto& range = ranges[i % 6];
+        const char32_t c = range[0] + char32_t(i * 7) % (range[1] - range[0] + 1);
+        text += QString::fromUcs4(&c, 1);
+        if (i % 9 == 8)
+            text += QLatin1Char(' ');
+    }
+    return text.left(length);
+}
+} // namespace
+
+class ExpansionE2eTest : public QObject {
+    Q_OBJECT
+
+    // Starts a server, Typolet with `snippets`, and a focused target. Fails the test with
+    // the collected output when any of it does not come up.
+    bool prepare(XSession& session, const Snippets& snippets, bool qtClient = false) {
+        if (!session.isRunning()) {
+            qWarning("Xvfb did not start");
+            return false;
+        }
+        session.writeSnippets(snippets);
+        if (!session.startTypolet()) {
+            qWarning().noquote() << session.log();
+            return false;
+        }
+        const QString out = session.file(QStringLiteral("received"));
+        const bool target = qtClient ? session.startQtClient(out) : session.startTerminal(out);
+        if (!target || !session.focusTarget()) {
+            qWarning().noquote() << session.log();
+            return false;
+        }
+        return true;
+    }
+
+    static QString shown(XSession& session) {
+        QFile file(session.file(QStringLiteral("received")));
+        if (!file.open(QIODevice::ReadOnly))
+            return {};
+        return XSession::afterErasing(file.readAll());
+    }
+
+    // Waits until the target shows `expected`; on timeout compares what it shows instead.
+    static void expectShown(XSession& session, const QString& expected) {
+        XSession::waitFor([&] { return shown(session) == expected; }, 60000);
+        const QString actual = shown(session);
+        if (actual != expected) {
+            qsizetype at = 0;
+            while (at < actual.size() && at < expected.size() && actual[at] == expected[at])
+                ++at;
+            qWarning("received %lld UTF-16 units, expected %lld; first difference at %lld",
+                     qlonglong(actual.size()), qlonglong(expected.size()), qlonglong(at));
+        }
+        QCOMPARE(actual, expected);
+    }
+
+    static bool keys(XSession& session, const QStringList& names) {
+        return session.run(QStringLiteral("xdotool"), QStringList{QStringLiteral("key")} + names);
+    }
+
+    static bool type(XSession& session, const QString& text) {
+        return session.run(QStringLiteral("xdotool"),
+                           {QStringLiteral("type"), QStringLiteral("--delay"),
+                            QStringLiteral("15"), text});
+    }
+
+private slots:
+    void plainSnippetReplacesItsCommand() {
+        XSession session;
+        QVERIFY(prepare(session, {{";addr", "12 Main Street, Springfield"}}));
+        QVERIFY(type(session, QStringLiteral("to ;addr")));
+        expectShown(session, QStringLiteral("to 12 Main Street, Springfield"));
+        QVERIFY(session.typoletOutput().contains(QStringLiteral("✅ Match found! ';addr' -> '")));
+    }
+
+    void multiLineContentKeepsLineBreaksAndTabs() {
+        XSession session;
+        const QString content = QStringLiteral("Best regards,\nAda Lovelace\n\tAnalytical Engines Ltd");
+        QVERIFY(prepare(session, {{";sig", content}}));
+        QVERIFY(type(session, QStringLiteral(";sig")));
+        expectShown(session, content);
+    }
+
+    void unicodeContentArrivesExactly() {
+        XSession session;
+        const QString content = QStringLiteral("café — 日本語 🙂");
+        QVERIFY(prepare(session, {{";uni", content}}));
+        QVERIFY(type(session, QStringLiteral(";uni")));
+        expectShown(session, content);
+    }
+
+    void commandWithCombiningMarkTypedThroughDeadKey() {
+        XSession session;
+        // Stored decomposed (e + COMBINING ACUTE); the dead key gives the precomposed é, which
+        // is the same character.
+        QVERIFY(prepare(session, {{QStringLiteral(";cafe\u0301"), QStringLiteral("Crème brûlée")}}));
+        // The layout changes while Typolet runs; the next keys must be read with it.
+        QVERIFY(session.run(QStringLiteral("setxkbmap"),
+                            {QStringLiteral("-layout"), QStringLiteral("us"),
+                             QStringLiteral("-variant"), QStringLiteral("intl")}));
+        QVERIFY(keys(session, {"semicolon", "c", "a", "f", "dead_acute", "e"}));
+        expectShown(session, QStringLiteral("Crème brûlée"));
+    }
+
+    void heldShiftDoesNotChangeTheContent() {
+        XSession session;
+        QVERIFY(prepare(session, {{";addr", "Hello World, 12 main street"}}));
+        QVERIFY(session.run(QStringLiteral("xdotool"),
+                            {QStringLiteral("keydown"), QStringLiteral("Shift_L")}));
+        QVERIFY(keys(session, {"semicolon", "a", "d", "d", "r"}));
+        // The command itself was typed in capitals, then erased; the content is as stored.
+        expectShown(session, QStringLiteral("Hello World, 12 main street"));
+        QVERIFY(session.run(QStringLiteral("xdotool"),
+                            {QStringLiteral("keyup"), QStringLiteral("Shift_L")}));
+        // Shift was pressed again after typing: the user's next key is still shifted until
+        // the user lets go, and plain afterwards.
+        QVERIFY(keys(session, {"x"}));
+        expectShown(session, QStringLiteral("Hello World, 12 main streetx"));
+    }
+
+    void contentEndingWithAnotherCommandDoesNotExpandAgain() {
+        XSession session;
+        QVERIFY(prepare(session, {{";a1", "see ;b2"}, {";b2", "WRONG"}}));
+        QVERIFY(type(session, QStringLiteral(";a1")));
+        expectShown(session, QStringLiteral("see ;b2"));
+        // A key typed afterwards arrives after anything a second expansion would have posted.
+        QVERIFY(keys(session, {"period"}));
+        expectShown(session, QStringLiteral("see ;b2."));
+        QCOMPARE(session.typoletOutput().count(QStringLiteral("✅ Match found!")), 1);
+    }
+
+    void longContentArrivesCompleteAndInOrder() {
+        XSession session;
+        const QString content = repeatedTo(
+            QStringLiteral("The quick brown fox jumps over the lazy dog; 0123456789! "), 1000);
+        QCOMPARE(content.size(), 1000);
+        QVERIFY(prepare(session, {{";long", content}}));
+        QVERIFY(type(session, QStringLiteral(";long")));
+        expectShown(session, content);
+    }
+
+    void twoExpansionsInARow() {
+        XSession session;
+        QVERIFY(prepare(session, {{";one", "first"}, {";two", "second ünïcödé"}}));
+        QVERIFY(type(session, QStringLiteral(";one")));
+        expectShown(session, QStringLiteral("first"));
+        QVERIFY(type(session, QStringLiteral(" ;two")));
+        expectShown(session, QStringLiteral("first second ünïcödé"));
+    }
+
+    void qtClientReceivesLongLatinText() {
+        XSession session;
+        const QString content = repeatedTo(
+            QStringLiteral("Pack my box with five dozen liquor jugs, said Zoë. "), 1000);
+        QVERIFY(prepare(session, {{";ql", content}}, true));
+        QVERIFY(type(session, QStringLiteral(";ql")));
+        expectShown(session, content);
+    }
+
+    void qtClientReceivesLongTextInOtherScripts() {
+        XSession session;
+        const QString content = otherScripts(1000);
+        QVERIFY(prepare(session, {{";qs", content}}, true));
+        QVERIFY(type(session, QStringLiteral(";qs")));
+        expectShown(session, content);
+    }
+
+    void terminalReceivesLongTextInOtherScripts() {
+        XSession session;
+        const QString content = otherScripts(1000);
+        QVERIFY(prepare(session, {{";ts", content}}));
+        QVERIFY(type(session, QStringLiteral(";ts")));
+        expectShown(session, content);
+    }
+
+    void terminalReceivesTextWithMoreCharactersThanSpareKeys() {
+        XSession session;
+        const QString content = manyScripts(200);
+        QVERIFY(prepare(session, {{";many", content}}));
+        QVERIFY(type(session, QStringLiteral(";many")));
+        expectShown(session, content);
+    }
+};
+
+QTEST_GUILESS_MAIN(ExpansionE2eTest)
+#include "ExpansionE2eTest.moc"

@@ -1,0 +1,99 @@
+// Typolet facing a missing display, a server without the extensions it needs, a server that
+// goes away, and text it cannot type.
+#include "XSession.h"
+
+#include <QtTest>
+
+class FaultsE2eTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void withoutDisplayItExplainsAndExits() {
+        XSession session; // only for its temporary folder and environment
+        session.stopServer();
+        QProcess typolet;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("DISPLAY"), QStringLiteral(":31999"));
+        env.insert(QStringLiteral("XDG_CONFIG_HOME"), session.folder());
+        env.remove(QStringLiteral("QT_QPA_PLATFORM"));
+        typolet.setProcessEnvironment(env);
+        typolet.start(QStringLiteral(TYPOLET_EXECUTABLE), {});
+        QVERIFY(typolet.waitForFinished(60000));
+        const QString out = QString::fromUtf8(typolet.readAllStandardOutput());
+        const QString err = QString::fromUtf8(typolet.readAllStandardError());
+        QCOMPARE(typolet.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(typolet.exitCode(), 1);
+        QVERIFY2(out.startsWith(QStringLiteral("Need input monitoring permissions\n")), qPrintable(out));
+        QVERIFY2(out.contains(QStringLiteral("Typolet needs an X11 display")), qPrintable(out));
+        QVERIFY2(err.contains(QStringLiteral("Permissions Required")), qPrintable(err));
+        QVERIFY(err.contains(QStringLiteral("❌ Input Monitoring: To detect your text shortcuts")));
+        QVERIFY(err.contains(QStringLiteral("❌ Accessibility: To expand your text shortcuts")));
+    }
+
+    void serverWithoutXtestShowsTheAlert() {
+        XSession session({QStringLiteral("-extension"), QStringLiteral("XTEST")});
+        QVERIFY(session.isRunning());
+        QProcess* typolet = session.start(QStringLiteral(TYPOLET_EXECUTABLE), {});
+        QVERIFY(XSession::waitFor([&] {
+            return session.run(QStringLiteral("xdotool"),
+                               {QStringLiteral("search"), QStringLiteral("--name"),
+                                QStringLiteral("Permissions Required")});
+        }, 60000));
+        QCOMPARE(typolet->state(), QProcess::Running);
+        const QString out = QString::fromUtf8(typolet->readAllStandardOutput());
+        QVERIFY2(out.contains(QStringLiteral("Need accessibility permissions")), qPrintable(out));
+        QVERIFY(!out.contains(QStringLiteral("Need input monitoring permissions")));
+    }
+
+    void serverGoingAwayEndsTypoletWithOneLine() {
+        XSession session;
+        QVERIFY(session.isRunning());
+        QVERIFY2(session.startTypolet(), qPrintable(session.log()));
+        QProcess* typolet = session.typolet();
+        session.stopServer();
+        QVERIFY(typolet->waitForFinished(60000));
+        QCOMPARE(typolet->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(typolet->exitCode(), 1);
+        const QString all = session.typoletOutput() + QString::fromUtf8(typolet->readAllStandardError());
+        QCOMPARE(all.count(QStringLiteral("Lost the connection to the X display")), 1);
+        QVERIFY2(!all.contains(QStringLiteral("XIO")), qPrintable(all));
+    }
+
+    void newLayoutIsUsedFromTheNextKey() {
+        XSession session;
+        QVERIFY(session.isRunning());
+        session.writeSnippets({{QStringLiteral("zug"), QStringLiteral("Zugspitze")}});
+        QVERIFY2(session.startTypolet(), qPrintable(session.log()));
+        const QString out = session.file(QStringLiteral("received"));
+        QVERIFY2(session.startTerminal(out) && session.focusTarget(), qPrintable(session.log()));
+        // On the German layout z sits where y is on the US one: only a translator that has
+        // picked up the new keymap reads "zug" from these keys.
+        QVERIFY(session.run(QStringLiteral("setxkbmap"), {QStringLiteral("de")}));
+        QVERIFY(session.run(QStringLiteral("xdotool"),
+                            {QStringLiteral("key"), QStringLiteral("z"), QStringLiteral("u"),
+                             QStringLiteral("g")}));
+        XSession::waitFor([&] {
+            return XSession::afterErasing(XSession::readText(out).toUtf8()) == QLatin1String("Zugspitze");
+        }, 60000);
+        QCOMPARE(XSession::afterErasing(XSession::readText(out).toUtf8()), QStringLiteral("Zugspitze"));
+    }
+
+    void characterWithoutKeysymIsSkipped() {
+        XSession session;
+        QVERIFY(session.isRunning());
+        session.writeSnippets({{QStringLiteral(";nc"), QStringLiteral("ab\uFDD0cd")}});
+        QVERIFY2(session.startTypolet(), qPrintable(session.log()));
+        const QString out = session.file(QStringLiteral("received"));
+        QVERIFY2(session.startTerminal(out) && session.focusTarget(), qPrintable(session.log()));
+        QVERIFY(session.run(QStringLiteral("xdotool"), {QStringLiteral("type"), QStringLiteral(";nc")}));
+        XSession::waitFor([&] {
+            return XSession::afterErasing(XSession::readText(out).toUtf8()) == QLatin1String("abcd");
+        }, 60000);
+        QCOMPARE(XSession::afterErasing(XSession::readText(out).toUtf8()), QStringLiteral("abcd"));
+        QVERIFY(session.typoletOutput().contains(
+            QStringLiteral("Skipped a character that no key can type: U+FDD0")));
+    }
+};
+
+QTEST_GUILESS_MAIN(FaultsE2eTest)
+#include "FaultsE2eTest.moc"

@@ -1,0 +1,246 @@
+#include "XSession.h"
+
+#include "RecordCodec.h"
+#include "Shortcut.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QSettings>
+#include <QThread>
+
+#ifndef TYPOLET_EXECUTABLE
+#error "TYPOLET_EXECUTABLE must name the built typolet program"
+#endif
+
+XSession::XSession(QStringList serverArguments) {
+    m_server = std::make_unique<QProcess>();
+    // -displayfd 1: the server picks a free display number and writes it to its stdout.
+    QStringList arguments{QStringLiteral("-displayfd"), QStringLiteral("1"),
+                          QStringLiteral("-nolisten"), QStringLiteral("tcp"),
+                          QStringLiteral("-screen"), QStringLiteral("0"),
+                          QStringLiteral("1280x1024x24")};
+    arguments += serverArguments;
+    m_server->setProcessChannelMode(QProcess::SeparateChannels);
+    m_server->start(QStringLiteral("Xvfb"), arguments);
+    if (!m_server->waitForStarted(10000))
+        return;
+    QByteArray number;
+    waitFor([&] {
+        number += m_server->readAllStandardOutput();
+        return number.contains('\n') || m_server->state() == QProcess::NotRunning;
+    }, 30000);
+    if (number.trimmed().isEmpty())
+        return;
+    m_display = QLatin1Char(':') + QString::fromLatin1(number.trimmed());
+}
+
+XSession::~XSession() {
+    // Clients first, while the server still runs, so they leave cleanly.
+    for (auto it = m_processes.rbegin(); it != m_processes.rend(); ++it) {
+        QProcess* process = it->get();
+        if (process->state() == QProcess::NotRunning)
+            continue;
+        process->terminate();
+        if (!process->waitForFinished(3000)) {
+            process->kill();
+            process->waitForFinished(3000);
+        }
+    }
+    m_processes.clear();
+    stopServer();
+}
+
+void XSession::stopServer() {
+    if (!m_server || m_server->state() == QProcess::NotRunning)
+        return;
+    m_server->terminate();
+    if (!m_server->waitForFinished(5000)) {
+        m_server->kill();
+        m_server->waitForFinished(5000);
+    }
+}
+
+QProcessEnvironment XSession::environment(const QStringList& extra) const {
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("DISPLAY"), m_display);
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_dir.path());
+    env.insert(QStringLiteral("XDG_CACHE_HOME"), m_dir.filePath(QStringLiteral("cache")));
+    env.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+    env.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    env.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    env.remove(QStringLiteral("XAUTHORITY"));
+    for (const QString& entry : extra) {
+        const qsizetype eq = entry.indexOf(QLatin1Char('='));
+        env.insert(entry.left(eq), entry.mid(eq + 1));
+    }
+    return env;
+}
+
+QProcess* XSession::start(const QString& program, const QStringList& arguments,
+                          const QStringList& extraEnvironment) {
+    auto process = std::make_unique<QProcess>();
+    process->setProcessEnvironment(environment(extraEnvironment));
+    process->setProcessChannelMode(QProcess::SeparateChannels);
+    process->start(program, arguments);
+    QProcess* raw = process.get();
+    m_processes.push_back(std::move(process));
+    raw->waitForStarted(10000);
+    return raw;
+}
+
+bool XSession::run(const QString& program, const QStringList& arguments, int timeoutMs) {
+    QProcess process;
+    process.setProcessEnvironment(environment({}));
+    process.start(program, arguments);
+    if (!process.waitForFinished(timeoutMs)) {
+        process.kill();
+        process.waitForFinished(3000);
+        m_log += program + QStringLiteral(" did not finish\n");
+        return false;
+    }
+    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
+        m_log += program + QLatin1Char(' ') + arguments.join(QLatin1Char(' ')) +
+                 QStringLiteral(" failed: ") + QString::fromUtf8(process.readAllStandardError()) +
+                 QLatin1Char('\n');
+        return false;
+    }
+    return true;
+}
+
+bool XSession::waitFor(const std::function<bool()>& condition, int timeoutMs) {
+    QDeadlineTimer deadline(timeoutMs);
+    while (!condition()) {
+        if (deadline.hasExpired())
+            return false;
+        QThread::msleep(20);
+        // Lets the QProcess objects read what their programs wrote.
+        QCoreApplication::processEvents();
+    }
+    return true;
+}
+
+void XSession::writeSnippets(const QList<std::pair<QString, QString>>& snippets) const {
+    QList<Shortcut> shortcuts;
+    for (const auto& [command, content] : snippets)
+        shortcuts.append(Shortcut::create(command, content, QUuid()));
+    QDir().mkpath(m_dir.filePath(QStringLiteral("Typolet")));
+    QSettings settings(m_dir.filePath(QStringLiteral("Typolet/Typolet.conf")),
+                       QSettings::NativeFormat);
+    settings.setValue(QStringLiteral("Shortcuts"), *RecordCodec::encodeShortcuts(shortcuts));
+    settings.sync();
+}
+
+QString XSession::typoletOutput() const {
+    if (!m_typolet)
+        return {};
+    // Read without consuming: keep everything seen so far in a property.
+    QByteArray seen = m_typolet->property("seen").toByteArray();
+    seen += m_typolet->readAllStandardOutput();
+    m_typolet->setProperty("seen", seen);
+    return QString::fromUtf8(seen);
+}
+
+bool XSession::startTypolet() {
+    m_typolet = start(QStringLiteral(TYPOLET_EXECUTABLE), {},
+                      {QStringLiteral("TYPOLET_DIAGNOSTICS=1")});
+    // Nothing has the focus yet, so Escape reaches no application; it only shows that
+    // Typolet sees keys.
+    const bool listening = waitFor([&] {
+        if (m_typolet->state() == QProcess::NotRunning)
+            return true;
+        run(QStringLiteral("xdotool"), {QStringLiteral("key"), QStringLiteral("Escape")});
+        return waitFor([&] { return typoletOutput().contains(QLatin1String("Event received")); },
+                       300);
+    }, 60000);
+    if (!listening || m_typolet->state() == QProcess::NotRunning) {
+        const bool running = m_typolet->state() != QProcess::NotRunning;
+        m_log += QStringLiteral("Typolet did not start listening (%1):\n")
+                     .arg(running ? QStringLiteral("still running")
+                                  : QStringLiteral("ended, status %1, exit %2")
+                                        .arg(m_typolet->exitStatus())
+                                        .arg(m_typolet->exitCode())) +
+                 typoletOutput() + QString::fromUtf8(m_typolet->readAllStandardError());
+        return false;
+    }
+    return true;
+}
+
+bool XSession::waitForWindow(QProcess* process) {
+    QString found;
+    const bool ok = waitFor([&] {
+        if (process->state() == QProcess::NotRunning)
+            return true;
+        QProcess search;
+        search.setProcessEnvironment(environment({}));
+        search.start(QStringLiteral("xdotool"),
+                     {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                      QStringLiteral("--pid"), QString::number(process->processId())});
+        search.waitForFinished(10000);
+        found = QString::fromLatin1(search.readAllStandardOutput()).split(QLatin1Char('\n'),
+                                                                           Qt::SkipEmptyParts).value(0);
+        return !found.isEmpty();
+    }, 30000);
+    if (!ok || found.isEmpty()) {
+        m_log += QStringLiteral("No window appeared: ") +
+                 QString::fromUtf8(process->readAllStandardError()) + QLatin1Char('\n');
+        return false;
+    }
+    m_targetWindow = found;
+    return true;
+}
+
+bool XSession::startTerminal(const QString& outFile) {
+    const QString ready = outFile + QStringLiteral(".ready");
+    // No line editing and no echo: every byte the terminal sends lands in the file as sent.
+    const QString script = QStringLiteral("stty -icanon -echo -ixon iutf8 && touch '%1' && exec cat > '%2'")
+                               .arg(ready, outFile);
+    QProcess* terminal = start(QStringLiteral("xterm"),
+                               {QStringLiteral("-u8"), QStringLiteral("-geometry"),
+                                QStringLiteral("100x30+0+0"), QStringLiteral("-e"),
+                                QStringLiteral("sh"), QStringLiteral("-c"), script});
+    m_target = terminal;
+    if (!waitForWindow(terminal))
+        return false;
+    return waitFor([&] { return QFile::exists(ready); });
+}
+
+bool XSession::startQtClient(const QString& outFile, const QStringList& extraArguments) {
+    QProcess* client = start(QStringLiteral(TYPOLET_QT_TARGET), QStringList{outFile} + extraArguments,
+                             {QStringLiteral("QT_QPA_PLATFORM=xcb")});
+    m_target = client;
+    if (!waitForWindow(client))
+        return false;
+    return waitFor([&] { return QFile::exists(outFile); });
+}
+
+bool XSession::focusTarget() {
+    return !m_targetWindow.isEmpty() &&
+           run(QStringLiteral("xdotool"),
+               {QStringLiteral("windowfocus"), QStringLiteral("--sync"), m_targetWindow});
+}
+
+QString XSession::readText(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return QString::fromUtf8(file.readAll());
+}
+
+QString XSession::afterErasing(const QByteArray& bytes) {
+    QString shown;
+    for (const QChar c : QString::fromUtf8(bytes)) {
+        if (c == QChar(0x7F) || c == QChar(0x08)) {
+            if (shown.isEmpty())
+                continue;
+            // One character: a whole surrogate pair when that is what ends the text.
+            const bool pair = shown.size() >= 2 && shown.back().isLowSurrogate() &&
+                              shown.at(shown.size() - 2).isHighSurrogate();
+            shown.chop(pair ? 2 : 1);
+        } else {
+            shown.append(c);
+        }
+    }
+    return shown;
+}

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <functional>
+#include <memory>
+#include <utility>
+
+// One private X server (Xvfb on a display number it picks itself) with the processes a test
+// starts on it: Typolet, target clients, xdotool. Every process is ended when the session is
+// destroyed, also when a test fails halfway. Each session has its own temporary folder, used
+// as XDG_CONFIG_HOME, so Typolet reads the snippets the test wrote and nothing else.
+class XSession {
+public:
+    explicit XSession(QStringList serverArguments = {});
+    ~XSession();
+    XSession(const XSession&) = delete;
+    XSession& operator=(const XSession&) = delete;
+
+    bool isRunning() const { return !m_display.isEmpty(); }
+    QString display() const { return m_display; }
+    QString folder() const { return m_dir.path(); }
+    QString file(const QString& name) const { return m_dir.filePath(name); }
+
+    // Writes the snippets (command, content) where Typolet will load them.
+    void writeSnippets(const QList<std::pair<QString, QString>>& snippets) const;
+
+    // Starts Typolet with typed-key diagnostics on. Waits until it reports a key, so the
+    // monitor is known to be listening. False (with Typolet's output in `log()`) otherwise.
+    bool startTypolet();
+    QProcess* typolet() const { return m_typolet; }
+    QString typoletOutput() const;
+
+    // A terminal whose input goes, byte for byte, to `outFile`.
+    bool startTerminal(const QString& outFile);
+    // Our Qt text client; its whole text is written to `outFile` after each change.
+    // `extraArguments` go to the client (the benchmark asks for --report-length).
+    bool startQtClient(const QString& outFile, const QStringList& extraArguments = {});
+    QProcess* target() const { return m_target; }
+    // Gives the keyboard focus to the last started client window.
+    bool focusTarget();
+
+    // Runs a program to completion (xdotool, setxkbmap) on this display.
+    bool run(const QString& program, const QStringList& arguments, int timeoutMs = 30000);
+
+    // Starts a program on this display; the session ends it.
+    QProcess* start(const QString& program, const QStringList& arguments,
+                    const QStringList& extraEnvironment = {});
+
+    // Polls `condition` until it holds or `timeoutMs` passes.
+    static bool waitFor(const std::function<bool()>& condition, int timeoutMs = 30000);
+
+    void stopServer();
+    QString log() const { return m_log; }
+
+    static QString readText(const QString& path);
+    // What a terminal shows for the bytes it was sent: each BackSpace or Delete erases the
+    // character before it.
+    static QString afterErasing(const QByteArray& bytes);
+
+private:
+    QProcessEnvironment environment(const QStringList& extra) const;
+    bool waitForWindow(QProcess* process);
+
+    QTemporaryDir m_dir;
+    QString m_display;
+    std::unique_ptr<QProcess> m_server;
+    std::vector<std::unique_ptr<QProcess>> m_processes;
+    QProcess* m_typolet = nullptr;
+    QString m_targetWindow;
+    QProcess* m_target = nullptr;
+    QString m_log;
+};

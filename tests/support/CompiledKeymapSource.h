@@ -1,0 +1,33 @@
+#pragma once
+
+#include "KeymapSource.h"
+
+#include <QString>
+
+struct xkb_context;
+
+// Keymaps compiled from xkb-data by layout name (or from keymap text), without any display.
+// Tests switch the layout or the group between keys as a user would.
+class CompiledKeymapSource : public KeymapSource {
+public:
+    // `layouts` and `variants` as setxkbmap takes them, e.g. "us,de" and ",nodeadkeys".
+    explicit CompiledKeymapSource(const QString& layouts = QStringLiteral("us"),
+                                  const QString& variants = {});
+    ~CompiledKeymapSource() override;
+    CompiledKeymapSource(const CompiledKeymapSource&) = delete;
+    CompiledKeymapSource& operator=(const CompiledKeymapSource&) = delete;
+
+    xkb_keymap* currentKeymap() override { return m_keymap; }
+    uint32_t currentGroup() override { return m_group; }
+
+    // Replaces the keymap; false when it does not compile.
+    bool load(const QString& layouts, const QString& variants = {});
+    bool loadText(const QString& keymapText);
+    void unload();
+    void setGroup(uint32_t group) { m_group = group; }
+
+private:
+    xkb_context* m_context = nullptr;
+    xkb_keymap* m_keymap = nullptr;
+    uint32_t m_group = 0;
+};

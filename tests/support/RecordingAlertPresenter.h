@@ -1,0 +1,20 @@
+#pragma once
+
+#include "PermissionAlertPresenter.h"
+
+#include <QList>
+
+// Records every alert it was asked to show.
+class RecordingAlertPresenter : public PermissionAlertPresenter {
+public:
+    struct Alert {
+        QString title;
+        QString message;
+        QString settingsUrl;
+    };
+    void showPermissionAlert(const QString& title, const QString& message,
+                             const QString& settingsUrl) override {
+        alerts.append({title, message, settingsUrl});
+    }
+    QList<Alert> alerts;
+};

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "LoginItemBackend.h"
+
+#include <QList>
+#include <QString>
+#include <optional>
+
+// A login-item backend that only records what it was asked, and can be told to fail.
+class RecordingLoginItemBackend : public LoginItemBackend {
+public:
+    std::optional<QString> registerItem() override;
+    std::optional<QString> unregisterItem() override;
+
+    // true for every register request, false for every unregister request, in order.
+    QList<bool> calls;
+    // When set, the matching request fails with this text.
+    std::optional<QString> registerError;
+    std::optional<QString> unregisterError;
+};

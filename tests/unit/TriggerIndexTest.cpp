@@ -1,0 +1,122 @@
+#include "GraphemeText.h"
+#include "KeystrokeBuffer.h"
+#include "ReferenceMatcher.h"
+#include "Shortcut.h"
+#include "TriggerIndex.h"
+
+#include <QRandomGenerator>
+#include <QtTest>
+
+namespace {
+// Pieces that stress what "character" and "the same character" mean: precomposed and decomposed
+// spellings, lone and stacked marks, emoji with and without skin tones, joiners, flags, Hangul
+// syllables against their jamo, and plain ASCII so that matches actually happen.
+const QStringList kAtoms = {
+    "a", "b", ";", " ", "\t", "e", u"\u00e9"_qs, u"e\u0301"_qs, u"\u0301"_qs, u"\u0323"_qs,
+    u"\U0001F44D"_qs, u"\U0001F44D\U0001F3FD"_qs, u"\U0001F3FD"_qs, u"\u200d"_qs,
+    u"\U0001F1EB"_qs, u"\U0001F1F7"_qs, u"\ud55c"_qs, u"\u1112\u1161\u11ab"_qs, u"\u1112"_qs,
+    u"\u00c5"_qs, u"\u212b"_qs, u"A\u030a"_qs,
+};
+
+QString randomText(QRandomGenerator& random, int maxAtoms) {
+    QString text;
+    const int atoms = random.bounded(maxAtoms + 1);
+    for (int i = 0; i < atoms; ++i)
+        text += kAtoms.at(random.bounded(kAtoms.size()));
+    return text;
+}
+
+// Appends text the way keys arrive: one code point at a time.
+void typeInto(KeystrokeBuffer& buffer, const QString& text) {
+    for (const char32_t codePoint : text.toUcs4())
+        buffer.append(QString::fromUcs4(&codePoint, 1));
+}
+
+QList<Shortcut> shortcutsFor(const QStringList& commands) {
+    QList<Shortcut> shortcuts;
+    for (const QString& command : commands)
+        shortcuts.append(Shortcut::create(command, command + " content", QUuid()));
+    return shortcuts;
+}
+
+std::optional<qsizetype> indexMatch(const QList<Shortcut>& shortcuts, const QString& typed) {
+    TriggerIndex index;
+    index.rebuild(shortcuts);
+    KeystrokeBuffer buffer;
+    typeInto(buffer, typed);
+    return index.match(buffer);
+}
+} // namespace
+
+class TriggerIndexTest : public QObject {
+    Q_OBJECT
+private slots:
+    void picksTheLongestThenTheEarliest() {
+        const auto shortcuts = shortcutsFor({"2", "sig2", ";sig2", ";sig2", "x;sig2"});
+        QCOMPARE(indexMatch(shortcuts, "a;sig2"), 2);
+        QCOMPARE(indexMatch(shortcuts, "sig2"), 1);
+        QCOMPARE(indexMatch(shortcuts, "x;sig2"), 4);
+        QCOMPARE(indexMatch(shortcuts, ";sig"), std::nullopt);
+        QCOMPARE(indexMatch({}, "anything"), std::nullopt);
+    }
+
+    void equivalentSpellingsTieOnListOrder() {
+        // Both spell "café"; whichever comes first in the list wins, whatever was typed.
+        const auto shortcuts = shortcutsFor({u"caf\u00e9"_qs, u"cafe\u0301"_qs});
+        QCOMPARE(indexMatch(shortcuts, u"cafe\u0301"_qs), 0);
+        QCOMPARE(indexMatch(shortcuts, u"caf\u00e9"_qs), 0);
+        // A lone mark is not the end of a character that it belongs to.
+        QCOMPARE(indexMatch(shortcutsFor({u"\u0301"_qs}), u"e\u0301"_qs), std::nullopt);
+    }
+
+    void agreesWithTheSortAndScanRule() {
+        QRandomGenerator random(20261123);
+        int matches = 0;
+        for (int round = 0; round < 3000; ++round) {
+            QStringList commands;
+            const int count = 1 + random.bounded(25);
+            for (int i = 0; i < count; ++i) {
+                // Some duplicates and some empty commands, to exercise the tie rules.
+                if (!commands.isEmpty() && random.bounded(8) == 0)
+                    commands.append(commands.at(random.bounded(commands.size())));
+                else
+                    commands.append(randomText(random, 4));
+            }
+            const QList<Shortcut> shortcuts = shortcutsFor(commands);
+            QString typed = randomText(random, 8);
+            if (random.bounded(2))
+                typed += commands.at(random.bounded(commands.size()));
+
+            const auto expected = ReferenceMatcher::match(shortcuts, typed);
+            const auto actual = indexMatch(shortcuts, typed);
+            if (expected != actual) {
+                QString detail = "typed " + typed.toHtmlEscaped() + " commands:";
+                for (const QString& c : commands)
+                    detail += " [" + c + "]";
+                QFAIL(qPrintable(detail));
+            }
+            matches += expected.has_value();
+        }
+        QVERIFY(matches > 1000); // the comparison really covered matching cases
+    }
+
+    void bufferKeepsTheSameCharactersAsAFullSegmentation() {
+        QRandomGenerator random(7);
+        for (int round = 0; round < 2000; ++round) {
+            KeystrokeBuffer buffer;
+            QString text = randomText(random, 10);
+            typeInto(buffer, text);
+            const int removals = random.bounded(3);
+            for (int i = 0; i < removals; ++i)
+                buffer.removeLast();
+            typeInto(buffer, randomText(random, 3));
+            const QStringList clusters = GraphemeText::clusters(buffer.text());
+            QCOMPARE(buffer.characterCount(), clusters.size());
+            for (qsizetype i = 0; i < clusters.size(); ++i)
+                QCOMPARE(buffer.canonicalCharacter(i), GraphemeText::canonical(clusters.at(i)));
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TriggerIndexTest)
+#include "TriggerIndexTest.moc"
