@@ -17,7 +17,11 @@
 XSession::XSession(QStringList serverArguments) {
     m_server = std::make_unique<QProcess>();
     // -displayfd 1: the server picks a free display number and writes it to its stdout.
+    // -noreset: by default the server resets whenever its last client leaves and refuses
+    // connections meanwhile; a test's short-lived clients (xdotool, the display probe) would
+    // make the next client's connection fail now and then.
     QStringList arguments{QStringLiteral("-displayfd"), QStringLiteral("1"),
+                          QStringLiteral("-noreset"),
                           QStringLiteral("-nolisten"), QStringLiteral("tcp"),
                           QStringLiteral("-screen"), QStringLiteral("0"),
                           QStringLiteral("1280x1024x24")};

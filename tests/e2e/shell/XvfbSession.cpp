@@ -68,8 +68,10 @@ bool XvfbSession::startOnce(bool withTray) {
     m_server = std::make_unique<QProcess>();
     // -displayfd: the server picks a free display and writes its number once it accepts
     // clients, so there is neither a race for a display number nor a guessed start-up delay.
+    // -noreset: no reset (and no refused connections) when the last client leaves.
     m_server->start(QStringLiteral("Xvfb"),
-                    {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-nolisten"),
+                    {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-noreset"),
+                     QStringLiteral("-nolisten"),
                      QStringLiteral("tcp"), QStringLiteral("-screen"), QStringLiteral("0"),
                      QStringLiteral("1280x800x24")});
     if (!m_server->waitForStarted(patienceMs)) {
