@@ -1,6 +1,5 @@
 // Adding a snippet from the main window, end to end: the sheet, its rules and the store.
 #include "AddShortcutView.h"
-#include "ContentView.h"
 #include "CustomTextEditor.h"
 #include "FocusableTextField.h"
 #include "GuiTestSupport.h"
@@ -8,264 +7,140 @@
 #include "ShortcutDetailView.h"
 #include "Timestamp.h"
 
-#include <QApplication>
 #include <QLabel>
-#include <QLineEdit>
 #include <QListView>
 #include <QPushButton>
-#include <QTest>
+
+namespace {
+// The window with "Work" (holding the `existing` commands) selected and the sheet open.
+struct OpenSheet {
+    EditorFixture fixture;
+    CategoryRef work = fixture.addCategory(QStringLiteral("Work"));
+    ContentView* view = nullptr;
+    AddShortcutView* sheet = nullptr;
+    explicit OpenSheet(const QStringList& existing = {}) {
+        for (const QString& command : existing)
+            fixture.addShortcut(command, QStringLiteral("x"), work->id());
+        view = fixture.show(work);
+        sheet = open();
+    }
+    AddShortcutView* open() {
+        return GuiInput::openSheet(view->addSnippetButton(), [this] { return view->addSheet(); });
+    }
+    const QList<Shortcut>& stored() { return fixture.store().shortcuts(); }
+};
+} // namespace
 
 class AddShortcutViewTest : public QObject {
     Q_OBJECT
 
-private:
-    // Opens the sheet with the Add Snippet button and waits until it has the keyboard.
-    static AddShortcutView* openSheet(ContentView* view) {
-        GuiInput::click(view->addSnippetButton());
-        AddShortcutView* sheet = view->addSheet();
-        if (sheet)
-            GuiInput::waitActive(sheet);
-        return sheet;
-    }
-    static void type(AddShortcutView* sheet, const QString& command, const QString& content) {
-        QTest::keyClicks(sheet->commandField(), command);
-        QTest::keyClicks(sheet->contentEditor(), content);
-    }
-
 private slots:
-    void addsTheSnippetToTheSelectedCategoryAndSelectsIt() {
-        EditorFixture fixture;
-        const CategoryRef work = fixture.addCategory(QStringLiteral("Work"));
-        fixture.addShortcut(QStringLiteral(";first"), QStringLiteral("First"), work->id());
-        ContentView* view = fixture.show();
-        view->setSelectedCategory(work);
-
-        const double before = Timestamp::now();
-        AddShortcutView* sheet = openSheet(view);
+    void addsTheSnippetOnceItsCommandIsNew() {
+        OpenSheet s({QStringLiteral(";hi")});
+        AddShortcutView* sheet = s.sheet;
         QVERIFY(sheet);
-        QVERIFY(sheet->isVisible());
         QCOMPARE(sheet->size(), QSize(480, 480));
-        QCOMPARE(sheet->windowModality(), Qt::WindowModal);
-        QCOMPARE(sheet->windowTitle(), QStringLiteral("New Snippet"));
-        QVERIFY(view->showingAddSheet());
-
-        // Both texts are needed, and nothing is trimmed.
-        QVERIFY(!sheet->addButton()->isEnabled());
-        QTest::keyClicks(sheet->commandField(), QStringLiteral(";sig "));
-        QVERIFY(!sheet->addButton()->isEnabled());
-        QTest::keyClicks(sheet->contentEditor(), QStringLiteral("Best regards,"));
-        QTest::keyClick(sheet->contentEditor(), Qt::Key_Return);
-        QTest::keyClicks(sheet->contentEditor(), QStringLiteral("Ada"));
-        QVERIFY(sheet->addButton()->isEnabled());
-        QCOMPARE(sheet->addButton()->toolTip(), QStringLiteral("Add Snippet"));
-
-        QPointer<AddShortcutView> closing = sheet;
-        GuiInput::click(sheet->addButton());
-        QTRY_VERIFY(closing.isNull());
-        QVERIFY(!view->showingAddSheet());
-
-        const QList<Shortcut>& shortcuts = fixture.store().shortcuts();
-        QCOMPARE(shortcuts.size(), 2);
-        const Shortcut added = shortcuts.last();
-        QCOMPARE(added.command, QStringLiteral(";sig "));
-        QCOMPARE(added.content, QStringLiteral("Best regards,\nAda"));
-        QCOMPARE(added.categoryId, work->id());
-        QVERIFY(added.createdAt >= before - 1 && added.createdAt <= Timestamp::now() + 1);
-
-        // Selected at once: the list row, the detail pane.
-        QVERIFY(view->selectedShortcut());
-        QCOMPARE(view->selectedShortcut()->id, added.id);
-        const QModelIndexList selected = view->shortcutList()->selectionModel()->selectedRows();
-        QCOMPARE(selected.size(), 1);
-        QCOMPARE(selected.first().row(), 1);
-        QVERIFY(!view->showingDetailPlaceholder());
-        QCOMPARE(view->detailView()->command(), QStringLiteral(";sig "));
-
-        // Written to disk.
-        const auto reloaded = fixture.reloadedStore();
-        QCOMPARE(reloaded->shortcuts().size(), 2);
-        QCOMPARE(reloaded->shortcuts().last().content, QStringLiteral("Best regards,\nAda"));
-    }
-
-    void refusesAnExistingCommandUntilTheCommandIsEdited() {
-        EditorFixture fixture;
-        const CategoryRef work = fixture.addCategory(QStringLiteral("Work"));
-        fixture.addShortcut(QStringLiteral(";hi"), QStringLiteral("Hello"), work->id());
-        ContentView* view = fixture.show();
-        view->setSelectedCategory(work);
-
-        AddShortcutView* sheet = openSheet(view);
-        QVERIFY(sheet);
-        QWidget* error = sheet->findChild<QWidget*>(QStringLiteral("duplicateError"));
-        QVERIFY(error);
-        QVERIFY(!error->isVisible());
-
-        type(sheet, QStringLiteral(";hi"), QStringLiteral("Hi there"));
-        GuiInput::click(sheet->addButton());
-        QVERIFY(sheet->isVisible());
-        QVERIFY(sheet->showingDuplicateError());
-        QVERIFY(error->isVisible());
-        QCOMPARE(error->findChild<QLabel*>(QStringLiteral("errorMessage"))->text(),
-                 QStringLiteral("This command already exists"));
-        QCOMPARE(fixture.store().shortcuts().size(), 1);
-        // The typed texts stay.
-        QCOMPARE(sheet->command(), QStringLiteral(";hi"));
-        QCOMPARE(sheet->content(), QStringLiteral("Hi there"));
-
-        // Typing in the content leaves the message; the next edit of the command takes it away.
-        QTest::keyClicks(sheet->contentEditor(), QStringLiteral("!"));
-        QVERIFY(error->isVisible());
-        QTest::keyClick(sheet->commandField(), Qt::Key_Backspace);
-        QVERIFY(!error->isVisible());
-        QVERIFY(!sheet->showingDuplicateError());
-
-        // Letter case counts here: ;Hi is a different command.
-        GuiInput::retype(sheet->commandField(), QStringLiteral(";Hi"));
-        QPointer<AddShortcutView> closing = sheet;
-        GuiInput::click(sheet->addButton());
-        QTRY_VERIFY(closing.isNull());
-        QCOMPARE(fixture.store().shortcuts().size(), 2);
-        QCOMPARE(fixture.store().shortcuts().last().command, QStringLiteral(";Hi"));
-        QCOMPARE(fixture.store().shortcuts().last().content, QStringLiteral("Hi there!"));
-    }
-
-    void keyboard_data() {
-        QTest::addColumn<int>("key");
-        QTest::addColumn<int>("modifiers");
-        QTest::addColumn<bool>("adds");
-        QTest::addColumn<bool>("closes");
-        QTest::newRow("Ctrl+Return adds")
-            << int(Qt::Key_Return) << int(Qt::ControlModifier) << true << true;
-        QTest::newRow("Ctrl+Enter adds")
-            << int(Qt::Key_Enter) << int(Qt::ControlModifier | Qt::KeypadModifier) << true << true;
-        QTest::newRow("Escape cancels") << int(Qt::Key_Escape) << 0 << false << true;
-        QTest::newRow("Return alone does nothing") << int(Qt::Key_Return) << 0 << false << false;
-    }
-
-    void keyboard() {
-        QFETCH(int, key);
-        QFETCH(int, modifiers);
-        QFETCH(bool, adds);
-        QFETCH(bool, closes);
-        EditorFixture fixture;
-        const CategoryRef work = fixture.addCategory(QStringLiteral("Work"));
-        ContentView* view = fixture.show();
-        view->setSelectedCategory(work);
-        AddShortcutView* sheet = openSheet(view);
-        QVERIFY(sheet);
-        QCOMPARE(QApplication::activeWindow(), sheet);
-        type(sheet, QStringLiteral(";k"), QStringLiteral("Keyboard"));
-        QPointer<AddShortcutView> watched = sheet;
-        QTest::keyClick(sheet->commandField(), Qt::Key(key), Qt::KeyboardModifiers(modifiers));
-        if (closes)
-            QTRY_VERIFY(watched.isNull());
-        else
-            QVERIFY(watched && watched->isVisible());
-        QCOMPARE(fixture.store().shortcuts().size(), adds ? 1 : 0);
-        if (adds)
-            QCOMPARE(fixture.store().shortcuts().first().content, QStringLiteral("Keyboard"));
-    }
-
-    void shortcutDoesNothingWhileAFieldIsEmpty() {
-        EditorFixture fixture;
-        const CategoryRef work = fixture.addCategory(QStringLiteral("Work"));
-        ContentView* view = fixture.show();
-        view->setSelectedCategory(work);
-        AddShortcutView* sheet = openSheet(view);
-        QVERIFY(sheet);
-        QTest::keyClicks(sheet->commandField(), QStringLiteral(";only"));
-        QTest::keyClick(sheet->commandField(), Qt::Key_Return, Qt::ControlModifier);
-        QTest::qWait(50);
-        QVERIFY(sheet->isVisible());
-        QVERIFY(fixture.store().shortcuts().isEmpty());
-    }
-
-    void cancelAddsNothing() {
-        EditorFixture fixture;
-        const CategoryRef work = fixture.addCategory(QStringLiteral("Work"));
-        ContentView* view = fixture.show();
-        view->setSelectedCategory(work);
-        AddShortcutView* sheet = openSheet(view);
-        QVERIFY(sheet);
-        type(sheet, QStringLiteral(";c"), QStringLiteral("Cancelled"));
-        QPointer<AddShortcutView> closing = sheet;
-        QCOMPARE(sheet->cancelButton()->toolTip(), QStringLiteral("Cancel"));
-        GuiInput::click(sheet->cancelButton());
-        QTRY_VERIFY(closing.isNull());
-        QVERIFY(fixture.store().shortcuts().isEmpty());
-        QVERIFY(!fixture.settings().contains(QStringLiteral("Shortcuts")));
-
-        // The next sheet starts empty.
-        AddShortcutView* next = openSheet(view);
-        QVERIFY(next);
-        QVERIFY(next->command().isEmpty());
-        QVERIFY(next->content().isEmpty());
-        QVERIFY(!next->showingDuplicateError());
-    }
-
-    void commandOfSpacesIsStoredAsTyped() {
-        EditorFixture fixture;
-        const CategoryRef work = fixture.addCategory(QStringLiteral("Work"));
-        ContentView* view = fixture.show();
-        view->setSelectedCategory(work);
-        AddShortcutView* sheet = openSheet(view);
-        QVERIFY(sheet);
-        type(sheet, QStringLiteral("   "), QStringLiteral(" "));
-        QVERIFY(sheet->addButton()->isEnabled());
-        GuiInput::click(sheet->addButton());
-        QTRY_COMPARE(fixture.store().shortcuts().size(), 1);
-        QCOMPARE(fixture.store().shortcuts().first().command, QStringLiteral("   "));
-        QCOMPARE(fixture.store().shortcuts().first().content, QStringLiteral(" "));
-    }
-
-    void contentPlaceholderFollowsTheContent() {
-        EditorFixture fixture;
-        const CategoryRef work = fixture.addCategory(QStringLiteral("Work"));
-        ContentView* view = fixture.show();
-        view->setSelectedCategory(work);
-        AddShortcutView* sheet = openSheet(view);
-        QVERIFY(sheet);
         auto* placeholder = sheet->findChild<QLabel*>(QStringLiteral("contentPlaceholder"));
-        QVERIFY(placeholder);
-        QCOMPARE(placeholder->text(), QStringLiteral("Enter your content here..."));
-        QCOMPARE(sheet->commandField()->placeholderText(),
-                 QStringLiteral("Enter shortcut (e.g. ;hello)"));
-        QVERIFY(placeholder->isVisible());
-        QTest::keyClicks(sheet->contentEditor(), QStringLiteral("a"));
-        QVERIFY(!placeholder->isVisible());
-        QTest::keyClick(sheet->contentEditor(), Qt::Key_Backspace);
-        QVERIFY(placeholder->isVisible());
-    }
-
-    void commandFieldHighlightsWhileEdited() {
-        EditorFixture fixture;
-        const CategoryRef work = fixture.addCategory(QStringLiteral("Work"));
-        ContentView* view = fixture.show();
-        view->setSelectedCategory(work);
-        AddShortcutView* sheet = openSheet(view);
-        QVERIFY(sheet);
-        // The sheet puts the keyboard in the command field.
+        QCOMPARE((QStringList{sheet->windowTitle(), sheet->addButton()->toolTip(),
+                              sheet->cancelButton()->toolTip(),
+                              sheet->commandField()->placeholderText(), placeholder->text()}),
+                 (QStringList{"New Snippet", "Add Snippet", "Cancel",
+                              "Enter shortcut (e.g. ;hello)", "Enter your content here..."}));
+        // The keyboard starts in the command field, which highlights while it is edited.
         QTRY_VERIFY(sheet->isCommandFieldFocused());
         sheet->contentEditor()->setFocus(Qt::TabFocusReason);
         QTRY_VERIFY(!sheet->isCommandFieldFocused());
         sheet->commandField()->setFocus(Qt::MouseFocusReason);
         QTRY_VERIFY(sheet->isCommandFieldFocused());
+        // Both texts are needed; the content's placeholder shows while the content is empty.
+        QVERIFY(!sheet->addButton()->isEnabled());
+        QTest::keyClicks(sheet->commandField(), QStringLiteral(";hi"));
+        QVERIFY(!sheet->addButton()->isEnabled());
+        QTest::keyClicks(sheet->contentEditor(), QStringLiteral("a"));
+        QVERIFY(!placeholder->isVisible());
+        QTest::keyClick(sheet->contentEditor(), Qt::Key_Backspace);
+        QVERIFY(placeholder->isVisible());
+        QTest::keyClicks(sheet->contentEditor(), QStringLiteral("Hi,"));
+        QTest::keyClick(sheet->contentEditor(), Qt::Key_Return);
+        QTest::keyClicks(sheet->contentEditor(), QStringLiteral("Ada"));
+        // An existing command is refused; the texts stay.
+        auto* error = sheet->findChild<QWidget*>(QStringLiteral("duplicateError"));
+        QVERIFY(!error->isVisible());
+        GuiInput::click(sheet->addButton());
+        QVERIFY(error->isVisible());
+        QCOMPARE(error->findChild<QLabel*>(QStringLiteral("errorMessage"))->text(),
+                 QStringLiteral("This command already exists"));
+        QCOMPARE((QStringList{sheet->command(), sheet->content()}),
+                 (QStringList{";hi", "Hi,\nAda"}));
+        QCOMPARE(s.stored().size(), 1);
+        // Typing in the content leaves the message; the next edit of the command hides it.
+        QTest::keyClicks(sheet->contentEditor(), QStringLiteral("!"));
+        QVERIFY(error->isVisible());
+        QTest::keyClick(sheet->commandField(), Qt::Key_Backspace);
+        QVERIFY(!error->isVisible());
+        // Letter case counts, and nothing is trimmed: ";Hi " is new.
+        GuiInput::retype(sheet->commandField(), QStringLiteral(";Hi "));
+        const double before = Timestamp::now();
+        QVERIFY(GuiInput::clickCloses(sheet->addButton()));
+        QCOMPARE(commandsOf(s.stored()), (QStringList{";hi", ";Hi "}));
+        QCOMPARE(commandsOf(s.fixture.reloaded()->shortcuts()), commandsOf(s.stored()));
+        const Shortcut added = s.stored().last();
+        QCOMPARE(added.content, QStringLiteral("Hi,\nAda!"));
+        QCOMPARE(added.categoryId, s.work->id());
+        QVERIFY(added.createdAt >= before - 1 && added.createdAt <= Timestamp::now() + 1);
+        // Selected at once, in the list and in the detail pane.
+        QCOMPARE(Shown::rows(s.view->shortcutList()), (QStringList{";hi", "*;Hi "}));
+        QCOMPARE(s.view->detailView()->shortcutId(), added.id);
+        // The next sheet starts empty, and Cancel adds nothing.
+        sheet = s.open();
+        QVERIFY(sheet);
+        QVERIFY(sheet->command().isEmpty() && sheet->content().isEmpty());
+        QTest::keyClicks(sheet->commandField(), QStringLiteral(";c"));
+        QTest::keyClicks(sheet->contentEditor(), QStringLiteral("Cancelled"));
+        QVERIFY(GuiInput::clickCloses(sheet->cancelButton()));
+        QCOMPARE(s.stored().size(), 2);
     }
 
-    void addSnippetNeedsASelectedCategory() {
-        EditorFixture fixture;
-        fixture.addCategory(QStringLiteral("Work"));
-        ContentView* view = fixture.show();
-        QVERIFY(view->selectedCategory());
-        QVERIFY(view->addSnippetButton()->isEnabled());
-        QCOMPARE(view->addSnippetButton()->toolTip(), QStringLiteral("Add Snippet"));
-        // Ctrl-click on the selected category takes the selection away.
-        const int row = view->categoryList()->selectionModel()->selectedRows().first().row();
-        GuiInput::clickRow(view->categoryList(), row, Qt::ControlModifier);
-        QVERIFY(!view->selectedCategory());
-        QVERIFY(!view->addSnippetButton()->isEnabled());
-        GuiInput::click(view->addSnippetButton());
-        QVERIFY(!view->showingAddSheet());
+    void keyboard_data() {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QString>("content");
+        QTest::addColumn<QString>("keys");
+        QTest::addColumn<bool>("adds");
+        QTest::addColumn<bool>("closes");
+        const auto row = [](const char* name, const char* command, const char* content,
+                            const char* keys, bool adds, bool closes) {
+            QTest::newRow(name) << QString::fromUtf8(command) << QString::fromUtf8(content)
+                                << QString::fromUtf8(keys) << adds << closes;
+        };
+        row("Ctrl+Return adds", ";k", "Keyboard", "Ctrl+Return", true, true);
+        row("keypad Ctrl+Enter adds", ";k", "Keyboard", "Ctrl+Num+Enter", true, true);
+        row("spaces are text", "   ", " ", "Ctrl+Return", true, true);
+        row("Escape cancels", ";k", "Keyboard", "Esc", false, true);
+        row("Return alone does nothing", ";k", "Keyboard", "Return", false, false);
+        row("no content, no Ctrl+Return", ";k", "", "Ctrl+Return", false, false);
+    }
+
+    void keyboard() {
+        QFETCH(QString, command);
+        QFETCH(QString, content);
+        QFETCH(QString, keys);
+        QFETCH(bool, adds);
+        QFETCH(bool, closes);
+        OpenSheet s;
+        QVERIFY(s.sheet);
+        QTest::keyClicks(s.sheet->commandField(), command);
+        QTest::keyClicks(s.sheet->contentEditor(), content);
+        QPointer<AddShortcutView> watched = s.sheet;
+        QTest::keySequence(s.sheet->commandField(), QKeySequence(keys));
+        if (closes)
+            QTRY_VERIFY(watched.isNull());
+        else
+            QVERIFY(watched && watched->isVisible());
+        QCOMPARE(s.fixture.settings().contains(QStringLiteral("Shortcuts")), adds);
+        QCOMPARE(s.stored().size(), adds ? 1 : 0);
+        if (adds)
+            QCOMPARE((QStringList{s.stored().first().command, s.stored().first().content}),
+                     (QStringList{command, content}));
     }
 };
 

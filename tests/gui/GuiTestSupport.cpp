@@ -1,15 +1,16 @@
 #include "GuiTestSupport.h"
 
+#include "CategoryRowView.h"
+#include "ElidedLabel.h"
 #include "RecordCodec.h"
 #include "ShortcutRowView.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QInputMethodEvent>
 #include <QListView>
 #include <QMessageBox>
-#include <QPushButton>
-#include <QTest>
+#include <QPointer>
+#include <QTextDocument>
 
 namespace {
 QString preparedPath(const TemporarySettings& settings, const QList<CategoryRef>& categories) {
@@ -43,24 +44,27 @@ Shortcut EditorFixture::addShortcut(const QString& command, const QString& conte
     return shortcut;
 }
 
-ContentView* EditorFixture::show() {
+ContentView* EditorFixture::show(const CategoryRef& category) {
     m_window = std::make_unique<ContentWindow>(*m_store);
     m_window->show();
     if (!GuiInput::waitActive(m_window.get()))
         qFatal("the editor window never became active");
+    if (category)
+        m_window->contentView()->setSelectedCategory(category);
     return m_window->contentView();
 }
 
-std::unique_ptr<ShortcutDataManager> EditorFixture::reloadedStore() const {
-    return std::make_unique<ShortcutDataManager>(m_settings.path());
+bool GuiInput::clickCloses(QAbstractButton* button) {
+    const QPointer<QWidget> window = button->window();
+    click(button);
+    return QTest::qWaitFor([&window] { return window.isNull(); });
 }
 
 void GuiInput::clickRow(QListView* list, int row, Qt::KeyboardModifiers modifiers) {
     const QModelIndex index = list->model()->index(row, 0);
     list->scrollTo(index);
     const QRect rect = list->visualRect(index);
-    // Left of the middle: clear of any buttons at the row's right end. The click goes to
-    // whatever is drawn there (a row widget, a label in it), as a real click would.
+    // The click goes to whatever is drawn there (a row widget, a label in it).
     const QPoint point(rect.left() + rect.width() / 3, rect.center().y());
     QWidget* target = list->viewport()->childAt(point);
     if (!target)
@@ -73,10 +77,6 @@ void GuiInput::clickTrash(QListView* list, int row) {
     list->scrollTo(index);
     const QRect rect = ShortcutRowView::trashRect(list->visualRect(index));
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, rect.center());
-}
-
-void GuiInput::click(QAbstractButton* button) {
-    QTest::mouseClick(button, Qt::LeftButton, {}, button->rect().center());
 }
 
 void GuiInput::retype(QWidget* field, const QString& text) {
@@ -94,30 +94,58 @@ void GuiInput::commitText(QWidget* widget, const QString& text) {
     QCoreApplication::sendEvent(widget, &event);
 }
 
-bool GuiInput::waitActive(QWidget* dialog) {
-    if (!dialog)
+bool GuiInput::waitActive(QWidget* window) {
+    if (!window)
         return false;
-    // isActiveWindow() can answer yes for a sheet before the application has made it the
-    // active window; keyboard shortcuts go by the application's view.
-    dialog->activateWindow();
-    return QTest::qWaitFor([dialog] { return QApplication::activeWindow() == dialog; }, 5000);
+    // Not isActiveWindow(): it can say yes for a sheet before the application agrees, and
+    // keyboard shortcuts go by the application.
+    window->activateWindow();
+    return QTest::qWaitFor([window] { return QApplication::activeWindow() == window; });
 }
 
-QMessageBox* GuiInput::findAlert(const QString& title) {
+QString GuiInput::answerAlert(const QString& title, const QString& answer) {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
-        auto* box = qobject_cast<QMessageBox*>(widget);
-        if (box && box->isVisible() && box->windowTitle() == title)
-            return box;
+        auto* alert = qobject_cast<QMessageBox*>(widget);
+        if (!alert || !alert->isVisible() || alert->windowTitle() != title)
+            continue;
+        QTextDocument message; // rich text: a name's markup must have been escaped
+        message.setHtml(alert->informativeText());
+        for (QAbstractButton* button : alert->buttons())
+            if (button->text() == answer)
+                return clickCloses(button) ? message.toPlainText() : QStringLiteral("stays open");
+        return QStringLiteral("no button ") + answer;
     }
-    return nullptr;
+    return QStringLiteral("no alert");
 }
 
-void GuiInput::clickAlertButton(QMessageBox* alert, const QString& label) {
-    for (QAbstractButton* button : alert->buttons()) {
-        if (button->text() == label) {
-            click(button);
-            return;
-        }
+QStringList Shown::rows(const QAbstractItemView* list) {
+    QStringList shown;
+    for (int row = 0; row < list->model()->rowCount(); ++row) {
+        const QModelIndex index = list->model()->index(row, 0);
+        const bool selected = list->selectionModel()->isSelected(index);
+        shown << (selected ? QStringLiteral("*") : QString()) + index.data().toString();
     }
-    qFatal("no button %s in the alert", qPrintable(label));
+    return shown;
+}
+
+QStringList Shown::snippets(const ContentView* view) {
+    return QStringList{view->title()} + rows(view->shortcutList());
+}
+
+QString Shown::rowLabel(const CategoryRowView* row, const char* label) {
+    return row->findChild<ElidedLabel*>(QString::fromLatin1(label))->text();
+}
+
+QStringList commandsOf(const QList<Shortcut>& shortcuts) {
+    QStringList commands;
+    for (const Shortcut& shortcut : shortcuts)
+        commands << shortcut.command;
+    return commands;
+}
+
+QStringList namesOf(const QList<CategoryRef>& categories) {
+    QStringList names;
+    for (const CategoryRef& category : categories)
+        names << category->name();
+    return names;
 }

@@ -7,37 +7,32 @@
 #include "ShortcutDataManager.h"
 #include "TemporarySettings.h"
 
-#include <QString>
+#include <QAbstractButton>
+#include <QTest>
 #include <memory>
 
-class QAbstractButton;
+class CategoryRowView;
+class QAbstractItemView;
 class QListView;
-class QMessageBox;
 
-// A store over its own temporary settings file, and (once show() is called) the editor in a
-// window on the offscreen platform.
+// A store over its own temporary settings file and, once shown, the editor window.
 class EditorFixture {
 public:
-    // `storedCategories`, when given, are written to the settings file before the store loads
-    // it, as if an earlier run had saved them.
+    // `storedCategories` are written to the settings file first, as if an earlier run saved them.
     explicit EditorFixture(const QList<CategoryRef>& storedCategories = {});
     ~EditorFixture();
 
     ShortcutDataManager& store() { return *m_store; }
     TemporarySettings& settings() { return m_settings; }
-
-    // Adds a category through the store and returns the object in its list.
     CategoryRef addCategory(const QString& name);
     // Appends and saves a snippet the way the editor does.
     Shortcut addShortcut(const QString& command, const QString& content, const QUuid& categoryId);
-
-    // Builds and shows the window, active; returns its editor.
-    ContentView* show();
-    ContentView* view() const { return m_window ? m_window->contentView() : nullptr; }
-    ContentWindow* window() const { return m_window.get(); }
-
-    // Reads the store back from disk, as a fresh start of the program would.
-    std::unique_ptr<ShortcutDataManager> reloadedStore() const;
+    // Shows the window, active, with `category` selected when one is given.
+    ContentView* show(const CategoryRef& category = {});
+    // Reads the store back from disk, as the next start of the program would.
+    std::unique_ptr<ShortcutDataManager> reloaded() const {
+        return std::make_unique<ShortcutDataManager>(m_settings.path());
+    }
 
 private:
     TemporarySettings m_settings;
@@ -48,20 +43,42 @@ private:
 // Input as the user gives it.
 class GuiInput {
 public:
-    // Clicks the middle of a list row (row in the view's model).
+    static void click(QAbstractButton* button) {
+        QTest::mouseClick(button, Qt::LeftButton, {}, button->rect().center());
+    }
+    // Clicks `button`; true once the sheet or alert it belongs to is closed and deleted.
+    static bool clickCloses(QAbstractButton* button);
+    // Clicks a list row left of its middle, clear of any buttons at its right end.
     static void clickRow(QListView* list, int row, Qt::KeyboardModifiers modifiers = {});
-    static void click(QAbstractButton* button);
     // Clicks the trash symbol of a snippet row.
     static void clickTrash(QListView* list, int row);
-    // Replaces a line edit's text by typing (select all, then type).
+    // Replaces a field's text by typing (select all, then type).
     static void retype(QWidget* field, const QString& text);
-
-    // Waits until `dialog` is the active window (keyboard shortcuts need that).
-    static bool waitActive(QWidget* dialog);
-    // Types text the way an input method commits it; unlike key clicks this carries any
-    // script and emoji.
+    // Types text the way an input method commits it: any script, emoji included.
     static void commitText(QWidget* widget, const QString& text);
-    // The open message box whose title is `title`, or null.
-    static QMessageBox* findAlert(const QString& title);
-    static void clickAlertButton(QMessageBox* alert, const QString& label);
+
+    // Waits until `window` is the active window (keyboard shortcuts need that).
+    static bool waitActive(QWidget* window);
+    // Clicks `button`; returns the sheet `sheet()` gives once it has the keyboard, or null.
+    template <typename Getter> static auto openSheet(QAbstractButton* button, Getter sheet) {
+        click(button);
+        auto* opened = sheet();
+        return waitActive(opened) ? opened : nullptr;
+    }
+    // Clicks the button labelled `answer` of the open alert titled `title`; returns the alert's
+    // message as plain text once it has closed, or "no alert".
+    static QString answerAlert(const QString& title, const QString& answer);
 };
+
+// What the user reads.
+namespace Shown {
+// The rows of a list view by their display text, selected ones marked: {";a", "*;b"}.
+QStringList rows(const QAbstractItemView* list);
+// The snippet column: its title, then its rows as above.
+QStringList snippets(const ContentView* view);
+// A category row's "categoryName" or "categoryCount" label.
+QString rowLabel(const CategoryRowView* row, const char* label);
+} // namespace Shown
+
+QStringList commandsOf(const QList<Shortcut>& shortcuts);
+QStringList namesOf(const QList<CategoryRef>& categories);

@@ -1,7 +1,7 @@
-#include "Diagnostics.h"
+#include "ShortcutDataManager.h"
+#include "CapturedDiagnostics.h"
 #include "NotificationCenter.h"
 #include "RecordCodec.h"
-#include "ShortcutDataManager.h"
 #include "TemporarySettings.h"
 
 #include <QFile>
@@ -10,20 +10,21 @@
 
 namespace {
 const QUuid kWork{QStringLiteral("a1b2c3d4-e5f6-4789-abcd-ef0123456789")};
+const QUuid kDefault = Category::defaultCategoryId;
 
 QByteArray categoriesJson(const QList<CategoryRef>& categories) {
     return *RecordCodec::encodeCategories(categories);
 }
 
-// Counts "ShortcutsUpdated" posts and keeps the list each one carried.
+// Keeps the list each "ShortcutsUpdated" post carried.
 struct UpdateRecorder {
     QObject context;
     QList<QList<Shortcut>> lists;
     UpdateRecorder() {
-        NotificationCenter::defaultCenter().observe("ShortcutsUpdated", &context,
-                                                    [this](const QVariantMap& info) {
-            lists.append(info.value("shortcuts").value<QList<Shortcut>>());
-        });
+        NotificationCenter::defaultCenter().observe(
+            "ShortcutsUpdated", &context, [this](const QVariantMap& info) {
+                lists.append(info.value("shortcuts").value<QList<Shortcut>>());
+            });
     }
 };
 
@@ -40,118 +41,99 @@ QStringList names(const QList<CategoryRef>& categories) {
         result.append(c->name());
     return result;
 }
+
+// What the settings file holds now.
+QStringList storedCommands(const TemporarySettings& settings) {
+    const auto list = RecordCodec::decodeShortcuts(settings.read("Shortcuts").toByteArray());
+    return list ? commands(*list) : QStringList{"<unreadable>"};
+}
+QStringList storedNames(const TemporarySettings& settings) {
+    const auto list = RecordCodec::decodeCategories(settings.read("Categories").toByteArray());
+    return list ? names(*list) : QStringList{"<unreadable>"};
+}
 } // namespace
 
 class ShortcutDataManagerTest : public QObject {
     Q_OBJECT
 private slots:
-    void firstStartWritesOnlyTheDefaultCategory() {
-        TemporarySettings settings;
-        UpdateRecorder updates;
-        ShortcutDataManager store(settings.path());
-        QCOMPARE(store.categories().size(), 1);
-        QCOMPARE(store.categories().at(0)->id(), Category::defaultCategoryId);
-        QVERIFY(store.shortcuts().isEmpty());
-        QCOMPARE(settings.read("Categories").toByteArray(),
-                 categoriesJson({Category::defaultCategory()}));
-        QVERIFY(!settings.contains("Shortcuts"));
-        QCoreApplication::processEvents();
-        QVERIFY(updates.lists.isEmpty());
+    void storedCategoriesAreKeptAndTheDefaultAppendedIfMissing() {
+        const CategoryRef work = CategoryRef::create(kWork, "Work", 5);
+        TemporarySettings withDefault, without;
+        // The default renamed and not first: the stored bytes must survive untouched.
+        const QByteArray stored = categoriesJson({work, CategoryRef::create(kDefault, "Misc", 9)});
+        withDefault.write("Categories", stored);
+        without.write("Categories", categoriesJson({work}));
+        ShortcutDataManager kept(withDefault.path()), completed(without.path());
+        QCOMPARE(names(kept.categories()), QStringList({"Work", "Misc"}));
+        QCOMPARE(withDefault.read("Categories").toByteArray(), stored);
+        QCOMPARE(names(completed.categories()), QStringList({"Work", "Uncategory"}));
+        QCOMPARE(storedNames(without), QStringList({"Work", "Uncategory"}));
     }
 
-    void storedCategoriesWithTheDefaultAreLoadedAsTheyAre() {
-        TemporarySettings settings;
-        // Default renamed and not first; the stored bytes must survive untouched.
-        const QByteArray stored = categoriesJson(
-            {CategoryRef::create(kWork, "Work", 5),
-             CategoryRef::create(Category::defaultCategoryId, "Misc", 9)});
-        settings.write("Categories", stored);
-        ShortcutDataManager store(settings.path());
-        QCOMPARE(names(store.categories()), QStringList({"Work", "Misc"}));
-        QCOMPARE(settings.read("Categories").toByteArray(), stored);
-    }
-
-    void missingDefaultIsAppendedAndWritten() {
-        TemporarySettings settings;
-        settings.write("Categories", categoriesJson({CategoryRef::create(kWork, "Work", 5)}));
-        ShortcutDataManager store(settings.path());
-        QCOMPARE(names(store.categories()), QStringList({"Work", "Uncategory"}));
-        const auto written = RecordCodec::decodeCategories(settings.read("Categories").toByteArray());
-        QCOMPARE(names(*written), QStringList({"Work", "Uncategory"}));
-    }
-
-    void unreadableStoredListsNeverCrashOrLoseSnippets_data() {
-        QTest::addColumn<QVariant>("stored");
+    void startsWithTheDefaultCategoryWhateverIsStored_data() {
+        QTest::addColumn<QVariant>("stored"); // invalid: nothing stored
+        QTest::newRow("nothing") << QVariant();
         QTest::newRow("truncated") << QVariant(QByteArray("[{\"id\":\"6F1C2B7E-0A9D-4C4B-9F43"));
-        QTest::newRow("wrong types") << QVariant(QByteArray(R"([{"id":1,"command":[],"content":{},"createdAt":"x","categoryId":null}])"));
-        QTest::newRow("invalid uuid") << QVariant(QByteArray(R"([{"id":"zz","command":"a","content":"b","createdAt":0,"categoryId":"zz"}])"));
-        QTest::newRow("deep nesting") << QVariant(QByteArray(200000, '['));
         QTest::newRow("huge garbage") << QVariant(QByteArray(4 * 1024 * 1024, 'x'));
         QTest::newRow("text, not data") << QVariant(QStringLiteral("[]"));
-        QTest::newRow("number") << QVariant(42);
     }
-    void unreadableStoredListsNeverCrashOrLoseSnippets() {
+    void startsWithTheDefaultCategoryWhateverIsStored() {
         QFETCH(QVariant, stored);
         TemporarySettings settings;
-        settings.write("Shortcuts", stored);
-        settings.write("Categories", stored);
+        if (stored.isValid()) {
+            settings.write("Shortcuts", stored);
+            settings.write("Categories", stored);
+        }
+        UpdateRecorder updates;
         {
             ShortcutDataManager store(settings.path());
             QVERIFY(store.shortcuts().isEmpty());
             QCOMPARE(store.categories().size(), 1);
-            QCOMPARE(store.categories().at(0)->id(), Category::defaultCategoryId);
-            // Unreadable categories are replaced by the default; unreadable snippets stay on disk
-            // until the user saves, so a later fix of the file can still recover them.
+            QCOMPARE(store.categories().at(0)->id(), kDefault);
             QCOMPARE(settings.read("Categories").toByteArray(),
                      categoriesJson({Category::defaultCategory()}));
+            // Unreadable snippets stay on disk until the user saves, so that a later fix of the
+            // file can still recover them.
             QCOMPARE(settings.read("Shortcuts"), stored);
-            store.appendShortcut(Shortcut::create(";new", "text", Category::defaultCategoryId));
+            QCoreApplication::processEvents();
+            QVERIFY(updates.lists.isEmpty());
+            store.appendShortcut(Shortcut::create(";new", "text", kDefault));
             store.saveShortcuts();
         }
-        const auto written = RecordCodec::decodeShortcuts(settings.read("Shortcuts").toByteArray());
-        QVERIFY(written);
-        QCOMPARE(commands(*written), QStringList({";new"}));
+        QCOMPARE(storedCommands(settings), QStringList({";new"}));
     }
 
     void categoryNamesClashIgnoringCaseButNotSpaces() {
         TemporarySettings settings;
         ShortcutDataManager store(settings.path());
-        QVERIFY(!store.addCategory("work"));
-        const auto clash = store.addCategory("Work");
-        QVERIFY(clash);
-        QCOMPARE(clash->description(), "A category with this name already exists");
-        QVERIFY(store.addCategory("UNCATEGORY"));
-        QVERIFY(store.addCategory("ÉTÉ") == std::nullopt);
-        QVERIFY(store.addCategory("été")); // full Unicode lower-casing
-        QVERIFY(!store.addCategory("Work "));
-        QVERIFY(!store.addCategory(" work"));
-        QCOMPARE(names(store.categories()),
+        // Full Unicode lower-casing, no trimming.
+        const QList<std::pair<QString, bool>> attempts = {
+            {"work", true}, {"Work", false}, {"UNCATEGORY", false}, {"ÉTÉ", true},
+            {"été", false}, {"Work ", true}, {" work", true}};
+        for (const auto& [name, added] : attempts)
+            QVERIFY2(store.addCategory(name).has_value() != added, qPrintable(name));
+        QCOMPARE(store.addCategory("WORK")->description(),
+                 "A category with this name already exists");
+        QCOMPARE(storedNames(settings),
                  QStringList({"Uncategory", "work", "ÉTÉ", "Work ", " work"}));
-        const auto written = RecordCodec::decodeCategories(settings.read("Categories").toByteArray());
-        QCOMPARE(names(*written), names(store.categories()));
-    }
 
-    void renamingReplacesTheObjectAndChecksOtherNames() {
-        TemporarySettings settings;
-        ShortcutDataManager store(settings.path());
-        QVERIFY(!store.addCategory("Work"));
-        QVERIFY(!store.addCategory("Home"));
+        // A rename checks the other names only, and replaces the object.
         const CategoryRef work = store.categories().at(1);
         QVERIFY(!store.updateCategory(*work, "WORK"));
         const CategoryRef renamed = store.categories().at(1);
-        QVERIFY(renamed != work);        // a new object...
-        QVERIFY(*renamed == *work);      // ...for the same category
-        QCOMPARE(work->name(), "Work");  // the old object is left as it was
+        QVERIFY(renamed != work);       // a new object...
+        QVERIFY(*renamed == *work);     // ...for the same category
+        QCOMPARE(work->name(), "work"); // the old object is left as it was
         QCOMPARE(renamed->createdAt(), work->createdAt());
-        QVERIFY(store.updateCategory(*renamed, "home"));
+        QVERIFY(store.updateCategory(*renamed, "été"));
         QVERIFY(store.updateCategory(*renamed, "uncategory"));
-        QCOMPARE(names(store.categories()), QStringList({"Uncategory", "WORK", "Home"}));
+        QCOMPARE(storedNames(settings),
+                 QStringList({"Uncategory", "WORK", "ÉTÉ", "Work ", " work"}));
 
-        // A category that is no longer in the list: nothing happens, nothing is written.
+        // A category no longer in the list: nothing happens, nothing is written.
         const QByteArray before = settings.read("Categories").toByteArray();
-        const Category gone(QUuid::createUuid(), "Gone", 0);
-        QVERIFY(!store.updateCategory(gone, "Other"));
-        QCOMPARE(names(store.categories()), QStringList({"Uncategory", "WORK", "Home"}));
+        QVERIFY(!store.updateCategory(Category(QUuid::createUuid(), "Gone", 0), "Other"));
+        QCOMPARE(store.categories().size(), 5);
         QCOMPARE(settings.read("Categories").toByteArray(), before);
     }
 
@@ -174,7 +156,7 @@ private slots:
         QVERIFY(!store.addCategory("Work"));
         const CategoryRef work = store.categories().at(1);
         store.appendShortcut(Shortcut::create(";a", "a", work->id()));
-        store.appendShortcut(Shortcut::create(";b", "b", Category::defaultCategoryId));
+        store.appendShortcut(Shortcut::create(";b", "b", kDefault));
         store.appendShortcut(Shortcut::create(";c", "c", work->id()));
 
         store.deleteCategory(*Category::defaultCategory());
@@ -184,10 +166,8 @@ private slots:
         store.deleteCategory(*work);
         QCOMPARE(names(store.categories()), QStringList({"Uncategory"}));
         QCOMPARE(commands(store.shortcuts()), QStringList({";b"}));
-        QCOMPARE(commands(*RecordCodec::decodeShortcuts(settings.read("Shortcuts").toByteArray())),
-                 QStringList({";b"}));
-        QCOMPARE(names(*RecordCodec::decodeCategories(settings.read("Categories").toByteArray())),
-                 QStringList({"Uncategory"}));
+        QCOMPARE(storedCommands(settings), QStringList({";b"}));
+        QCOMPARE(storedNames(settings), QStringList({"Uncategory"}));
         QVERIFY(updates.lists.isEmpty()); // announced after the action, not during it
         QTRY_COMPARE(updates.lists.size(), 1);
         QCOMPARE(commands(updates.lists.at(0)), QStringList({";b"}));
@@ -196,61 +176,52 @@ private slots:
     void updatingASnippetKeepsItsIdentity() {
         TemporarySettings settings;
         ShortcutDataManager store(settings.path());
-        QVERIFY(!store.addCategory("Work"));
-        const QUuid work = store.categories().at(1)->id();
-        const Shortcut original = Shortcut::create(";a", "a", work);
-        store.appendShortcut(Shortcut::create(";z", "z", work));
+        const Shortcut original = Shortcut::create(";a", "a", kWork);
+        store.appendShortcut(Shortcut::create(";z", "z", kWork));
         store.appendShortcut(original);
 
-        store.updateShortcut(original, ";b", "bee");
-        Shortcut updated = store.shortcuts().at(1);
-        QCOMPARE(updated.id, original.id);
-        QCOMPARE(updated.createdAt, original.createdAt);
-        QCOMPARE(updated.command, ";b");
-        QCOMPARE(updated.content, "bee");
-        QCOMPARE(updated.categoryId, work); // no category given: the argument's
-
-        store.updateShortcut(original, ";c", "sea", Category::defaultCategoryId);
-        updated = store.shortcuts().at(1);
-        QCOMPARE(updated.categoryId, Category::defaultCategoryId);
-        const auto written = RecordCodec::decodeShortcuts(settings.read("Shortcuts").toByteArray());
-        QCOMPARE(written->at(1).command, ";c");
-        QCOMPARE(written->at(1).categoryId, Category::defaultCategoryId);
+        const auto fields = [&store] {
+            const Shortcut& s = store.shortcuts().at(1);
+            return std::tuple(s.id, s.createdAt, s.command, s.content, s.categoryId);
+        };
+        store.updateShortcut(original, ";b", "bee", kDefault);
+        QCOMPARE(fields(), std::tuple(original.id, original.createdAt, QString(";b"),
+                                      QString("bee"), kDefault));
+        store.updateShortcut(original, ";c", "sea"); // no category given: the argument's
+        QCOMPARE(fields(),
+                 std::tuple(original.id, original.createdAt, QString(";c"), QString("sea"), kWork));
+        QCOMPARE(storedCommands(settings), QStringList({";z", ";c"}));
 
         const quint64 revision = store.shortcutsRevision();
-        store.updateShortcut(Shortcut::create(";gone", "", work), ";x", "x");
+        store.updateShortcut(Shortcut::create(";gone", "", kWork), ";x", "x");
         QCOMPARE(store.shortcutsRevision(), revision);
         QCOMPARE(commands(store.shortcuts()), QStringList({";z", ";c"}));
     }
 
-    void eachSaveAnnouncesTheListAsItIsWhenDelivered() {
+    void directChangesBumpTheRevisionAndSavesAnnounceTheListAtDelivery() {
         TemporarySettings settings;
         UpdateRecorder updates;
         ShortcutDataManager store(settings.path());
-        store.appendShortcut(Shortcut::create(";a", "a", Category::defaultCategoryId));
+        QSignalSpy changed(&store, &ShortcutDataManager::shortcutsChanged);
+        quint64 revision = store.shortcutsRevision();
+        const Shortcut a = Shortcut::create(";a", "a", kDefault);
+        store.appendShortcut(a);
+        store.appendShortcut(a); // same id twice: removal takes both
+        QVERIFY(store.shortcutsRevision() > revision);
+        revision = store.shortcutsRevision();
+        store.removeShortcut(a.id);
+        QVERIFY(store.shortcutsRevision() > revision);
+        QVERIFY(store.shortcuts().isEmpty());
+        QCOMPARE(changed.size(), 3);
+
+        store.appendShortcut(a);
         store.saveShortcuts();
-        store.appendShortcut(Shortcut::create(";b", "b", Category::defaultCategoryId));
+        store.appendShortcut(Shortcut::create(";b", "b", kDefault));
         store.saveShortcuts();
         QVERIFY(updates.lists.isEmpty());
         QTRY_COMPARE(updates.lists.size(), 2);
         QCOMPARE(commands(updates.lists.at(0)), QStringList({";a", ";b"}));
         QCOMPARE(commands(updates.lists.at(1)), QStringList({";a", ";b"}));
-    }
-
-    void directChangesBumpTheRevision() {
-        TemporarySettings settings;
-        ShortcutDataManager store(settings.path());
-        QSignalSpy changed(&store, &ShortcutDataManager::shortcutsChanged);
-        const quint64 start = store.shortcutsRevision();
-        const Shortcut a = Shortcut::create(";a", "a", Category::defaultCategoryId);
-        store.appendShortcut(a);
-        store.appendShortcut(a); // same id twice: removal takes both
-        QVERIFY(store.shortcutsRevision() > start);
-        const quint64 afterAppend = store.shortcutsRevision();
-        store.removeShortcut(a.id);
-        QVERIFY(store.shortcutsRevision() > afterAppend);
-        QVERIFY(store.shortcuts().isEmpty());
-        QCOMPARE(changed.size(), 3);
     }
 
     void listsSurviveARestart() {
@@ -266,32 +237,28 @@ private slots:
         ShortcutDataManager again(settings.path());
         QCOMPARE(names(again.categories()), QStringList({"Uncategory", "Work"}));
         QCOMPARE(commands(again.shortcuts()), QStringList({";big", ";nl"}));
-        QCOMPARE(again.shortcuts().at(0).content, big);
+        QVERIFY(again.shortcuts().at(0).content == big);
         QCOMPARE(again.shortcuts().at(0).categoryId, again.categories().at(1)->id());
         QCOMPARE(again.shortcuts().at(1).content, "line 1\nline 2\ttab");
     }
 
     void aFailedWriteIsReportedAndKeptInMemory() {
-        // The settings file's folder is a plain file, so nothing can be written there, even as
-        // root.
+        // The settings file's folder is a plain file: nothing can be written, even as root.
         QTemporaryDir dir;
         QFile blocker(dir.filePath("Typolet"));
         QVERIFY(blocker.open(QIODevice::WriteOnly));
         blocker.close();
-        QStringList lines;
-        Diagnostics::setSink([&](const QString& line) { lines.append(line); });
-        {
-            ShortcutDataManager store(dir.filePath("Typolet/Typolet.conf"));
-            QSignalSpy failed(&store, &ShortcutDataManager::saveFailed);
-            store.appendShortcut(Shortcut::create(";a", "a", Category::defaultCategoryId));
-            store.saveShortcuts();
-            QCOMPARE(failed.size(), 1);
-            QCOMPARE(commands(store.shortcuts()), QStringList({";a"}));
-        }
-        Diagnostics::setSink({});
+        CapturedDiagnostics diagnostics;
+        ShortcutDataManager store(dir.filePath("Typolet/Typolet.conf"));
+        QSignalSpy failed(&store, &ShortcutDataManager::saveFailed);
+        store.appendShortcut(Shortcut::create(";a", "a", kDefault));
+        store.saveShortcuts();
+        QCOMPARE(failed.size(), 1);
+        QCOMPARE(commands(store.shortcuts()), QStringList({";a"}));
         // One line for the default category written at start, one for the snippets.
-        QCOMPARE(lines.size(), 2);
-        QVERIFY(lines.at(1).startsWith("Could not save Shortcuts to "));
+        QCOMPARE(diagnostics.lines.size(), 2);
+        QVERIFY(diagnostics.lines.at(1).startsWith("Could not save Shortcuts to " +
+                                                   dir.filePath("Typolet/Typolet.conf") + ": "));
     }
 };
 
