@@ -1,5 +1,4 @@
-// The Preferences view: its two cards, their texts and sizes, and the start-at-login switch
-// with its first-appearance default.
+// The Preferences view: its two cards, their texts and sizes, and the start-at-login switch.
 
 #include "PreferencesView.h"
 #include "CapsuleBadge.h"
@@ -27,9 +26,10 @@ struct Fixture {
     LoginItemManager loginItems{std::unique_ptr<LoginItemBackend>(backend)};
     PreferencesView view{loginItems, preferences};
 
-    void show() {
-        view.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&view));
+    void show(QWidget* widget = nullptr) {
+        widget = widget ? widget : &view;
+        widget->show();
+        QVERIFY(QTest::qWaitForWindowExposed(widget));
     }
 };
 
@@ -41,160 +41,97 @@ QPoint positionIn(const QWidget* widget, const QWidget* ancestor) {
 class PreferencesViewTest : public QObject {
     Q_OBJECT
 private slots:
-    void showsBothCardsWithTheirTexts();
-    void cardsHaveOneFixedSize();
-    void textsLineUpWithTheTitles();
-    void firstAppearanceTurnsTheSwitchOn();
-    void switchingOffIsStoredAndMakesNoLoginItemCall();
-    void laterAppearanceKeepsTheSwitchOff();
-    void spaceTogglesTheSwitch();
-    void switchFollowsTheStoredValue();
+    void cardsShowTheirTextsInOneLayout();
+    void switchShowsAndWritesOnlyTheStoredValue();
 };
 
-void PreferencesViewTest::showsBothCardsWithTheirTexts() {
+void PreferencesViewTest::cardsShowTheirTextsInOneLayout() {
     Fixture f;
     f.show();
-    QCOMPARE(f.view.generalHeader()->titleLabel()->text(), QStringLiteral("General"));
-    QCOMPARE(f.view.generalHeader()->symbolName(), QStringLiteral("gearshape.fill"));
-    QCOMPARE(f.view.generalHeader()->badge(), nullptr);
-    QCOMPARE(f.view.syncHeader()->titleLabel()->text(), QStringLiteral("Sync"));
-    QCOMPARE(f.view.syncHeader()->symbolName(), QStringLiteral("arrow.triangle.2.circlepath"));
-    QVERIFY(f.view.syncHeader()->badge() != nullptr);
-    QCOMPARE(f.view.syncHeader()->badge()->text(), QStringLiteral("Comming Soon"));
-    QCOMPARE(f.view.startAtLoginTitle()->text(), QStringLiteral("Start at Login"));
-    QCOMPARE(f.view.startAtLoginDetail()->text(),
-             QStringLiteral("Automatically start Typolet when you log in"));
-    QCOMPARE(f.view.syncDetail()->text(),
-             QStringLiteral("Keep your snippets synchronized and backed up across all your "
-                            "devices. Access them anywhere, anytime."));
-    QVERIFY(!ShellStyle::symbol(f.view.generalHeader()->symbolName()).isNull());
-    QVERIFY(!ShellStyle::symbol(f.view.syncHeader()->symbolName()).isNull());
+    SectionHeader* general = f.view.generalHeader();
+    SectionHeader* sync = f.view.syncHeader();
+    QCOMPARE(general->symbolName(), QStringLiteral("gearshape.fill"));
+    QCOMPARE(sync->symbolName(), QStringLiteral("arrow.triangle.2.circlepath"));
+    for (const SectionHeader* header : {general, sync})
+        QVERIFY(!ShellStyle::symbol(header->symbolName()).isNull());
+    QCOMPARE(general->badge(), nullptr);
+    QVERIFY(sync->badge() != nullptr);
 
-    // Sizes and weights of the texts.
-    QCOMPARE(f.view.generalHeader()->titleLabel()->font().pixelSize(), 16);
-    QCOMPARE(f.view.generalHeader()->titleLabel()->font().weight(), QFont::DemiBold);
-    QCOMPARE(f.view.startAtLoginTitle()->font().pixelSize(), 14);
-    QCOMPARE(f.view.startAtLoginTitle()->font().weight(), QFont::Medium);
-    QCOMPARE(f.view.startAtLoginDetail()->font().pixelSize(), 12);
-    QCOMPARE(f.view.syncDetail()->font().pixelSize(), 12);
-    QCOMPARE(f.view.syncHeader()->badge()->font().pixelSize(), 9);
-    QCOMPARE(f.view.syncHeader()->badge()->font().weight(), QFont::Medium);
+    // Every text but the badge lines up after the card's 20 padding, the 24 icon and 12 spacing.
+    const struct {
+        const QLabel* label;
+        const char* text;
+        int pixelSize;
+        QFont::Weight weight;
+    } texts[] = {
+        {general->titleLabel(), "General", 16, QFont::DemiBold},
+        {sync->titleLabel(), "Sync", 16, QFont::DemiBold},
+        {sync->badge(), "Comming Soon", 9, QFont::Medium},
+        {f.view.startAtLoginTitle(), "Start at Login", 14, QFont::Medium},
+        {f.view.startAtLoginDetail(), "Automatically start Typolet when you log in", 12,
+         QFont::Normal},
+        {f.view.syncDetail(),
+         "Keep your snippets synchronized and backed up across all your devices. Access them "
+         "anywhere, anytime.",
+         12, QFont::Normal},
+    };
+    for (const auto& t : texts) {
+        QCOMPARE(t.label->text(), QString::fromUtf8(t.text));
+        QCOMPARE(t.label->font().pixelSize(), t.pixelSize);
+        QCOMPARE(t.label->font().weight(), t.weight);
+        if (t.label != sync->badge())
+            QCOMPARE(positionIn(t.label, &f.view).x() + t.label->contentsRect().left(),
+                     16 + 20 + 36);
+    }
     QCOMPARE(f.view.startAtLoginDetail()->tone(), ToneLabel::Tone::Tertiary);
     QCOMPARE(f.view.syncDetail()->tone(), ToneLabel::Tone::Tertiary);
-    QCOMPARE(f.view.syncHeader()->badge()->tone(), ToneLabel::Tone::Secondary);
-    // The explanatory text is softer than the setting's name, yet a different colour from
-    // the background.
-    const QPalette pal = f.view.palette();
+    QCOMPARE(sync->badge()->tone(), ToneLabel::Tone::Secondary);
+    // The explanation is softer than the setting's name, yet still stands off the background.
     const QColor detail = f.view.startAtLoginDetail()->palette().color(QPalette::WindowText);
-    QVERIFY(detail != pal.color(QPalette::WindowText));
-    QVERIFY(detail != pal.color(QPalette::Window));
-}
+    QVERIFY(detail != f.view.palette().color(QPalette::WindowText));
+    QVERIFY(detail != f.view.palette().color(QPalette::Window));
 
-void PreferencesViewTest::cardsHaveOneFixedSize() {
-    Fixture f;
-    f.show();
-    QCOMPARE(f.view.width(), 432);
-    QCOMPARE(f.view.generalCard()->size(), QSize(400, 120));
-    QCOMPARE(f.view.syncCard()->size(), QSize(400, 120));
-    // 16 around the stack, 12 between the cards.
-    QCOMPARE(f.view.generalCard()->pos(), QPoint(16, 16));
-    QCOMPARE(f.view.syncCard()->pos(), QPoint(16, 16 + 120 + 12));
-    QCOMPARE(f.view.height(), 16 + 120 + 12 + 120 + 16);
-}
-
-void PreferencesViewTest::textsLineUpWithTheTitles() {
-    Fixture f;
-    f.show();
-    PreferenceCard* general = f.view.generalCard();
-    PreferenceCard* sync = f.view.syncCard();
-    // Content starts 20 in and 16 down; header titles after the 24 icon and 12 spacing.
-    QCOMPARE(positionIn(f.view.generalHeader(), general), QPoint(20, 16));
-    QCOMPARE(positionIn(f.view.generalHeader()->titleLabel(), general).x(), 20 + 36);
-    QCOMPARE(positionIn(f.view.syncHeader()->titleLabel(), sync).x(), 20 + 36);
-    QCOMPARE(positionIn(f.view.startAtLoginTitle(), general).x(), 20 + 36);
-    QCOMPARE(positionIn(f.view.startAtLoginDetail(), general).x(), 20 + 36);
-    const QWidget* syncDetail = f.view.syncDetail();
-    QCOMPARE(positionIn(syncDetail, sync).x() + syncDetail->contentsRect().left(), 20 + 36);
+    // Two cards of one size: 16 around the stack, 12 between; content 20 in and 16 down.
+    QCOMPARE(f.view.size(), QSize(432, 16 + 120 + 12 + 120 + 16));
+    QCOMPARE(f.view.generalCard()->geometry(), QRect(16, 16, 400, 120));
+    QCOMPARE(f.view.syncCard()->geometry(), QRect(16, 16 + 120 + 12, 400, 120));
+    QCOMPARE(positionIn(general, f.view.generalCard()), QPoint(20, 16));
     // The badge follows the Sync title; the switch sits at the card's right edge.
-    QVERIFY(positionIn(f.view.syncHeader()->badge(), sync).x() >
-            positionIn(f.view.syncHeader()->titleLabel(), sync).x() +
-                f.view.syncHeader()->titleLabel()->width());
-    const QRect switchRect(positionIn(f.view.startAtLoginSwitch(), general),
-                           f.view.startAtLoginSwitch()->size());
-    QCOMPARE(switchRect.right() + 1, 400 - 20);
-    // The sync text is shown whole, however many lines it takes.
-    QVERIFY(syncDetail->height() >= syncDetail->heightForWidth(syncDetail->width()));
-    QVERIFY(positionIn(syncDetail, sync).y() + syncDetail->height() <= 120 - 16);
-}
-
-void PreferencesViewTest::firstAppearanceTurnsTheSwitchOn() {
-    Fixture f;
-    QVERIFY(!f.view.startAtLoginSwitch()->isChecked());
-    QCOMPARE(f.backend->calls, QList<bool>());
-    f.show();
-    QVERIFY(f.view.startAtLoginSwitch()->isChecked());
-    QCOMPARE(f.backend->calls, QList<bool>({true, true}));
-    QCOMPARE(f.settings.read(QStringLiteral("startAtLogin")).toBool(), true);
-    QCOMPARE(f.settings.read(QStringLiteral("hasLaunchedBefore")).toBool(), true);
-
-    // Hidden and shown again: no more calls, still on.
-    f.view.hide();
-    f.show();
-    QVERIFY(f.view.startAtLoginSwitch()->isChecked());
-    QCOMPARE(f.backend->calls, QList<bool>({true, true}));
-}
-
-void PreferencesViewTest::switchingOffIsStoredAndMakesNoLoginItemCall() {
-    Fixture f;
-    f.show();
-    f.backend->calls.clear();
+    QVERIFY(positionIn(sync->badge(), sync).x() >
+            positionIn(sync->titleLabel(), sync).x() + sync->titleLabel()->width());
     ToggleSwitch* toggle = f.view.startAtLoginSwitch();
+    QCOMPARE(positionIn(toggle, f.view.generalCard()).x() + toggle->width(), 400 - 20);
+    // The sync text is shown whole, however many lines it takes.
+    const QLabel* syncDetail = f.view.syncDetail();
+    QVERIFY(syncDetail->height() >= syncDetail->heightForWidth(syncDetail->width()));
+    QVERIFY(positionIn(syncDetail, f.view.syncCard()).y() + syncDetail->height() <= 120 - 16);
+}
+
+void PreferencesViewTest::switchShowsAndWritesOnlyTheStoredValue() {
+    Fixture f;
+    ToggleSwitch* toggle = f.view.startAtLoginSwitch();
+    QVERIFY(!toggle->isChecked() && f.backend->calls.isEmpty());
+    f.show(); // the first appearance ever turns it on and registers the login item
+    QVERIFY(toggle->isChecked());
+    QCOMPARE(f.backend->calls, QList<bool>({true, true}));
+
+    f.backend->calls.clear();
     QTest::mouseClick(toggle, Qt::LeftButton, {}, toggle->rect().center());
     QVERIFY(!toggle->isChecked());
     QCOMPARE(f.settings.read(QStringLiteral("startAtLogin")).toBool(), false);
-    QCOMPARE(f.backend->calls, QList<bool>());
-    // A new run of the program reads it back.
-    LoginPreferences again(f.settings.path());
-    QVERIFY(!again.startAtLogin());
-}
-
-void PreferencesViewTest::laterAppearanceKeepsTheSwitchOff() {
-    TemporarySettings settings;
-    settings.write(QStringLiteral("hasLaunchedBefore"), true);
-    settings.write(QStringLiteral("startAtLogin"), false);
-    LoginPreferences preferences(settings.path());
-    auto* backend = new RecordingLoginItemBackend;
-    LoginItemManager loginItems{std::unique_ptr<LoginItemBackend>(backend)};
-    PreferencesView view(loginItems, preferences);
-    view.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&view));
-    QVERIFY(!view.startAtLoginSwitch()->isChecked());
-    QCOMPARE(backend->calls, QList<bool>());
-    QCOMPARE(settings.read(QStringLiteral("startAtLogin")).toBool(), false);
-}
-
-void PreferencesViewTest::spaceTogglesTheSwitch() {
-    Fixture f;
-    f.show();
-    ToggleSwitch* toggle = f.view.startAtLoginSwitch();
     toggle->setFocus(Qt::TabFocusReason);
-    QVERIFY(toggle->isChecked());
-    QTest::keyClick(toggle, Qt::Key_Space);
-    QVERIFY(!toggle->isChecked());
-    QVERIFY(!f.preferences.startAtLogin());
     QTest::keyClick(toggle, Qt::Key_Space);
     QVERIFY(toggle->isChecked());
     QVERIFY(f.preferences.startAtLogin());
-}
+    f.preferences.setStartAtLogin(false); // changed elsewhere: the switch follows
+    QVERIFY(!toggle->isChecked());
 
-void PreferencesViewTest::switchFollowsTheStoredValue() {
-    Fixture f;
-    f.show();
-    QVERIFY(f.view.startAtLoginSwitch()->isChecked());
-    f.preferences.setStartAtLogin(false);
-    QVERIFY(!f.view.startAtLoginSwitch()->isChecked());
-    f.preferences.setStartAtLogin(true);
-    QVERIFY(f.view.startAtLoginSwitch()->isChecked());
+    // The next run shows the stored value and leaves it as it is.
+    LoginPreferences nextRun(f.settings.path());
+    PreferencesView again(f.loginItems, nextRun);
+    f.show(&again);
+    QVERIFY(!again.startAtLoginSwitch()->isChecked());
+    QCOMPARE(f.backend->calls, QList<bool>());
 }
 
 TYPOLET_ISOLATED_TEST_MAIN(PreferencesViewTest)

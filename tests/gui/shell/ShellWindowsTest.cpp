@@ -1,5 +1,4 @@
-// The Preferences and About windows are built once and reused; "Open Typolet" brings every
-// window back, closed ones included.
+// The Preferences and About windows, built once and reused; which windows are hidden and shown.
 
 #include "ShellWindows.h"
 #include "AboutView.h"
@@ -10,154 +9,64 @@
 #include "PreferencesView.h"
 #include "RecordingLoginItemBackend.h"
 #include "TemporarySettings.h"
-#include "ToggleSwitch.h"
 
 #include <QDialog>
 #include <QPointer>
 #include <QScreen>
 #include <QtTest>
 
-namespace {
-struct Fixture {
-    TemporarySettings settings;
-    LoginPreferences preferences{settings.path()};
-    RecordingLoginItemBackend* backend = new RecordingLoginItemBackend;
-    LoginItemManager loginItems{std::unique_ptr<LoginItemBackend>(backend)};
-    ShellWindows windows{loginItems, preferences};
-};
-
-int windowsNamed(const QString& name) {
-    int count = 0;
-    for (QWidget* w : QApplication::topLevelWidgets())
-        count += w->objectName() == name ? 1 : 0;
-    return count;
-}
-
-bool hasOnlyACloseButton(const QWidget* window) {
-    const Qt::WindowFlags flags = window->windowFlags();
-    return flags.testFlag(Qt::WindowCloseButtonHint) && flags.testFlag(Qt::WindowTitleHint) &&
-           !flags.testFlag(Qt::WindowMinimizeButtonHint) &&
-           !flags.testFlag(Qt::WindowMaximizeButtonHint);
-}
-} // namespace
-
 class ShellWindowsTest : public QObject {
     Q_OBJECT
 private slots:
-    void nothingIsBuiltBeforeItIsAskedFor();
-    void preferencesIsBuiltOnceAndReused();
-    void preferencesKeepsItsStateWhenClosed();
-    void aboutIsBuiltOnceAndReused();
-    void windowsAreCentredOnTheScreen();
-    void openAppBringsBackEveryWindow();
+    void eachWindowIsBuiltOnceAndReused_data();
+    void eachWindowIsBuiltOnceAndReused();
     void windowListLeavesOutWhatIsNotAWindow();
 };
 
-void ShellWindowsTest::nothingIsBuiltBeforeItIsAskedFor() {
-    Fixture f;
-    QCOMPARE(f.windows.preferencesWindow(), nullptr);
-    QCOMPARE(f.windows.aboutWindow(), nullptr);
-    QCOMPARE(windowsNamed(QStringLiteral("preferencesWindow")), 0);
+void ShellWindowsTest::eachWindowIsBuiltOnceAndReused_data() {
+    QTest::addColumn<bool>("about");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("Preferences") << false << QStringLiteral("Preferences") << QSize(500, 400);
+    QTest::newRow("About") << true << QStringLiteral("About Typolet") << QSize(240, 220);
 }
 
-void ShellWindowsTest::preferencesIsBuiltOnceAndReused() {
-    Fixture f;
-    f.windows.openPreferencesWindow();
-    QPointer<QWidget> first = f.windows.preferencesWindow();
-    QVERIFY(first);
-    QVERIFY(QTest::qWaitForWindowExposed(first));
-    QCOMPARE(first->windowTitle(), QStringLiteral("Preferences"));
-    QCOMPARE(first->size(), QSize(500, 400));
-    QCOMPARE(first->minimumSize(), first->maximumSize()); // not resizable
-    QVERIFY(hasOnlyACloseButton(first));
-    QVERIFY(first->isAncestorOf(f.windows.preferencesView()));
-    PreferencesView* view = f.windows.preferencesView();
+void ShellWindowsTest::eachWindowIsBuiltOnceAndReused() {
+    QFETCH(bool, about);
+    QFETCH(QString, title);
+    QFETCH(QSize, size);
+    TemporarySettings settings;
+    LoginPreferences preferences(settings.path());
+    LoginItemManager loginItems(std::make_unique<RecordingLoginItemBackend>());
+    ShellWindows windows(loginItems, preferences);
+    const auto open = [&] {
+        about ? windows.openAboutWindow() : windows.openPreferencesWindow();
+        return about ? windows.aboutWindow() : windows.preferencesWindow();
+    };
+    QPointer<QWidget> window = open();
+    QVERIFY(window && QTest::qWaitForWindowExposed(window));
+    QCOMPARE(about ? windows.preferencesWindow() : windows.aboutWindow(), nullptr);
+    QPointer<QWidget> view =
+        about ? static_cast<QWidget*>(windows.aboutView()) : windows.preferencesView();
+    QVERIFY(view && window->isAncestorOf(view));
+    QCOMPARE(window->windowTitle(), title);
+    QCOMPARE(window->size(), size);
+    QCOMPARE(window->minimumSize(), window->maximumSize());
+    // Title and close button only.
+    const Qt::WindowFlags flags = window->windowFlags();
+    QVERIFY(flags.testFlags(Qt::WindowTitleHint | Qt::WindowCloseButtonHint));
+    QVERIFY(!flags.testAnyFlags(Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint));
+    const QPoint offset = window->frameGeometry().center() -
+                          QGuiApplication::primaryScreen()->availableGeometry().center();
+    QVERIFY2(qAbs(offset.x()) <= 1 && qAbs(offset.y()) <= 1, "not centred on the screen");
 
-    f.windows.openPreferencesWindow();
-    QCOMPARE(f.windows.preferencesWindow(), first.data());
-    QCOMPARE(f.windows.preferencesView(), view);
-    QCOMPARE(windowsNamed(QStringLiteral("preferencesWindow")), 1);
-    QVERIFY(first->isVisible());
-    // Its first appearance applied the start-at-login default, once.
-    QCOMPARE(f.backend->calls, QList<bool>({true, true}));
-}
-
-void ShellWindowsTest::preferencesKeepsItsStateWhenClosed() {
-    Fixture f;
-    f.windows.openPreferencesWindow();
-    QPointer<QWidget> window = f.windows.preferencesWindow();
-    QVERIFY(QTest::qWaitForWindowExposed(window));
-    ToggleSwitch* toggle = f.windows.preferencesView()->startAtLoginSwitch();
-    QVERIFY(toggle->isChecked());
-    QTest::mouseClick(toggle, Qt::LeftButton, {}, toggle->rect().center());
-    QVERIFY(!toggle->isChecked());
-
+    // Closing only hides; the next request shows the same window and view, state and all.
     QVERIFY(window->close());
-    QVERIFY(window); // closing only hides
-    QVERIFY(!window->isVisible());
-
-    f.windows.openPreferencesWindow();
-    QCOMPARE(f.windows.preferencesWindow(), window.data());
+    QVERIFY(window && !window->isVisible());
+    QWidget* reopened = open();
+    QCOMPARE(reopened, window.data());
     QVERIFY(window->isVisible());
-    QCOMPARE(f.windows.preferencesView()->startAtLoginSwitch(), toggle);
-    QVERIFY(!toggle->isChecked());
-    QCOMPARE(f.backend->calls, QList<bool>({true, true}));
-}
-
-void ShellWindowsTest::aboutIsBuiltOnceAndReused() {
-    Fixture f;
-    f.windows.openAboutWindow();
-    QPointer<QWidget> first = f.windows.aboutWindow();
-    QVERIFY(first);
-    QVERIFY(QTest::qWaitForWindowExposed(first));
-    QCOMPARE(first->windowTitle(), QStringLiteral("About Typolet"));
-    QCOMPARE(first->size(), QSize(240, 220));
-    QVERIFY(hasOnlyACloseButton(first));
-    QVERIFY(first->isAncestorOf(f.windows.aboutView()));
-    QCOMPARE(f.windows.preferencesWindow(), nullptr);
-
-    QVERIFY(first->close());
-    QVERIFY(first);
-    f.windows.openAboutWindow();
-    QCOMPARE(f.windows.aboutWindow(), first.data());
-    QVERIFY(first->isVisible());
-    QCOMPARE(windowsNamed(QStringLiteral("aboutWindow")), 1);
-}
-
-void ShellWindowsTest::windowsAreCentredOnTheScreen() {
-    Fixture f;
-    f.windows.openPreferencesWindow();
-    f.windows.openAboutWindow();
-    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
-    for (QWidget* window : {f.windows.preferencesWindow(), f.windows.aboutWindow()}) {
-        const QPoint offset = window->frameGeometry().center() - screen.center();
-        QVERIFY2(qAbs(offset.x()) <= 1 && qAbs(offset.y()) <= 1, qPrintable(window->windowTitle()));
-    }
-}
-
-void ShellWindowsTest::openAppBringsBackEveryWindow() {
-    Fixture f;
-    QWidget mainWindow;
-    mainWindow.setWindowTitle(QStringLiteral("Typolet"));
-    mainWindow.show();
-    f.windows.openPreferencesWindow();
-    f.windows.openAboutWindow();
-    QVERIFY(QTest::qWaitForWindowExposed(f.windows.aboutWindow()));
-
-    ActivationPolicy policy;
-    policy.setActivationPolicy(ActivationPolicy::Policy::Accessory);
-    f.windows.aboutWindow()->close();
-    mainWindow.close();
-    policy.hideApplication();
-    QVERIFY(!mainWindow.isVisible());
-    QVERIFY(!f.windows.preferencesWindow()->isVisible());
-    QVERIFY(!f.windows.aboutWindow()->isVisible());
-
-    policy.bringAllWindowsForward();
-    QCOMPARE(policy.policy(), ActivationPolicy::Policy::Regular);
-    QVERIFY(mainWindow.isVisible());
-    QVERIFY(f.windows.preferencesWindow()->isVisible());
-    QVERIFY(f.windows.aboutWindow()->isVisible());
+    QVERIFY(view && window->isAncestorOf(view));
 }
 
 void ShellWindowsTest::windowListLeavesOutWhatIsNotAWindow() {
@@ -167,25 +76,17 @@ void ShellWindowsTest::windowListLeavesOutWhatIsNotAWindow() {
     QDialog sheet(&shown);
     sheet.show();
     sheet.hide();
-
     // Like the tray icon's window, which sits embedded in the panel.
     QWidget embedded(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint);
     embedded.show();
 
-    const QList<QWidget*> windows = ActivationPolicy::applicationWindows();
-    QVERIFY(windows.contains(&shown));
-    QVERIFY(!windows.contains(&neverShown));
-    QVERIFY(!windows.contains(&sheet));
-    QVERIFY(!windows.contains(&embedded));
-
-    ActivationPolicy hiding;
-    hiding.hideApplication();
+    // Only windows the user has seen are hidden and brought back.
+    ActivationPolicy policy;
+    policy.hideApplication();
     QVERIFY(!shown.isVisible());
     QVERIFY(embedded.isVisible());
-    shown.show();
-
-    ActivationPolicy policy;
     policy.bringAllWindowsForward();
+    QVERIFY(shown.isVisible());
     QVERIFY(!neverShown.isVisible());
     QVERIFY(!sheet.isVisible());
 }

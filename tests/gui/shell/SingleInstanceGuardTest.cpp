@@ -1,5 +1,4 @@
-// One Typolet per user: a later launch, in this process or another, reaches the running one
-// and asks it to come forward; a Typolet that crashed does not block the next one.
+// One Typolet per user and display: a later launch wakes the running one; a crash blocks none.
 
 #include "SingleInstanceGuard.h"
 #include "IsolatedTestMain.h"
@@ -7,6 +6,7 @@
 #include <QFileInfo>
 #include <QLocalSocket>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QtTest>
 #include <unistd.h>
@@ -14,51 +14,20 @@
 namespace {
 constexpr int patienceMs = 20000; // generous: the machine may be busy with other builds
 
-QString probePath() {
-    return QCoreApplication::applicationDirPath() + QStringLiteral("/typolet_instance_probe");
-}
-
-// Starts the probe as the running Typolet and waits until it listens.
-bool startPrimaryProbe(QProcess& probe, const QString& name) {
-    probe.start(probePath(), {name});
-    if (!probe.waitForStarted(patienceMs))
-        return false;
-    while (!probe.canReadLine()) {
-        if (!probe.waitForReadyRead(patienceMs))
-            return false;
-    }
-    return probe.readLine().trimmed() == "primary";
-}
-// Waits for the probe to end; it may already have ended while the event loop ran.
-bool finished(QProcess& probe) {
-    return probe.state() == QProcess::NotRunning || probe.waitForFinished(patienceMs);
+// A stand-in for another Typolet process (InstanceProbe.cpp).
+void startProbe(QProcess& probe, const QString& name) {
+    probe.start(QCoreApplication::applicationDirPath() + QStringLiteral("/typolet_instance_probe"),
+                {name});
 }
 } // namespace
 
 class SingleInstanceGuardTest : public QObject {
     Q_OBJECT
 private slots:
-    void secondGuardAsksTheFirstToComeForward();
     void secondLaunchInAnotherProcessExitsAndRaisesThisOne();
-    void launchWhileAnotherProcessRuns();
     void crashedTypoletDoesNotBlockTheNextLaunch();
-    void otherMessagesAreIgnored();
     void defaultNameIsPerUserAndDisplay();
 };
-
-void SingleInstanceGuardTest::secondGuardAsksTheFirstToComeForward() {
-    QTemporaryDir dir;
-    const QString name = dir.filePath(QStringLiteral("guard.socket"));
-    SingleInstanceGuard first(name);
-    QSignalSpy activations(&first, &SingleInstanceGuard::activationRequested);
-    QCOMPARE(first.claim(), SingleInstanceGuard::Role::Primary);
-
-    SingleInstanceGuard second(name);
-    QCOMPARE(second.claim(), SingleInstanceGuard::Role::Secondary);
-    QVERIFY(second.notifiedPrimary());
-    QVERIFY(activations.wait(patienceMs));
-    QCOMPARE(activations.size(), 1);
-}
 
 void SingleInstanceGuardTest::secondLaunchInAnotherProcessExitsAndRaisesThisOne() {
     QTemporaryDir dir;
@@ -67,72 +36,46 @@ void SingleInstanceGuardTest::secondLaunchInAnotherProcessExitsAndRaisesThisOne(
     QSignalSpy activations(&running, &SingleInstanceGuard::activationRequested);
     QCOMPARE(running.claim(), SingleInstanceGuard::Role::Primary);
 
+    // Anything but the request to come forward is ignored.
+    QLocalSocket stranger;
+    QSignalSpy hungUp(&stranger, &QLocalSocket::disconnected);
+    stranger.connectToServer(name);
+    QVERIFY(stranger.waitForConnected(patienceMs));
+    stranger.write("open the pod bay doors\n");
+    QVERIFY(hungUp.wait(patienceMs)); // the running side hangs up once it has read the line
+    QCOMPARE(activations.size(), 0);
+
     QProcess probe;
-    probe.start(probePath(), {name});
+    startProbe(probe, name);
     // The probe blocks only on its own side; this process keeps serving its socket meanwhile.
     QVERIFY(activations.wait(patienceMs));
-    QVERIFY(finished(probe));
+    QTRY_COMPARE_WITH_TIMEOUT(probe.state(), QProcess::NotRunning, patienceMs);
     QCOMPARE(probe.exitStatus(), QProcess::NormalExit);
     QCOMPARE(probe.exitCode(), 3);
     QCOMPARE(probe.readAllStandardOutput().trimmed(), QByteArray("secondary notified"));
     QCOMPARE(activations.size(), 1);
 }
 
-void SingleInstanceGuardTest::launchWhileAnotherProcessRuns() {
-    QTemporaryDir dir;
-    const QString name = dir.filePath(QStringLiteral("guard.socket"));
-    QProcess probe;
-    QVERIFY(startPrimaryProbe(probe, name));
-
-    SingleInstanceGuard late(name);
-    QCOMPARE(late.claim(), SingleInstanceGuard::Role::Secondary);
-    QVERIFY(late.notifiedPrimary());
-    QVERIFY(finished(probe));
-    QCOMPARE(probe.exitCode(), 0);
-    QCOMPARE(probe.readAllStandardOutput().trimmed(), QByteArray("activated"));
-}
-
 void SingleInstanceGuardTest::crashedTypoletDoesNotBlockTheNextLaunch() {
     QTemporaryDir dir;
     const QString name = dir.filePath(QStringLiteral("guard.socket"));
     QProcess probe;
-    QVERIFY(startPrimaryProbe(probe, name));
+    startProbe(probe, name);
+    QTRY_VERIFY_WITH_TIMEOUT(probe.canReadLine(), patienceMs);
+    QCOMPARE(probe.readLine().trimmed(), QByteArray("primary"));
     probe.kill(); // no chance to clean up
-    QVERIFY(finished(probe));
+    QTRY_COMPARE_WITH_TIMEOUT(probe.state(), QProcess::NotRunning, patienceMs);
     QVERIFY(QFileInfo::exists(name + QStringLiteral(".lock")));
     QVERIFY(QFileInfo::exists(name));
 
     SingleInstanceGuard next(name);
     QSignalSpy activations(&next, &SingleInstanceGuard::activationRequested);
     QCOMPARE(next.claim(), SingleInstanceGuard::Role::Primary);
-    // And it is reachable on the socket it took over.
+    // It is reachable on the socket it took over, by a later launch in this same process too.
     SingleInstanceGuard later(name);
     QCOMPARE(later.claim(), SingleInstanceGuard::Role::Secondary);
     QVERIFY(later.notifiedPrimary());
     QVERIFY(activations.wait(patienceMs));
-}
-
-void SingleInstanceGuardTest::otherMessagesAreIgnored() {
-    QTemporaryDir dir;
-    const QString name = dir.filePath(QStringLiteral("guard.socket"));
-    SingleInstanceGuard running(name);
-    QSignalSpy activations(&running, &SingleInstanceGuard::activationRequested);
-    QCOMPARE(running.claim(), SingleInstanceGuard::Role::Primary);
-
-    const auto send = [&](const QByteArray& message) {
-        QLocalSocket socket;
-        QSignalSpy closed(&socket, &QLocalSocket::disconnected);
-        socket.connectToServer(name);
-        if (!socket.waitForConnected(patienceMs))
-            return false;
-        socket.write(message);
-        socket.flush();
-        // The running side hangs up once it has read the line.
-        return closed.wait(patienceMs);
-    };
-    QVERIFY(send("open the pod bay doors\n"));
-    QCOMPARE(activations.size(), 0);
-    QVERIFY(send(SingleInstanceGuard::activateMessage));
     QCOMPARE(activations.size(), 1);
 }
 
@@ -140,27 +83,26 @@ void SingleInstanceGuardTest::defaultNameIsPerUserAndDisplay() {
     const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
     const QByteArray display = qgetenv("DISPLAY");
     QVERIFY(!runtime.isEmpty());
-    qputenv("DISPLAY", ":7.0");
-    QCOMPARE(SingleInstanceGuard::defaultServerName(),
-             QString::fromLocal8Bit(runtime) + QStringLiteral("/typolet-_7.0.socket"));
+    const auto restore = qScopeGuard([&] {
+        qputenv("XDG_RUNTIME_DIR", runtime);
+        qputenv("DISPLAY", display);
+    });
+    const auto nameFor = [](const char* display) {
+        if (display != nullptr)
+            qputenv("DISPLAY", display);
+        else
+            qunsetenv("DISPLAY");
+        return SingleInstanceGuard::defaultServerName();
+    };
+    const QString folder = QString::fromLocal8Bit(runtime);
+    QCOMPARE(nameFor(":7.0"), folder + QStringLiteral("/typolet-_7.0.socket"));
     QCOMPARE(SingleInstanceGuard().serverName(), SingleInstanceGuard::defaultServerName());
     // Another display of the same user has its own Typolet.
-    qputenv("DISPLAY", "host/unix:3");
-    QCOMPARE(SingleInstanceGuard::defaultServerName(),
-             QString::fromLocal8Bit(runtime) + QStringLiteral("/typolet-host_unix_3.socket"));
-    qunsetenv("DISPLAY");
-    QCOMPARE(SingleInstanceGuard::defaultServerName(),
-             QString::fromLocal8Bit(runtime) + QStringLiteral("/typolet.socket"));
-
-    qputenv("DISPLAY", ":7");
+    QCOMPARE(nameFor("host/unix:3"), folder + QStringLiteral("/typolet-host_unix_3.socket"));
+    QCOMPARE(nameFor(nullptr), folder + QStringLiteral("/typolet.socket"));
     qunsetenv("XDG_RUNTIME_DIR");
-    const QString fallback = SingleInstanceGuard::defaultServerName();
-    qputenv("XDG_RUNTIME_DIR", runtime);
-    if (display.isEmpty())
-        qunsetenv("DISPLAY");
-    else
-        qputenv("DISPLAY", display);
-    QCOMPARE(fallback, QDir::tempPath() + QStringLiteral("/%1-typolet-_7.socket").arg(::getuid()));
+    QCOMPARE(nameFor(":7"),
+             QDir::tempPath() + QStringLiteral("/%1-typolet-_7.socket").arg(::getuid()));
 }
 
 TYPOLET_ISOLATED_TEST_MAIN(SingleInstanceGuardTest)
