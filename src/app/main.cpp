@@ -42,13 +42,16 @@ int main(int argc, char* argv[]) {
     QCoreApplication::setOrganizationName(QStringLiteral("Typolet"));
     QCoreApplication::setApplicationName(QStringLiteral("Typolet"));
 
-    // QApplication aborts when it cannot open a display, so look first.
-    const bool hasDisplay = X11PermissionProbe::displayAvailable();
+    // QApplication aborts when it cannot open a display, so look first, and keep that
+    // connection until the toolkit has its own (see openDisplay).
+    std::shared_ptr<void> probeConnection = X11PermissionProbe::openDisplay();
+    const bool hasDisplay = probeConnection != nullptr;
     std::unique_ptr<QCoreApplication> app;
     if (hasDisplay) {
         // If the toolkit cannot use the display after all, it runs without windows rather than abort.
         qputenv("QT_QPA_PLATFORM", "xcb;offscreen");
         app = std::make_unique<QApplication>(argc, argv);
+        probeConnection.reset();
         previousMessageHandler = qInstallMessageHandler(filterQtMessages);
     } else {
         app = std::make_unique<QCoreApplication>(argc, argv);

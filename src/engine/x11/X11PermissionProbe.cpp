@@ -12,7 +12,13 @@ struct DisplayCloser {
 using DisplayHandle = std::unique_ptr<Display, DisplayCloser>;
 } // namespace
 
-bool X11PermissionProbe::displayAvailable() { return DisplayHandle(XOpenDisplay(nullptr)) != nullptr; }
+std::shared_ptr<void> X11PermissionProbe::openDisplay() {
+    Display* display = XOpenDisplay(nullptr);
+    if (!display)
+        return nullptr;
+    return std::shared_ptr<void>(display,
+                                 [](void* held) { XCloseDisplay(static_cast<Display*>(held)); });
+}
 
 bool X11PermissionProbe::canObserveKeys() {
     DisplayHandle display(XOpenDisplay(nullptr));

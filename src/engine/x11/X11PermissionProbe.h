@@ -2,6 +2,8 @@
 
 #include "PermissionProbe.h"
 
+#include <memory>
+
 // Answers from the X server named by DISPLAY: keys can be observed when XInput 2.0 or later is
 // there, and posted when XTEST is there. Each question opens and closes its own connection, so
 // a missing display is simply "no".
@@ -10,6 +12,8 @@ public:
     bool canObserveKeys() override;
     bool canPostKeys() override;
 
-    // Whether any display can be opened at all.
-    static bool displayAvailable();
+    // A connection to the display, held for as long as the caller keeps it; null when no
+    // display can be opened. Holding it while the toolkit connects matters: a server whose
+    // last client leaves resets and refuses connections for a moment.
+    static std::shared_ptr<void> openDisplay();
 };
