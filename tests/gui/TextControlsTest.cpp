@@ -2,6 +2,7 @@
 #include "CustomTextEditor.h"
 #include "FocusableTextField.h"
 #include "FormParts.h"
+#include "GuiTestSupport.h"
 #include "PrimaryButtonStyle.h"
 
 #include <QApplication>
@@ -72,8 +73,7 @@ private slots:
         layout->addWidget(field);
         layout->addWidget(other);
         window.show();
-        window.activateWindow();
-        QVERIFY(QTest::qWaitFor([&] { return QApplication::activeWindow() == &window; }));
+        QVERIFY(GuiInput::waitActive(&window));
         other->setFocus(Qt::TabFocusReason);
         QTRY_VERIFY(other->hasFocus());
         QSignalSpy spy(field, &FocusableTextField::editingChanged);
