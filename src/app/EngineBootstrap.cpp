@@ -23,14 +23,21 @@ EngineBootstrap::EngineBootstrap(bool withWindows)
     X11KeymapSource* keymaps = m_keymaps.get();
     m_monitor->setKeymapChangedHandler([keymaps] { keymaps->keymapChanged(); });
     m_monitor->setGroupChangedHandler([keymaps](uint32_t group) { keymaps->setGroup(group); });
+    X11KeyMonitor* monitor = m_monitor.get();
+    m_output->setKeysLeftDownHandler(
+        [monitor](const QList<uint32_t>& keyCodes) { monitor->noteSyntheticKeysDown(keyCodes); });
 }
 
-EngineBootstrap::~EngineBootstrap() = default;
+EngineBootstrap::~EngineBootstrap() {
+    // The engine goes first: it may still be typing through the output.
+    m_engine.reset();
+}
 
-bool EngineBootstrap::start(const QString& executablePath) {
-    TextExpander::setSharedPlatform(
+bool EngineBootstrap::start(ShortcutDataManager& store, const QString& executablePath) {
+    m_engine = std::make_unique<TextExpander>(
+        store,
         EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), m_output.get()});
-    const bool listening = TextExpander::shared().isMonitoring();
+    const bool listening = m_engine->isMonitoring();
     if (listening)
         m_output->open();
 

@@ -5,6 +5,8 @@
 
 class ConsolePermissionAlert;
 class MessageBoxPermissionAlert;
+class ShortcutDataManager;
+class TextExpander;
 class X11KeyMonitor;
 class X11KeyboardOutput;
 class X11KeymapSource;
@@ -12,17 +14,17 @@ class X11PermissionProbe;
 class KeyTranslator;
 
 // Puts the expansion engine together on X11: the permission probe, the keymap source, the key
-// monitor and the keyboard output, then the shared engine over them, then the start-up
-// permission guidance. The pieces live as long as this object, which lives as long as the
-// application.
+// monitor and the keyboard output, then the engine over them, then the start-up permission
+// guidance. It owns every piece; main owns it for the life of the application.
 class EngineBootstrap {
 public:
     // `withWindows` is false when there is no display: the guidance then goes to the terminal.
     explicit EngineBootstrap(bool withWindows);
     ~EngineBootstrap();
 
-    // Creates TextExpander::shared and runs the permission check. True when the engine listens.
-    bool start(const QString& executablePath);
+    // Creates the engine over `store` and runs the permission check. True when the engine
+    // listens.
+    bool start(ShortcutDataManager& store, const QString& executablePath);
 
     // Empties the spare keycodes the output bound (at quit).
     void restoreKeyboardMapping();
@@ -33,6 +35,7 @@ private:
     std::unique_ptr<KeyTranslator> m_translator;
     std::unique_ptr<X11KeyMonitor> m_monitor;
     std::unique_ptr<X11KeyboardOutput> m_output;
+    std::unique_ptr<TextExpander> m_engine;
     std::unique_ptr<MessageBoxPermissionAlert> m_windowAlert;
     std::unique_ptr<ConsolePermissionAlert> m_consoleAlert;
 };

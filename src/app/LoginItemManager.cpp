@@ -1,15 +1,8 @@
 #include "LoginItemManager.h"
 
-#include "Diagnostics.h"
+#include "Logging.h"
 #include "LoginPreferences.h"
 #include "XdgAutostartBackend.h"
-
-LoginItemManager& LoginItemManager::shared() {
-    // Function-local static: created once, safely, on first use; never destroyed.
-    static LoginItemManager* manager =
-        new LoginItemManager(std::make_unique<XdgAutostartBackend>());
-    return *manager;
-}
 
 LoginItemManager::LoginItemManager(std::unique_ptr<LoginItemBackend> backend)
     : m_backend(std::move(backend)) {}
@@ -21,9 +14,9 @@ void LoginItemManager::setStartAtLogin(bool enabled) {
         enabled ? m_backend->registerItem() : m_backend->unregisterItem();
     if (!error)
         return;
-    Diagnostics::line(QStringLiteral("Failed to ") +
+    qCWarning(lcApp).noquote() << QStringLiteral("Failed to ") +
                       (enabled ? QStringLiteral("enable") : QStringLiteral("disable")) +
-                      QStringLiteral(" login item: ") + *error);
+                      QStringLiteral(" login item: ") + *error;
 }
 
 void LoginItemManager::applyFirstLaunchDefault(LoginPreferences& preferences) {

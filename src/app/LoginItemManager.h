@@ -12,9 +12,6 @@ class LoginPreferences;
 // stored preference is left as it is.
 class LoginItemManager {
 public:
-    // The process-wide manager over XDG autostart, created on first use.
-    static LoginItemManager& shared();
-
     explicit LoginItemManager(std::unique_ptr<LoginItemBackend> backend);
     ~LoginItemManager();
 

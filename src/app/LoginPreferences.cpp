@@ -4,11 +4,6 @@
 
 #include <QSettings>
 
-LoginPreferences& LoginPreferences::shared() {
-    static LoginPreferences* preferences = new LoginPreferences(); // lives as long as the process
-    return *preferences;
-}
-
 LoginPreferences::LoginPreferences(const QString& settingsFile, QObject* parent)
     : QObject(parent),
       m_settings(SettingsFile::open(settingsFile)) {}

@@ -14,9 +14,6 @@ class QSettings;
 class LoginPreferences : public QObject {
     Q_OBJECT
 public:
-    // The user's standard settings.
-    static LoginPreferences& shared();
-
     // Flags over the given settings file (tests use their own); an empty path means the user's
     // standard Typolet settings.
     explicit LoginPreferences(const QString& settingsFile = {}, QObject* parent = nullptr);

@@ -1,6 +1,6 @@
 #include "SingleInstanceGuard.h"
 
-#include "Diagnostics.h"
+#include "Logging.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -53,10 +53,10 @@ SingleInstanceGuard::Role SingleInstanceGuard::claim() {
     if (m_lock.error() != QLockFile::LockFailedError) {
         // The lock cannot be taken at all (for example an unwritable folder): run rather than
         // refuse to start, but without the guard.
-        Diagnostics::line(QStringLiteral("Cannot check for another running Typolet (lock file %1)")
+        qCWarning(lcApp).noquote() << QStringLiteral("Cannot check for another running Typolet (lock file %1)")
                               .arg(m_lock.error() == QLockFile::PermissionError
                                        ? QStringLiteral("not writable")
-                                       : QStringLiteral("unreadable")));
+                                       : QStringLiteral("unreadable"));
         return Role::Primary;
     }
     m_notified = notifyPrimary();
@@ -69,8 +69,8 @@ void SingleInstanceGuard::listen() {
     // We hold the lock, so a socket file still there belongs to a Typolet that is gone.
     QLocalServer::removeServer(m_serverName);
     if (!m_server->listen(m_serverName)) {
-        Diagnostics::line(QStringLiteral("Cannot listen for later launches on %1: %2")
-                              .arg(m_serverName, m_server->errorString()));
+        qCWarning(lcApp).noquote() << QStringLiteral("Cannot listen for later launches on %1: %2")
+                              .arg(m_serverName, m_server->errorString());
         return;
     }
     connect(m_server.get(), &QLocalServer::newConnection, this,

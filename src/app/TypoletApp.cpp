@@ -1,7 +1,7 @@
 #include "TypoletApp.h"
 
 #include "AppDelegate.h"
-#include "Diagnostics.h"
+#include "Logging.h"
 #include "ShellStyle.h"
 #include "SingleInstanceGuard.h"
 
@@ -18,10 +18,11 @@ TypoletApp::~TypoletApp() = default;
 bool TypoletApp::start() {
     // Two engines would expand every snippet twice: a second launch only wakes the first.
     if (m_guard->claim() == SingleInstanceGuard::Role::Secondary) {
-        Diagnostics::line(m_guard->notifiedPrimary()
-                              ? QStringLiteral("Typolet is already running; its windows were "
-                                               "brought forward")
-                              : QStringLiteral("Typolet is already running but did not answer"));
+        qCInfo(lcApp).noquote() << (m_guard->notifiedPrimary()
+                                         ? QStringLiteral("Typolet is already running; its "
+                                                          "windows were brought forward")
+                                         : QStringLiteral("Typolet is already running but "
+                                                          "did not answer"));
         return false;
     }
 

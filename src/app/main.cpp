@@ -1,6 +1,6 @@
 #include "AppDelegate.h"
 #include "ContentView.h"
-#include "Diagnostics.h"
+#include "Logging.h"
 #include "EngineBootstrap.h"
 #include "LoginItemManager.h"
 #include "LoginPreferences.h"
@@ -8,6 +8,7 @@
 #include "TypoletApp.h"
 #include "X11ConnectionLoss.h"
 #include "X11PermissionProbe.h"
+#include "XdgAutostartBackend.h"
 
 #include <QApplication>
 #include <QCoreApplication>
@@ -57,29 +58,29 @@ int main(int argc, char* argv[]) {
         app = std::make_unique<QCoreApplication>(argc, argv);
     }
 
+    Logging::configure();
+    ShortcutDataManager store;
     EngineBootstrap engine(hasDisplay);
 
     if (!hasDisplay) {
-        ShortcutDataManager::shared();
-        engine.start(QCoreApplication::applicationFilePath());
+        engine.start(store, QCoreApplication::applicationFilePath());
         QCoreApplication::processEvents(); // shows the guidance that start() scheduled
-        Diagnostics::line(QStringLiteral("Typolet needs an X11 display and could not open one "
+        qCWarning(lcApp).noquote() << QStringLiteral("Typolet needs an X11 display and could not open one "
                                          "(DISPLAY is \"%1\").")
-                              .arg(qEnvironmentVariable("DISPLAY")));
+                              .arg(qEnvironmentVariable("DISPLAY"));
         return 1;
     }
 
     // The shell starts the pieces in order: the engine (with its permission check, which only
     // schedules its guidance), then the main window around the snippet editor, then the menus
     // and the tray icon. A second launch starts none of them; it wakes the running Typolet.
+    LoginItemManager loginItems(std::make_unique<XdgAutostartBackend>());
+    LoginPreferences loginPreferences;
     TypoletApp typolet(
-        {[&engine] {
-             ShortcutDataManager::shared();
-             engine.start(QCoreApplication::applicationFilePath());
-         },
+        {[&engine, &store] { engine.start(store, QCoreApplication::applicationFilePath()); },
          {}, // the permission check is part of EngineBootstrap::start
-         [] { return std::make_unique<ContentView>(ShortcutDataManager::shared()); }},
-        LoginItemManager::shared(), LoginPreferences::shared());
+         [&store] { return std::make_unique<ContentView>(store); }},
+        loginItems, loginPreferences);
     if (!typolet.start())
         return 0;
 

@@ -1,21 +1,40 @@
 #pragma once
 
-#include <cstdint>
+#include "KeyStroke.h"
+
+#include <QList>
 #include <functional>
 
-// Watches the keys the user presses in every application without taking them: each key-down
-// is reported with its key code, and every key still reaches the focused application unchanged.
+// Watches the keys the user presses in every application. Outside an expansion it takes
+// nothing: every key reaches the focused application unchanged and is reported afterwards.
+//
+// For the length of an expansion the engine asks it to hold the user's keys: they are kept
+// from every application and reach the focused one, in the order typed, only when released,
+// after the expansion's own keys. Typolet's own synthetic keys are never reported.
 class KeyMonitor {
 public:
-    using KeyDownHandler = std::function<void(uint32_t keyCode)>;
+    using KeyHandler = std::function<void(const KeyStroke&)>;
 
     virtual ~KeyMonitor() = default;
 
     // Starts reporting key-downs to `handler` on the main thread. False when the monitor could
     // not be set up; nothing is reported then.
-    virtual bool start(KeyDownHandler handler) = 0;
+    virtual bool start(KeyHandler handler) = 0;
 
-    // Drops every key-down the system has produced up to now and not yet reported. Called right
-    // after our own typing, so the typed content never comes back as if the user had typed it.
-    virtual void discardPendingKeys() = 0;
+    // Starts holding the user's keys; `onHeld` sees each key-down as it is held (so the engine
+    // can notice Escape). Called again while holding, it holds on and returns nothing. Returns the key-downs that reached the application after the last
+    // reported one but before the hold took effect: they are not reported again. `holding` is
+    // false when the keyboard could not be held (keys then go on reaching the application).
+    struct HoldResult {
+        QList<KeyStroke> slipped;
+        bool holding = false;
+    };
+    // `onHeld` returns false for a key that must not reach the application at all.
+    using HeldKeyFilter = std::function<bool(const KeyStroke&)>;
+    virtual HoldResult holdKeys(HeldKeyFilter onHeld) = 0;
+
+    // Lets the held keys go: each reaches the focused application and is then reported. When
+    // the report of one starts another expansion (holdKeys() is called again meanwhile), the
+    // rest stay held until the next releaseKeys().
+    virtual void releaseKeys() = 0;
 };

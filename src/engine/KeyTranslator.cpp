@@ -1,6 +1,6 @@
 #include "KeyTranslator.h"
 
-#include "Diagnostics.h"
+#include "Logging.h"
 #include "KeymapSource.h"
 
 #include <xkbcommon/xkbcommon-compose.h>
@@ -39,6 +39,8 @@ KeyTranslator::KeyTranslator(KeymapSource& source, const QString& locale) : m_so
 }
 
 KeyTranslator::~KeyTranslator() {
+    xkb_state_unref(m_state);
+    xkb_keymap_unref(m_stateKeymap);
     xkb_compose_state_unref(m_composeState);
     xkb_compose_table_unref(m_composeTable);
     xkb_context_unref(m_context);
@@ -89,18 +91,56 @@ uint32_t KeyTranslator::plainKeysym(uint32_t keyCode) {
     return count >= 1 ? syms[0] : XKB_KEY_NoSymbol;
 }
 
+uint32_t KeyTranslator::keysymIn(uint32_t keyCode, const KeyboardState& state, bool& chord) {
+    chord = false;
+    xkb_keymap* keymap = m_source.currentKeymap();
+    if (!keymap)
+        return XKB_KEY_NoSymbol;
+    if (keymap != m_stateKeymap) {
+        xkb_state_unref(m_state);
+        xkb_keymap_unref(m_stateKeymap);
+        m_stateKeymap = xkb_keymap_ref(keymap);
+        m_state = xkb_state_new(keymap);
+    }
+    if (!m_state)
+        return plainKeysym(keyCode);
+    xkb_state_update_mask(m_state, state.baseMods, state.latchedMods, state.lockedMods, 0, 0,
+                          state.group);
+    for (const char* name : {XKB_MOD_NAME_CTRL, XKB_MOD_NAME_ALT, XKB_MOD_NAME_LOGO}) {
+        const xkb_mod_index_t index = xkb_keymap_mod_get_index(keymap, name);
+        if (index != XKB_MOD_INVALID &&
+            xkb_state_mod_index_is_active(m_state, index, XKB_STATE_MODS_EFFECTIVE) > 0 &&
+            xkb_state_mod_index_is_consumed(m_state, keyCode, index) == 0)
+            chord = true;
+    }
+    return xkb_state_key_get_one_sym(m_state, keyCode);
+}
+
+bool KeyTranslator::isEscapeKey(uint32_t keyCode) {
+    return plainKeysym(keyCode) == XKB_KEY_Escape;
+}
+
 bool KeyTranslator::isModifierKey(uint32_t keyCode) {
     return isModifierKeysym(plainKeysym(keyCode));
 }
 
-std::optional<QString> KeyTranslator::translateKeyCode(uint32_t keyCode, uint32_t& deadKeyState) {
+std::optional<QString> KeyTranslator::translateKeyCode(uint32_t keyCode,
+                                                      const KeyboardState& state,
+                                                      uint32_t& deadKeyState) {
     if (!m_source.currentKeymap()) {
-        Diagnostics::typed(QStringLiteral("❌ Failed to get keyboard layout"));
+        qCWarning(lcEngine).noquote() << QStringLiteral("No keyboard layout available");
         return std::nullopt;
     }
-    Diagnostics::typed(QStringLiteral("✅ Got keyboard layout"));
 
-    const xkb_keysym_t keysym = plainKeysym(keyCode);
+    bool chord = false;
+    const xkb_keysym_t keysym = keysymIn(keyCode, state, chord);
+    if (chord) {
+        // The application runs a command; what it does to the text is not known here.
+        if (m_composeState)
+            xkb_compose_state_reset(m_composeState);
+        deadKeyState = 0;
+        return QString(QChar(chordText));
+    }
 
     // The engine's word is the source of truth: whoever cleared it also ended the sequence.
     if (m_composeState && deadKeyState == 0 &&
@@ -146,7 +186,7 @@ std::optional<QString> KeyTranslator::translateKeyCode(uint32_t keyCode, uint32_
     if (!composed) {
         const uint32_t codePoint = xkb_keysym_to_utf32(keysym);
         if (codePoint >= 0xD800 && codePoint <= 0xDFFF) {
-            Diagnostics::typed(QStringLiteral("❌ Failed to convert char"));
+            qCInfo(lcKeys).noquote() << QStringLiteral("Key gives no character");
             return std::nullopt;
         }
         if (codePoint != 0) {
@@ -155,6 +195,6 @@ std::optional<QString> KeyTranslator::translateKeyCode(uint32_t keyCode, uint32_
         }
     }
 
-    Diagnostics::typed(QStringLiteral("📝 Translated char: ") + text);
+    qCInfo(lcKeys).noquote() << QStringLiteral("Key gives: ") + text;
     return text;
 }

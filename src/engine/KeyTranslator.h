@@ -1,5 +1,7 @@
 #pragma once
 
+#include "KeyboardState.h"
+
 #include <QString>
 #include <cstdint>
 #include <optional>
@@ -8,10 +10,14 @@ class KeymapSource;
 struct xkb_context;
 struct xkb_compose_table;
 struct xkb_compose_state;
+struct xkb_keymap;
+struct xkb_state;
 
-// Turns the key code of a key-down into the text the key gives on the user's current layout,
-// always as if no modifier were held (Shift, Caps Lock, AltGr and Control never change it), so
-// that a command is recognised however it was typed.
+// Turns the key code of a key-down into the text that the focused application reads from it:
+// the keysym at the level that the key's modifier and lock state selects (Shift, Caps Lock,
+// AltGr, Num Lock on the keypad), so commands with capitals or shifted symbols match on every
+// layout. A key pressed with Control, Alt or Super is a command to the application, not text:
+// it gives the cancel text U+0018.
 //
 // Dead keys compose through the compose table of the user's locale: a dead key alone gives the
 // empty text and leaves the engine's dead-key state set; the next key gives the composed
@@ -27,11 +33,17 @@ public:
 
     // The key's text, possibly empty; nothing when the key could not be translated (the reason
     // has been written). `deadKeyState` is non-zero while a dead-key sequence is pending.
-    std::optional<QString> translateKeyCode(uint32_t keyCode, uint32_t& deadKeyState);
+    std::optional<QString> translateKeyCode(uint32_t keyCode, const KeyboardState& state,
+                                            uint32_t& deadKeyState);
+
+    // The text of a key chord that the application takes as a command (Control+S, Alt+F).
+    static constexpr char16_t chordText = 0x18;
 
     // True for keys whose plain symbol is a modifier (Shift, Control, AltGr, Caps Lock...):
     // pressing one alone is not typing.
     bool isModifierKey(uint32_t keyCode);
+    // True for the key whose plain symbol is Escape.
+    bool isEscapeKey(uint32_t keyCode);
 
     // The texts that editing and navigation keys give, whatever the layout: BackSpace U+0008,
     // Delete U+007F, Return and KP_Enter U+000D, Tab U+0009, Escape U+001B, arrows
@@ -42,9 +54,14 @@ public:
 
 private:
     uint32_t plainKeysym(uint32_t keyCode);
+    // The keysym at the level `state` selects; sets `chord` when a command modifier is in force
+    // that the key does not use for its level.
+    uint32_t keysymIn(uint32_t keyCode, const KeyboardState& state, bool& chord);
 
     KeymapSource& m_source;
     xkb_context* m_context = nullptr;
     xkb_compose_table* m_composeTable = nullptr;
     xkb_compose_state* m_composeState = nullptr;
+    xkb_keymap* m_stateKeymap = nullptr; // the keymap m_state was made for
+    xkb_state* m_state = nullptr;
 };

@@ -1,15 +1,20 @@
 #pragma once
 
-#include <QString>
+#include "ExpansionAction.h"
 
-// Where an expansion's keystrokes go: erasing the typed command and typing the content.
-// The X11 implementation posts real key events; tests use a recording fake.
+#include <functional>
+
+// Where an expansion's keystrokes go. The X11 implementation posts real key events; tests use
+// a recording fake.
 class KeyboardOutput {
 public:
     virtual ~KeyboardOutput() = default;
 
-    // Erases `count` characters before the caret of the focused application.
-    virtual void deleteCharacters(int count) = 0;
-    // Types `text` into the focused application as one operation.
-    virtual void insertText(const QString& text) = 0;
+    // Carries out `actions` in order without blocking the caller's event loop, and calls
+    // `finished` once the last key has been handled by the system (also after cancel()). The
+    // content arrives exactly as given, whatever modifiers or locks the user has on.
+    virtual void perform(const Expansion& actions, std::function<void()> finished) = 0;
+
+    // Stops the running expansion as soon as possible: nothing more is typed.
+    virtual void cancel() = 0;
 };

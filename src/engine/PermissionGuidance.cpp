@@ -1,6 +1,6 @@
 #include "PermissionGuidance.h"
 
-#include "MainQueue.h"
+#include <QCoreApplication>
 #include "PermissionAlertPresenter.h"
 #include "PermissionProbe.h"
 
@@ -49,8 +49,9 @@ bool PermissionGuidance::checkAndRequestPermissions() {
         return false;
     const QString text = message(inputMonitoring, accessibility, developerBuild);
     PermissionAlertPresenter* presenter = &m_presenter;
-    MainQueue::async([presenter, text] {
-        presenter->showPermissionAlert(title, text, settingsUrl);
-    });
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(),
+        [presenter, text] { presenter->showPermissionAlert(title, text, settingsUrl); },
+        Qt::QueuedConnection);
     return true;
 }

@@ -1,12 +1,10 @@
 #include "TextExpander.h"
 
-#include "Diagnostics.h"
+#include "Logging.h"
 #include "GraphemeText.h"
 #include "KeyMonitor.h"
 #include "KeyTranslator.h"
 #include "KeyboardOutput.h"
-#include "MainQueue.h"
-#include "NotificationCenter.h"
 #include "PermissionProbe.h"
 #include "ShortcutDataManager.h"
 
@@ -18,6 +16,10 @@ double wallClockSeconds() {
     return static_cast<double>(
                duration_cast<microseconds>(system_clock::now().time_since_epoch()).count()) /
            1e6;
+}
+
+bool isBackspace(const QString& character) {
+    return character == QChar(0x7F) || character == QChar(0x08);
 }
 } // namespace
 
@@ -31,69 +33,58 @@ TextExpander::TextExpander(ShortcutDataManager& store, const EnginePlatform& pla
     : TextExpander(store, platform.output, std::move(clock), parent) {
     m_platform = platform;
     startMonitoring();
-    NotificationCenter::defaultCenter().observe(
-        QString::fromLatin1(ShortcutDataManager::shortcutsUpdatedNotification), this,
-        [this](const QVariantMap& userInfo) { shortcutsUpdated(userInfo); });
 }
 
-TextExpander::~TextExpander() = default;
-
-namespace {
-EnginePlatform& sharedPlatform() {
-    static EnginePlatform platform;
-    return platform;
-}
-} // namespace
-
-void TextExpander::setSharedPlatform(const EnginePlatform& platform) {
-    sharedPlatform() = platform;
-}
-
-TextExpander& TextExpander::shared() {
-    // Deliberately never deleted: the monitor holds on to it for the life of the process.
-    static TextExpander* const engine =
-        new TextExpander(ShortcutDataManager::shared(), sharedPlatform());
-    return *engine;
+TextExpander::~TextExpander() {
+    if (m_expanding && m_output)
+        m_output->cancel();
 }
 
 void TextExpander::startMonitoring() {
     PermissionProbe* permissions = m_platform.permissions;
     if (!permissions || !permissions->canObserveKeys()) {
-        Diagnostics::line(QStringLiteral("Need input monitoring permissions"));
+        qCWarning(lcEngine).noquote() << QStringLiteral("Cannot see keys: the X server offers no XInput 2 extension");
         return;
     }
     if (!permissions->canPostKeys()) {
-        // X11 has no prompt to raise; the guidance alert says what is missing.
-        Diagnostics::line(QStringLiteral("Need accessibility permissions"));
+        qCWarning(lcEngine).noquote() << QStringLiteral("Cannot type: the X server offers no XTEST extension");
         return;
     }
     if (!m_platform.monitor || !m_platform.translator ||
-        !m_platform.monitor->start([this](uint32_t keyCode) { keyDown(keyCode); })) {
-        Diagnostics::line(QStringLiteral("Failed to create event tap"));
+        !m_platform.monitor->start([this](const KeyStroke& stroke) { keyDown(stroke); })) {
+        qCWarning(lcEngine).noquote() << QStringLiteral("Could not start watching the keyboard");
         return;
     }
     m_monitoring = true;
 }
 
-void TextExpander::keyDown(uint32_t keyCode) {
+void TextExpander::keyDown(const KeyStroke& stroke) {
     KeyTranslator* translator = m_platform.translator;
     // Modifier keys alone are not typing; they never count as a key-down here.
-    if (!translator || translator->isModifierKey(keyCode))
+    if (!translator || translator->isModifierKey(stroke.keyCode))
         return;
-    Diagnostics::typed(QStringLiteral("Event received: 10"));
-    Diagnostics::typed(QStringLiteral("🔑 KeyCode: ") + QString::number(keyCode));
-    if (const auto text = translator->translateKeyCode(keyCode, deadKeyState))
+    qCInfo(lcKeys).noquote() << QStringLiteral("Key down: ") + QString::number(stroke.keyCode) +
+                       (stroke.repeats ? QStringLiteral(" repeated %1 times").arg(stroke.repeats)
+                                       : QString());
+    if (stroke.repeats > 0 && stroke.repeatCountUncertain) {
+        // One repeat more or less would leave the buffer unlike the application's text.
+        qCInfo(lcKeys).noquote() << QStringLiteral("Held key with an uncertain repeat count: buffer cleared");
+        m_buffer.clear();
+        return;
+    }
+    const auto text = translator->translateKeyCode(stroke.keyCode, stroke.state, deadKeyState);
+    if (!text)
+        return;
+    if (stroke.repeats == 0) {
         handleKeyPress(*text);
-}
-
-void TextExpander::shortcutsUpdated(const QVariantMap& userInfo) {
-    Diagnostics::line(QStringLiteral("🔄 Shortcuts updated, reloading data..."));
-    const auto found = userInfo.constFind(QStringLiteral("shortcuts"));
-    if (found != userInfo.cend() && found->canConvert<QList<Shortcut>>() &&
-        found->metaType() == QMetaType::fromType<QList<Shortcut>>())
-        Diagnostics::line(QStringLiteral("📝 Loaded ") +
-                          QString::number(found->value<QList<Shortcut>>().size()) +
-                          QStringLiteral(" shortcuts"));
+        return;
+    }
+    // The application has all the repeats already: only the buffer they leave is checked.
+    bool appended = false;
+    for (int i = 0; i < stroke.repeats; ++i)
+        appended = applyKey(*text) || appended;
+    if (appended)
+        checkForMatch();
 }
 
 bool TextExpander::isAccepted(QStringView character) {
@@ -129,36 +120,45 @@ bool TextExpander::isAccepted(QStringView character) {
     return false;
 }
 
-void TextExpander::handleKeyPress(const QString& character) {
-    Diagnostics::typed(QStringLiteral("Key pressed: ") + character);
+bool TextExpander::applyKey(const QString& character) {
+    qCInfo(lcKeys).noquote() << QStringLiteral("Key pressed: ") + character;
 
     const double now = m_clock();
     if (now - m_lastKeyDownTime > bufferTimeout) {
-        Diagnostics::typed(QStringLiteral("⏰ Buffer timeout - clearing"));
+        qCInfo(lcKeys).noquote() << QStringLiteral("Pause in typing: buffer cleared");
         m_buffer.clear();
     }
     m_lastKeyDownTime = now;
 
-    if (character == QChar(0x7F) || character == QChar(0x08)) {
+    if (isBackspace(character)) {
         if (!m_buffer.isEmpty()) {
             m_buffer.removeLast();
-            Diagnostics::typed(QStringLiteral("🔙 Backspace - Buffer now: '") + m_buffer.text() +
-                               QLatin1Char('\''));
+            qCInfo(lcKeys).noquote() << QStringLiteral("BackSpace; buffer: '") + m_buffer.text() +
+                               QLatin1Char('\'');
         }
-        return;
+        return false;
     }
-
+    if (character == QChar(KeyTranslator::chordText)) {
+        // A shortcut such as Control+Backspace changed the text in ways the buffer cannot follow.
+        m_buffer.clear();
+        return false;
+    }
     if (!isAccepted(character))
-        return;
+        return false;
 
     m_buffer.append(character);
-    Diagnostics::typed(QStringLiteral("Current buffer: '") + m_buffer.text() + QLatin1Char('\''));
-    MainQueue::async([this] { checkForMatch(); }, this);
+    qCInfo(lcKeys).noquote() << QStringLiteral("Buffer: '") + m_buffer.text() + QLatin1Char('\'');
+    return true;
+}
+
+void TextExpander::handleKeyPress(const QString& character) {
+    if (applyKey(character))
+        checkForMatch();
 }
 
 void TextExpander::checkForMatch() {
-    Diagnostics::typed(QStringLiteral("🔍 Checking buffer: '") + m_buffer.text() +
-                       QLatin1Char('\''));
+    qCInfo(lcKeys).noquote() << QStringLiteral("Checking buffer: '") + m_buffer.text() +
+                       QLatin1Char('\'');
 
     const QList<Shortcut>& shortcuts = m_store.shortcuts();
     if (m_indexedRevision != m_store.shortcutsRevision()) {
@@ -168,20 +168,93 @@ void TextExpander::checkForMatch() {
     const auto found = m_index.match(m_buffer);
     if (!found)
         return;
+    if (m_expanding) {
+        // Only when the keyboard could not be held: the keys went on into the application
+        // while the last expansion was typed, so this command is not where the buffer says.
+        m_buffer.clear();
+        return;
+    }
+    expand(shortcuts[*found]); // a copy: later edits don't change what is typed
+}
 
-    const Shortcut shortcut = shortcuts[*found]; // our own copy: later edits don't change it
-    Diagnostics::typed(QStringLiteral("✅ Match found! '") + shortcut.command +
-                       QStringLiteral("' -> '") + shortcut.content + QLatin1Char('\''));
+Expansion TextExpander::replacement(int erased, const QString& text) {
+    return {ExpansionAction::erase(erased), ExpansionAction::type(text)};
+}
+
+void TextExpander::expand(const Shortcut& shortcut) {
+    qCInfo(lcKeys).noquote() << QStringLiteral("Match found: '") + shortcut.command +
+                       QStringLiteral("' -> '") + shortcut.content + QLatin1Char('\'');
+    int erased = static_cast<int>(GraphemeText::count(shortcut.command));
+    QString typed = shortcut.content;
+
+    if (m_monitoring) {
+        KeyMonitor::HoldResult hold =
+            m_platform.monitor->holdKeys([this](const KeyStroke& stroke) { return heldKey(stroke); });
+        m_holding = true; // let go in any case: that also ends our own typing for the monitor
+        if (!hold.holding && !m_saidCannotHold) {
+            m_saidCannotHold = true;
+            qCWarning(lcEngine).noquote() << QStringLiteral("Could not hold the keyboard during an expansion "
+                                             "(another program holds it); keys typed meanwhile "
+                                             "may land inside the text");
+        }
+        // Keys that reached the application after the command, before the hold began.
+        QStringList slipped;
+        bool plainText = true;
+        for (const KeyStroke& stroke : std::as_const(hold.slipped)) {
+            if (m_platform.translator->isModifierKey(stroke.keyCode))
+                continue;
+            const auto text =
+                m_platform.translator->translateKeyCode(stroke.keyCode, stroke.state, deadKeyState);
+            if (!text)
+                continue;
+            for (int i = 0; i <= stroke.repeats; ++i)
+                slipped.append(*text);
+            plainText = plainText && stroke.repeatCountUncertain == false && !text->isEmpty() &&
+                        isAccepted(*text);
+        }
+        if (!plainText) {
+            // An editing key or a shortcut followed the command at once: the command may no
+            // longer be before the caret, so erasing it could destroy other text.
+            qCInfo(lcKeys).noquote() << QStringLiteral("Expansion skipped: other keys reached the "
+                                              "application first");
+            m_afterExpansion = slipped + m_afterExpansion;
+            m_expanding = true;
+            expansionFinished();
+            return;
+        }
+        // Plain text is erased with the command and typed again after the content.
+        const QString after = slipped.join(QString());
+        erased += static_cast<int>(GraphemeText::count(after));
+        typed += after;
+        m_afterExpansion = slipped + m_afterExpansion;
+    }
+
     m_buffer.clear();
+    qCInfo(lcKeys).noquote() << QStringLiteral("Typing: '") + typed + QLatin1Char('\'');
+    m_expanding = true;
+    if (!m_output) {
+        expansionFinished();
+        return;
+    }
+    m_output->perform(replacement(erased, typed), [this] { expansionFinished(); });
+}
+
+bool TextExpander::heldKey(const KeyStroke& stroke) {
+    if (!m_expanding || !m_platform.translator->isEscapeKey(stroke.keyCode))
+        return true;
+    // Escape stops a long content; it was meant for Typolet, so the application never sees it.
+    qCInfo(lcEngine).noquote() << QStringLiteral("Expansion cancelled with Escape");
     if (m_output)
-        m_output->deleteCharacters(static_cast<int>(GraphemeText::count(shortcut.command)));
-    MainQueue::after(insertDelay, [this, shortcut] {
-        Diagnostics::typed(QStringLiteral("⌨️ Inserting text: '") + shortcut.content +
-                           QLatin1Char('\''));
-        if (m_output)
-            m_output->insertText(shortcut.content);
-        // The content has reached the server; its keys must not come back as typing.
-        if (m_monitoring)
-            m_platform.monitor->discardPendingKeys();
-    }, this);
+        m_output->cancel();
+    return false;
+}
+
+void TextExpander::expansionFinished() {
+    m_expanding = false;
+    while (!m_afterExpansion.isEmpty() && !m_expanding)
+        handleKeyPress(m_afterExpansion.takeFirst());
+    if (m_expanding || !m_holding)
+        return; // a new expansion holds on to the keys
+    m_holding = false;
+    m_platform.monitor->releaseKeys();
 }

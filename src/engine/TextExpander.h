@@ -1,21 +1,25 @@
 #pragma once
 
 #include "EnginePlatform.h"
+#include "ExpansionAction.h"
+#include "KeyStroke.h"
 #include "KeystrokeBuffer.h"
 #include "TriggerIndex.h"
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QVariantMap>
 #include <functional>
 
 class KeyboardOutput;
+class Shortcut;
 class ShortcutDataManager;
 
-
 // The expansion engine's core: keeps what the user has just typed and, after every accepted
-// character, looks for a snippet whose command the typed text ends with. On a match it erases
-// the command and, 50 ms later, types the snippet's content through the KeyboardOutput.
+// character, looks for a snippet whose command the typed text ends with. On a match it holds
+// the user's keys, has the output erase the command and type the snippet's content, then lets
+// the held keys go; they reach the application after the content and enter the buffer.
 //
 // The engine keeps no copy of the snippets: every check reads the store's current list (through
 // an index that is rebuilt whenever that list has changed), so an edit takes effect at the next
@@ -27,7 +31,6 @@ public:
     using Clock = std::function<double()>;
 
     static constexpr double bufferTimeout = 3.0;
-    static constexpr double insertDelay = 0.05;
 
     // An engine that only matches: keys come in through handleKeyPress.
     TextExpander(ShortcutDataManager& store, KeyboardOutput* output, Clock clock = {},
@@ -38,19 +41,16 @@ public:
                  QObject* parent = nullptr);
     ~TextExpander() override;
 
-    // The process's engine, created on first use over the shared store and the platform given
-    // to setSharedPlatform(). It is never destroyed: the key monitor calls into it until exit.
-    static TextExpander& shared();
-    static void setSharedPlatform(const EnginePlatform& platform);
-
     // Whether startMonitoring() got the key monitor running.
     bool isMonitoring() const { return m_monitoring; }
+    // Between a match and the end of its output.
+    bool isExpanding() const { return m_expanding; }
 
-    // One key-down seen by the monitor: translated on the current layout and handed to
-    // handleKeyPress.
-    void keyDown(uint32_t keyCode);
+    // One key-down seen by the monitor: translated with its state and handed to handleKeyPress.
+    void keyDown(const KeyStroke& stroke);
 
-    // One translated key-down: empty (a dead key's first press) or the key's text.
+    // One translated key-down: empty (a dead key's first press) or the key's text. A match is
+    // looked for at once, so a command expands however quickly the next key follows it.
     void handleKeyPress(const QString& character);
 
     QString buffer() const { return m_buffer.text(); }
@@ -59,7 +59,8 @@ public:
     // Dead-key state carried between translations by the key translator.
     quint32 deadKeyState = 0;
 
-    void setOutput(KeyboardOutput* output) { m_output = output; }
+    // The steps that replace `erased` typed characters with `text`.
+    static Expansion replacement(int erased, const QString& text);
 
     // White space (Zs and Tab), letters, marks, numbers and punctuation; symbols and control
     // characters are ignored.
@@ -67,8 +68,12 @@ public:
 
 private:
     void startMonitoring();
-    void shortcutsUpdated(const QVariantMap& userInfo);
+    // Applies one key's text to the buffer; true when it was appended.
+    bool applyKey(const QString& character);
     void checkForMatch();
+    void expand(const Shortcut& shortcut);
+    bool heldKey(const KeyStroke& stroke);
+    void expansionFinished();
 
     EnginePlatform m_platform;
     bool m_monitoring = false;
@@ -80,4 +85,10 @@ private:
     double m_lastKeyDownTime;
     TriggerIndex m_index;
     quint64 m_indexedRevision = ~quint64(0);
+
+    bool m_expanding = false;
+    bool m_holding = false;
+    bool m_saidCannotHold = false;
+    // Texts that reached the application during the expansion and enter the buffer after it.
+    QStringList m_afterExpansion;
 };

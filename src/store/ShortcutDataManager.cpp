@@ -1,8 +1,6 @@
 #include "ShortcutDataManager.h"
 
-#include "Diagnostics.h"
-#include "MainQueue.h"
-#include "NotificationCenter.h"
+#include "Logging.h"
 #include "RecordCodec.h"
 #include "SettingsFile.h"
 
@@ -22,11 +20,6 @@ QString statusText(QSettings::Status status) {
     return QStringLiteral("unknown error");
 }
 } // namespace
-
-ShortcutDataManager& ShortcutDataManager::shared() {
-    static ShortcutDataManager* store = new ShortcutDataManager(); // lives as long as the process
-    return *store;
-}
 
 ShortcutDataManager::ShortcutDataManager(const QString& settingsFile, QObject* parent)
     : QObject(parent),
@@ -154,7 +147,7 @@ void ShortcutDataManager::write(const char* key, const QByteArray& data) {
         return;
     const QString message = QStringLiteral("Could not save %1 to %2: %3")
                                 .arg(QLatin1String(key), settingsPath(), statusText(status));
-    Diagnostics::line(message);
+    qCWarning(lcStore).noquote() << message;
     emit saveFailed(message);
 }
 
@@ -165,7 +158,8 @@ void ShortcutDataManager::saveShortcuts() {
     write(shortcutsKey, *data);
     // Observers run after the action that saved has finished; the list they get is the one
     // current at delivery.
-    MainQueue::async([this] { postShortcutsUpdated(); }, this);
+    QMetaObject::invokeMethod(
+        this, [this] { emit shortcutsSaved(m_shortcuts); }, Qt::QueuedConnection);
 }
 
 void ShortcutDataManager::saveCategories() {
@@ -173,12 +167,6 @@ void ShortcutDataManager::saveCategories() {
     if (!data)
         return;
     write(categoriesKey, *data);
-}
-
-void ShortcutDataManager::postShortcutsUpdated() {
-    NotificationCenter::defaultCenter().post(
-        QLatin1String(shortcutsUpdatedNotification),
-        {{QStringLiteral("shortcuts"), QVariant::fromValue(m_shortcuts)}});
 }
 
 void ShortcutDataManager::loadShortcuts() {

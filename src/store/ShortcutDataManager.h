@@ -14,19 +14,15 @@ class QSettings;
 
 // The single owner of the snippet and category lists. Loads both from the user's settings
 // file when created, guarantees the default category, validates category names, writes a
-// list back after every change and announces every snippet save as "ShortcutsUpdated".
+// list back after every change and announces every snippet save with shortcutsSaved().
 //
 // Lists keep their stored order and are scanned from the front: the record with a given id is
 // always the first one with that id.
 class ShortcutDataManager : public QObject {
     Q_OBJECT
 public:
-    // The process-wide store, created and loaded on first use from
-    // $XDG_CONFIG_HOME/Typolet/Typolet.conf.
-    static ShortcutDataManager& shared();
-
     // A store over the given settings file (tests use their own); an empty path means the
-    // user's standard Typolet settings. Loads at once, like shared().
+    // user's standard $XDG_CONFIG_HOME/Typolet/Typolet.conf. Loads at once.
     explicit ShortcutDataManager(const QString& settingsFile = {}, QObject* parent = nullptr);
     ~ShortcutDataManager() override;
 
@@ -63,19 +59,20 @@ public:
 
     static constexpr const char* shortcutsKey = "Shortcuts";
     static constexpr const char* categoriesKey = "Categories";
-    static constexpr const char* shortcutsUpdatedNotification = "ShortcutsUpdated";
 
 signals:
     void shortcutsChanged();
     void categoriesChanged();
     // A write reached no disk; the in-memory lists keep the change.
     void saveFailed(const QString& message);
+    // After each snippet save, once the action that saved has finished; carries the list
+    // current at delivery.
+    void shortcutsSaved(const QList<Shortcut>& shortcuts);
 
 private:
     bool isDuplicateCategoryName(const QString& name, std::optional<QUuid> excluding) const;
     void setCategories(QList<CategoryRef> categories);
     void write(const char* key, const QByteArray& data);
-    void postShortcutsUpdated();
 
     std::unique_ptr<QSettings> m_settings;
     QList<Shortcut> m_shortcuts;

@@ -9,8 +9,6 @@
 #include "ElidedLabel.h"
 #include "FocusableTextField.h"
 #include "FormParts.h"
-#include "MainQueue.h"
-#include "NotificationCenter.h"
 #include "PlainButton.h"
 #include "ShortcutDataManager.h"
 #include "ShortcutDetailView.h"
@@ -28,6 +26,7 @@
 #include <QPushButton>
 #include <QScopedValueRollback>
 #include <QStackedWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <limits>
 
@@ -83,10 +82,6 @@ ContentView::ContentView(ShortcutDataManager& dataManager, QWidget* parent)
             &ContentView::shortcutsChanged);
     connect(m_categoryModel, &QAbstractItemModel::dataChanged, this,
             &ContentView::updateCategoryCounts);
-    // Nothing in Typolet posts "CategoryUpdated" today; whoever does later gets a view that
-    // picks up the current category objects.
-    NotificationCenter::defaultCenter().observe(QStringLiteral("CategoryUpdated"), this,
-                                                [this](const QVariantMap&) { categoryUpdated(); });
 
     rebuildCategoryRows();
     setSelectedCategory({});
@@ -362,15 +357,6 @@ void ContentView::shortcutsChanged() {
     syncShortcutSelection();
 }
 
-void ContentView::categoryUpdated() {
-    if (m_selectedCategory) {
-        if (CategoryRef current = m_dataManager.category(m_selectedCategory->id()))
-            setSelectedCategory(current);
-    }
-    updateCategoryCounts();
-    syncCategorySelection();
-}
-
 // ---- actions
 
 void ContentView::showEvent(QShowEvent* event) {
@@ -398,7 +384,7 @@ void ContentView::showAddCategorySheet() {
         m_dataManager,
         [this](const CategoryRef& category) {
             // Selected once the sheet has started closing.
-            MainQueue::async([this, category] { setSelectedCategory(category); }, this);
+            QTimer::singleShot(0, this, [this, category] { setSelectedCategory(category); });
         },
         window());
     m_addCategorySheet->setAttribute(Qt::WA_DeleteOnClose);

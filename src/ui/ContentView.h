@@ -96,7 +96,6 @@ private:
     void updateFromDetail();
     void categoriesChanged();
     void shortcutsChanged();
-    void categoryUpdated();
     void rebuildCategoryRows();
     void updateCategoryCounts();
     void syncCategorySelection();

@@ -4,7 +4,6 @@
 #include "FormBand.h"
 #include "FormParts.h"
 #include "InputFieldFrame.h"
-#include "MainQueue.h"
 #include "PlainButton.h"
 #include "ShortcutDataManager.h"
 #include "ToastView.h"
@@ -16,6 +15,7 @@
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QShortcut>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <limits>
 
@@ -204,8 +204,7 @@ void ShortcutDetailView::save() {
     setShowingToast(true);
     // Each save schedules its own hide; an earlier save's hide may end a later toast early,
     // which is fine for a confirmation that only says "it worked".
-    MainQueue::after(
-        toastDuration, [this] { setShowingToast(false); }, this);
+    QTimer::singleShot(int(toastDuration * 1000), this, [this] { setShowingToast(false); });
 }
 
 void ShortcutDetailView::setShowingToast(bool showing) {

@@ -101,7 +101,8 @@ private slots:
         QVERIFY(prepare(session, {{";addr", "12 Main Street, Springfield"}}));
         QVERIFY(type(session, QStringLiteral("to ;addr")));
         expectShown(session, QStringLiteral("to 12 Main Street, Springfield"));
-        QVERIFY(session.typoletOutput().contains(QStringLiteral("✅ Match found! ';addr' -> '")));
+        QVERIFY2(session.typoletOutput().contains(QStringLiteral("Match found: ';addr' -> '")),
+                 qPrintable(session.typoletOutput()));
     }
 
     void multiLineContentKeepsLineBreaksAndTabs() {
@@ -135,18 +136,20 @@ private slots:
 
     void heldShiftDoesNotChangeTheContent() {
         XSession session;
-        QVERIFY(prepare(session, {{";addr", "Hello World, 12 main street"}}));
+        QVERIFY(prepare(session, {{";X", "Hello World, 12 main street"}}));
+        // The command's capital is typed with Shift, which is still held while the content
+        // goes out: the content arrives as stored.
+        QVERIFY(keys(session, {"semicolon"}));
         QVERIFY(session.run(QStringLiteral("xdotool"),
                             {QStringLiteral("keydown"), QStringLiteral("Shift_L")}));
-        QVERIFY(keys(session, {"semicolon", "a", "d", "d", "r"}));
-        // The command itself was typed in capitals, then erased; the content is as stored.
+        QVERIFY(keys(session, {"x"}));
         expectShown(session, QStringLiteral("Hello World, 12 main street"));
+        // Still held, the user's next key is shifted; let go, the one after is plain.
+        QVERIFY(keys(session, {"y"}));
         QVERIFY(session.run(QStringLiteral("xdotool"),
                             {QStringLiteral("keyup"), QStringLiteral("Shift_L")}));
-        // Shift was pressed again after typing: the user's next key is still shifted until
-        // the user lets go, and plain afterwards.
-        QVERIFY(keys(session, {"x"}));
-        expectShown(session, QStringLiteral("Hello World, 12 main streetx"));
+        QVERIFY(keys(session, {"z"}));
+        expectShown(session, QStringLiteral("Hello World, 12 main streetYz"));
     }
 
     void contentEndingWithAnotherCommandDoesNotExpandAgain() {
@@ -157,7 +160,7 @@ private slots:
         // A key typed afterwards arrives after anything a second expansion would have posted.
         QVERIFY(keys(session, {"period"}));
         expectShown(session, QStringLiteral("see ;b2."));
-        QCOMPARE(session.typoletOutput().count(QStringLiteral("✅ Match found!")), 1);
+        QCOMPARE(session.typoletOutput().count(QStringLiteral("Match found:")), 1);
     }
 
     void longContentArrivesCompleteAndInOrder() {

@@ -139,9 +139,12 @@ void XSession::writeSnippets(const QList<std::pair<QString, QString>>& snippets)
 QString XSession::typoletOutput() const {
     if (!m_typolet)
         return {};
+    // The pipes are read by the event loop; a test that found its text at the first look
+    // has not run it since.
+    QCoreApplication::processEvents();
     // Read without consuming: keep everything seen so far in a property.
     QByteArray seen = m_typolet->property("seen").toByteArray();
-    seen += m_typolet->readAllStandardOutput();
+    seen += m_typolet->readAllStandardOutput() + m_typolet->readAllStandardError();
     m_typolet->setProperty("seen", seen);
     return QString::fromUtf8(seen);
 }
@@ -155,7 +158,7 @@ bool XSession::startTypolet() {
         if (m_typolet->state() == QProcess::NotRunning)
             return true;
         run(QStringLiteral("xdotool"), {QStringLiteral("key"), QStringLiteral("Escape")});
-        return waitFor([&] { return typoletOutput().contains(QLatin1String("Event received")); },
+        return waitFor([&] { return typoletOutput().contains(QLatin1String("Key down")); },
                        300);
     }, 60000);
     if (!listening || m_typolet->state() == QProcess::NotRunning) {

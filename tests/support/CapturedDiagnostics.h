@@ -1,9 +1,10 @@
 #pragma once
 
 #include <QStringList>
+#include <QtGlobal>
 
-// Collects the diagnostic lines written while it exists, with typed-key lines switched on or
-// off as the test asks; restores standard output afterwards.
+// Collects the messages of Typolet's logging categories written while it exists, with the
+// typed-text lines switched on or off as the test asks; puts the previous handler back after.
 class CapturedDiagnostics {
 public:
     explicit CapturedDiagnostics(bool typedLines = true);
@@ -12,4 +13,7 @@ public:
     CapturedDiagnostics& operator=(const CapturedDiagnostics&) = delete;
 
     QStringList lines;
+
+private:
+    QtMessageHandler m_previous = nullptr;
 };

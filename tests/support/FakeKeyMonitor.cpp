@@ -1,8 +1,6 @@
 #include "FakeKeyMonitor.h"
 
-#include "MainQueue.h"
-
-bool FakeKeyMonitor::start(KeyDownHandler handler) {
+bool FakeKeyMonitor::start(KeyHandler handler) {
     ++startCalls;
     if (!m_startSucceeds)
         return false;
@@ -10,24 +8,37 @@ bool FakeKeyMonitor::start(KeyDownHandler handler) {
     return true;
 }
 
-void FakeKeyMonitor::discardPendingKeys() {
-    ++discardCalls;
-    discarded += m_pending;
-    m_pending.clear();
+KeyMonitor::HoldResult FakeKeyMonitor::holdKeys(HeldKeyFilter onHeld) {
+    ++holds;
+    if (m_holding) {
+        m_heldAgain = true;
+        return {{}, true};
+    }
+    m_holding = true;
+    m_onHeld = std::move(onHeld);
+    return {std::exchange(m_slipped, {}), canHold};
 }
 
-void FakeKeyMonitor::press(uint32_t keyCode) {
-    if (m_handler)
-        m_handler(keyCode);
+void FakeKeyMonitor::releaseKeys() {
+    m_heldAgain = false;
+    while (!m_held.isEmpty() && !m_heldAgain)
+        m_handler(m_held.takeFirst());
+    if (!m_heldAgain)
+        m_holding = false;
 }
 
-void FakeKeyMonitor::arrive(uint32_t keyCode) {
-    m_pending.append(keyCode);
-    MainQueue::async([this] { deliverPending(); }, this);
+void FakeKeyMonitor::press(uint32_t keyCode, KeyboardState state, int repeats, bool uncertain) {
+    const KeyStroke stroke{keyCode, state, repeats, uncertain};
+    if (!m_holding || !canHold) {
+        if (m_handler)
+            m_handler(stroke);
+        return;
+    }
+    if (m_onHeld && !m_onHeld(stroke)) {
+        dropped.append(keyCode);
+        return;
+    }
+    m_held.append(stroke);
 }
 
-void FakeKeyMonitor::deliverPending() {
-    const QList<uint32_t> keys = std::exchange(m_pending, {});
-    for (const uint32_t key : keys)
-        press(key);
-}
+void FakeKeyMonitor::slip(uint32_t keyCode) { m_slipped.append(KeyStroke{keyCode, {}, 0, false}); }

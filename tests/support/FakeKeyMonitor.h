@@ -3,31 +3,35 @@
 #include "KeyMonitor.h"
 
 #include <QList>
-#include <QObject>
 
-// A key monitor driven by the test. press() is the user typing: the key is reported at once.
-// arrive() is a key the system produced that reaches the monitor a little later, as X events
-// do: it is reported from the event loop unless discardPendingKeys() drops it first.
-class FakeKeyMonitor : public QObject, public KeyMonitor {
-    Q_OBJECT
+// A key monitor driven by the test. press() is the user typing: outside a hold the key is
+// reported at once; while the engine holds the keyboard it is queued (and shown to the engine's
+// filter), and reported when the engine lets go. slip() is a key that reached the application
+// just before a hold began: the next holdKeys() hands it back.
+class FakeKeyMonitor : public KeyMonitor {
 public:
     explicit FakeKeyMonitor(bool startSucceeds = true) : m_startSucceeds(startSucceeds) {}
 
-    bool start(KeyDownHandler handler) override;
-    void discardPendingKeys() override;
+    bool start(KeyHandler handler) override;
+    HoldResult holdKeys(HeldKeyFilter onHeld) override;
+    void releaseKeys() override;
 
-    void press(uint32_t keyCode);
-    void arrive(uint32_t keyCode);
+    void press(uint32_t keyCode, KeyboardState state = {}, int repeats = 0,
+               bool uncertain = false);
+    void slip(uint32_t keyCode);
 
-    bool started() const { return static_cast<bool>(m_handler); }
+    bool canHold = true;
+    bool holding() const { return m_holding; }
     int startCalls = 0;
-    int discardCalls = 0;
-    QList<uint32_t> discarded;
+    int holds = 0;
+    QList<uint32_t> dropped; // held keys the engine kept from the application
 
 private:
-    void deliverPending();
-
     bool m_startSucceeds;
-    KeyDownHandler m_handler;
-    QList<uint32_t> m_pending;
+    bool m_holding = false;
+    bool m_heldAgain = false;
+    KeyHandler m_handler;
+    HeldKeyFilter m_onHeld;
+    QList<KeyStroke> m_held;
+    QList<KeyStroke> m_slipped;
 };

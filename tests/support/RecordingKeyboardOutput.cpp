@@ -1,5 +1,15 @@
 #include "RecordingKeyboardOutput.h"
 
-void RecordingKeyboardOutput::deleteCharacters(int count) { calls.append(deletion(count)); }
+#include <QTimer>
 
-void RecordingKeyboardOutput::insertText(const QString& text) { calls.append(insertion(text)); }
+void RecordingKeyboardOutput::perform(const Expansion& actions, std::function<void()> finished) {
+    performed.append(actions);
+    m_finished = std::move(finished);
+    if (finishAtOnce)
+        QTimer::singleShot(0, [this] { finish(); });
+}
+
+void RecordingKeyboardOutput::finish() {
+    if (auto finished = std::exchange(m_finished, {}))
+        finished();
+}

@@ -3,23 +3,20 @@
 #include "KeyboardOutput.h"
 
 #include <QList>
-#include <QString>
 
-// Records what the engine asked the keyboard to do, in order.
+// Records each expansion the engine asked for. It finishes each one on the next event-loop
+// turn, or, with `finishAtOnce` off, when the test calls finish().
 class RecordingKeyboardOutput : public KeyboardOutput {
 public:
-    struct Call {
-        enum Kind { Delete, Insert } kind;
-        int count = 0;
-        QString text;
-        friend bool operator==(const Call&, const Call&) = default;
-    };
+    void perform(const Expansion& actions, std::function<void()> finished) override;
+    void cancel() override { ++cancels; }
+    void finish();
 
-    void deleteCharacters(int count) override;
-    void insertText(const QString& text) override;
+    bool finishAtOnce = true;
+    bool busy() const { return static_cast<bool>(m_finished); }
+    QList<Expansion> performed;
+    int cancels = 0;
 
-    static Call deletion(int count) { return {Call::Delete, count, {}}; }
-    static Call insertion(const QString& text) { return {Call::Insert, 0, text}; }
-
-    QList<Call> calls;
+private:
+    std::function<void()> m_finished;
 };

@@ -18,11 +18,12 @@ struct Keyboard {
     CompiledKeymapSource source;
     KeyTranslator translator;
     uint32_t state = 0;
+    KeyboardState modifiers;
     explicit Keyboard(const QString& layout, const QString& variant = {},
                       const QString& locale = QStringLiteral("en_US.UTF-8"))
         : source(layout, variant), translator(source, locale) {}
     QString type(uint32_t keyCode) {
-        const auto text = translator.translateKeyCode(keyCode, state);
+        const auto text = translator.translateKeyCode(keyCode, modifiers, state);
         return text ? *text : QStringLiteral("<failed>");
     }
 };
@@ -45,6 +46,34 @@ private slots:
             {"us", "intl", keyE, "e"}, {"us", "", 8, ""}}; // keycode 8 carries nothing
         for (const auto& c : cases)
             QCOMPARE(Keyboard(c.layout, c.variant).type(c.keyCode), c.text);
+    }
+
+    void keysGiveTheLevelTheirModifiersAndLocksSelect() {
+        // Real modifier masks: Shift 1, Lock 2, Control 4, Mod2 (Num Lock) 16, Mod5 (level 3) 128.
+        constexpr uint32_t shift = 1, lock = 2, numLock = 16, levelThree = 128;
+        constexpr uint32_t keyKp1 = 87, keyKp2 = 88, keyComma = 59, keyQ2 = 24;
+        const struct {
+            const char* layout;
+            KeyboardState state;
+            uint32_t keyCode;
+            QString text;
+        } cases[] = {
+            {"us", {shift, 0, 0, 0}, keyA, "A"},         {"us", {0, 0, lock, 0}, keyA, "A"},
+            {"us", {shift, 0, lock, 0}, keyA, "a"},      {"us", {0, 0, lock, 0}, key1, "1"},
+            {"us", {shift, 0, 0, 0}, keySemicolon, ":"}, {"us", {0, shift, 0, 0}, keyA, "A"},
+            {"us", {0, 0, numLock, 0}, keyKp1, "1"},     {"us", {0, 0, numLock, 0}, keyKp2, "2"},
+            {"de", {shift, 0, 0, 0}, keyComma, ";"},     {"de", {shift, 0, 0, 0}, keyY, "Z"},
+            {"de", {levelThree, 0, 0, 0}, keyQ2, "@"},   {"fr", {shift, 0, 0, 0}, key1, "1"},
+            {"fr", {0, 0, lock, 0}, key2, "É"}};
+        for (const auto& c : cases) {
+            Keyboard keyboard(c.layout);
+            keyboard.modifiers = c.state;
+            QCOMPARE(keyboard.type(c.keyCode), c.text);
+        }
+        Keyboard keyboard("us");
+        QCOMPARE(keyboard.type(keyKp1), QString()); // Num Lock off: an arrow key, no text
+        keyboard.modifiers = {4, 0, 0, 0};           // Control+A is a command, not text
+        QCOMPARE(keyboard.type(keyA), QString(QChar(KeyTranslator::chordText)));
     }
 
     void editingAndNavigationKeysGiveFixedTexts() {
@@ -86,9 +115,9 @@ private slots:
     void aNewGroupOrKeymapIsUsedFromTheNextKey() {
         Keyboard keyboard("us,de");
         QCOMPARE(keyboard.type(keyY), "y");
-        keyboard.source.setGroup(1);
+        keyboard.modifiers.group = 1; // the group travels with each key's state
         QCOMPARE(keyboard.type(keyY), "z");
-        keyboard.source.setGroup(0);
+        keyboard.modifiers.group = 0;
         QCOMPARE(keyboard.type(keyY), "y");
         QVERIFY(keyboard.source.load("fr"));
         QCOMPARE(keyboard.type(keyQ), "a");
@@ -112,12 +141,12 @@ private slots:
         };)")));
         CapturedDiagnostics diagnostics;
         QCOMPARE(keyboard.type(10), "<failed>"); // a keysym naming a surrogate
-        QCOMPARE(diagnostics.lines.last(), "❌ Failed to convert char");
+        QCOMPARE(diagnostics.lines.last(), "Key gives no character");
         QCOMPARE(keyboard.type(11), "x");
         keyboard.source.unload();
         diagnostics.lines.clear();
         QCOMPARE(keyboard.type(keyA), "<failed>");
-        QCOMPARE(diagnostics.lines, QStringList{"❌ Failed to get keyboard layout"});
+        QCOMPARE(diagnostics.lines, QStringList{"No keyboard layout available"});
     }
 };
 

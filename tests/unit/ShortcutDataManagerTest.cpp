@@ -1,6 +1,5 @@
 #include "ShortcutDataManager.h"
 #include "CapturedDiagnostics.h"
-#include "NotificationCenter.h"
 #include "RecordCodec.h"
 #include "TemporarySettings.h"
 
@@ -16,15 +15,13 @@ QByteArray categoriesJson(const QList<CategoryRef>& categories) {
     return *RecordCodec::encodeCategories(categories);
 }
 
-// Keeps the list each "ShortcutsUpdated" post carried.
+// Keeps the list each shortcutsSaved() announcement carried.
 struct UpdateRecorder {
     QObject context;
     QList<QList<Shortcut>> lists;
-    UpdateRecorder() {
-        NotificationCenter::defaultCenter().observe(
-            "ShortcutsUpdated", &context, [this](const QVariantMap& info) {
-                lists.append(info.value("shortcuts").value<QList<Shortcut>>());
-            });
+    explicit UpdateRecorder(ShortcutDataManager& store) {
+        QObject::connect(&store, &ShortcutDataManager::shortcutsSaved, &context,
+                         [this](const QList<Shortcut>& saved) { lists.append(saved); });
     }
 };
 
@@ -84,9 +81,9 @@ private slots:
             settings.write("Shortcuts", stored);
             settings.write("Categories", stored);
         }
-        UpdateRecorder updates;
         {
             ShortcutDataManager store(settings.path());
+            UpdateRecorder updates(store);
             QVERIFY(store.shortcuts().isEmpty());
             QCOMPARE(store.categories().size(), 1);
             QCOMPARE(store.categories().at(0)->id(), kDefault);
@@ -151,8 +148,8 @@ private slots:
 
     void deletingACategoryTakesItsSnippetsAndAnnouncesOnce() {
         TemporarySettings settings;
-        UpdateRecorder updates;
         ShortcutDataManager store(settings.path());
+        UpdateRecorder updates(store);
         QVERIFY(!store.addCategory("Work"));
         const CategoryRef work = store.categories().at(1);
         store.appendShortcut(Shortcut::create(";a", "a", work->id()));
@@ -200,8 +197,8 @@ private slots:
 
     void directChangesBumpTheRevisionAndSavesAnnounceTheListAtDelivery() {
         TemporarySettings settings;
-        UpdateRecorder updates;
         ShortcutDataManager store(settings.path());
+        UpdateRecorder updates(store);
         QSignalSpy changed(&store, &ShortcutDataManager::shortcutsChanged);
         quint64 revision = store.shortcutsRevision();
         const Shortcut a = Shortcut::create(";a", "a", kDefault);

@@ -1,6 +1,6 @@
 #include "X11ConnectionLoss.h"
 
-#include "Diagnostics.h"
+#include "Logging.h"
 
 #include <X11/Xlib.h>
 #include <atomic>
@@ -15,10 +15,10 @@ int onIoError(Display*) { X11ConnectionLoss::end(); }
 int onRequestError(Display* display, XErrorEvent* error) {
     char text[160] = {};
     XGetErrorText(display, error->error_code, text, sizeof text);
-    Diagnostics::line(QStringLiteral("X11 request %1.%2 refused: %3")
+    qCWarning(lcEngine).noquote() << QStringLiteral("X11 request %1.%2 refused: %3")
                           .arg(error->request_code)
                           .arg(error->minor_code)
-                          .arg(QString::fromLocal8Bit(text)));
+                          .arg(QString::fromLocal8Bit(text));
     return 0;
 }
 } // namespace
@@ -31,7 +31,7 @@ void X11ConnectionLoss::installHandlers() {
 void X11ConnectionLoss::end() {
     static std::atomic<bool> written{false};
     if (!written.exchange(true))
-        Diagnostics::line(QString::fromUtf8(message));
+        qCCritical(lcEngine).noquote() << QString::fromUtf8(message);
     // Nothing useful can run without the server, and destructors would talk to it.
     std::_Exit(1);
 }

@@ -6,13 +6,30 @@
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 #include <X11/extensions/XInput2.h>
+#include <X11/extensions/XTest.h>
+
+namespace {
+constexpr unsigned int stateComponents =
+    XkbModifierStateMask | XkbModifierBaseMask | XkbModifierLatchMask | XkbModifierLockMask |
+    XkbGroupStateMask | XkbGroupBaseMask | XkbGroupLatchMask | XkbGroupLockMask;
+
+bool hasKeys(const XIDeviceInfo& device) {
+    for (int i = 0; i < device.num_classes; ++i)
+        if (device.classes[i]->type == XIKeyClass)
+            return true;
+    return false;
+}
+} // namespace
 
 X11KeyMonitor::X11KeyMonitor(QObject* parent) : QObject(parent) {}
 
 X11KeyMonitor::~X11KeyMonitor() {
     m_notifier.reset();
-    if (m_display)
-        XCloseDisplay(m_display);
+    if (!m_display)
+        return;
+    for (const int device : std::as_const(m_grabbed))
+        XIUngrabDevice(m_display, device, CurrentTime);
+    XCloseDisplay(m_display);
 }
 
 void X11KeyMonitor::setKeymapChangedHandler(std::function<void()> handler) {
@@ -23,7 +40,12 @@ void X11KeyMonitor::setGroupChangedHandler(std::function<void(uint32_t)> handler
     m_groupChanged = std::move(handler);
 }
 
-bool X11KeyMonitor::start(KeyDownHandler handler) {
+void X11KeyMonitor::noteSyntheticKeysDown(const QList<uint32_t>& keyCodes) {
+    for (const uint32_t code : keyCodes)
+        m_syntheticDown.insert(code);
+}
+
+bool X11KeyMonitor::start(KeyHandler handler) {
     if (m_display)
         return false; // started once already
     m_display = XOpenDisplay(nullptr);
@@ -32,7 +54,7 @@ bool X11KeyMonitor::start(KeyDownHandler handler) {
     X11ConnectionLoss::installHandlers();
 
     int event = 0, error = 0;
-    // 2.2 asks for raw events even while another client holds a grab; 2.0 is enough otherwise.
+    // 2.2 delivers raw events to us while another client (or we) hold a grab.
     int major = 2, minor = 2;
     if (!XQueryExtension(m_display, "XInputExtension", &m_xiOpcode, &event, &error) ||
         XIQueryVersion(m_display, &major, &minor) != Success || major < 2) {
@@ -41,68 +63,351 @@ bool X11KeyMonitor::start(KeyDownHandler handler) {
         return false;
     }
 
-    unsigned char mask[XIMaskLen(XI_LASTEVENT)] = {};
-    XISetMask(mask, XI_RawKeyPress);
-    XIEventMask eventMask{XIAllMasterDevices, sizeof mask, mask};
-    XISelectEvents(m_display, DefaultRootWindow(m_display), &eventMask, 1);
+    unsigned char keyMask[XIMaskLen(XI_LASTEVENT)] = {};
+    XISetMask(keyMask, XI_RawKeyPress);
+    XISetMask(keyMask, XI_RawKeyRelease);
+    unsigned char hierarchyMask[XIMaskLen(XI_LASTEVENT)] = {};
+    XISetMask(hierarchyMask, XI_HierarchyChanged);
+    XIEventMask masks[] = {{XIAllMasterDevices, sizeof keyMask, keyMask},
+                           {XIAllDevices, sizeof hierarchyMask, hierarchyMask}};
+    XISelectEvents(m_display, DefaultRootWindow(m_display), masks, 2);
 
     int xkbOpcode = 0, xkbError = 0, xkbMajor = XkbMajorVersion, xkbMinor = XkbMinorVersion;
     if (XkbQueryExtension(m_display, &xkbOpcode, &m_xkbEventType, &xkbError, &xkbMajor,
                           &xkbMinor)) {
-        XkbSelectEvents(m_display, XkbUseCoreKbd, XkbNewKeyboardNotifyMask | XkbMapNotifyMask,
-                        XkbNewKeyboardNotifyMask | XkbMapNotifyMask);
-        XkbSelectEventDetails(m_display, XkbUseCoreKbd, XkbStateNotify, XkbGroupStateMask,
-                              XkbGroupStateMask);
+        const unsigned int wanted =
+            XkbNewKeyboardNotifyMask | XkbMapNotifyMask | XkbControlsNotifyMask;
+        XkbSelectEvents(m_display, XkbUseCoreKbd, wanted, wanted);
     } else {
         m_xkbEventType = -1;
     }
+    scanDevices();
     XSync(m_display, False);
 
     m_keyDown = std::move(handler);
     m_notifier = std::make_unique<QSocketNotifier>(ConnectionNumber(m_display),
                                                    QSocketNotifier::Read);
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] { readEvents(true); });
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] { readEvents(); });
     // Events read while setting up would not wake the notifier.
-    readEvents(true);
+    readEvents();
     return true;
 }
 
-void X11KeyMonitor::discardPendingKeys() {
-    if (!m_display)
-        return;
-    // The round trip puts every event the server has produced so far into our queue.
-    XSync(m_display, False);
-    readEvents(false);
+void X11KeyMonitor::scanDevices() {
+    int clientPointer = 0;
+    XIGetClientPointer(m_display, None, &clientPointer);
+    int count = 0;
+    XIDeviceInfo* devices = XIQueryDevice(m_display, XIAllDevices, &count);
+    m_coreKeyboard = -1;
+    for (int i = 0; i < count; ++i)
+        if (devices[i].deviceid == clientPointer)
+            m_coreKeyboard = devices[i].attachment;
+    // The server names the XTEST devices after their master: "Virtual core keyboard" has
+    // "Virtual core XTEST keyboard". Ours belongs to the master our connection types through.
+    QByteArray ownXtestName;
+    for (int i = 0; i < count; ++i) {
+        if (devices[i].deviceid != m_coreKeyboard)
+            continue;
+        ownXtestName = QByteArray(devices[i].name);
+        if (ownXtestName.endsWith(" keyboard"))
+            ownXtestName.chop(9);
+        ownXtestName += " XTEST keyboard";
+    }
+    m_ownXtestKeyboard = -1;
+    m_userKeyboards.clear();
+    for (int i = 0; i < count; ++i) {
+        const XIDeviceInfo& device = devices[i];
+        if (device.use == XIMasterKeyboard) {
+            if (m_xkbEventType >= 0) {
+                XkbSelectEventDetails(m_display, device.deviceid, XkbStateNotify,
+                                      stateComponents, stateComponents);
+                XkbStateRec state{};
+                if (XkbGetState(m_display, device.deviceid, &state) == Success)
+                    m_stateOfMaster.insert(device.deviceid,
+                                           KeyboardState{state.base_mods, state.latched_mods,
+                                                         state.locked_mods, state.group});
+            }
+        } else if (QByteArray(device.name) == ownXtestName) {
+            m_ownXtestKeyboard = device.deviceid;
+        } else if (device.use == XISlaveKeyboard ||
+                   (device.use == XIFloatingSlave && hasKeys(device))) {
+            // Floating ones too: a device we grab floats for the length of the grab.
+            m_userKeyboards.append(device.deviceid);
+        }
+    }
+    XIFreeDeviceInfo(devices);
+    m_controls.clear();
 }
 
-void X11KeyMonitor::readEvents(bool deliverKeys) {
+const X11KeyMonitor::RepeatControls& X11KeyMonitor::controlsOf(int device) {
+    auto found = m_controls.constFind(device);
+    if (found != m_controls.cend())
+        return *found;
+    RepeatControls controls;
+    if (m_xkbEventType >= 0) {
+        if (XkbDescPtr desc = XkbGetMap(m_display, 0, static_cast<unsigned>(device))) {
+            if (XkbGetControls(m_display, XkbAllControlsMask, desc) == Success && desc->ctrls) {
+                controls.enabled = desc->ctrls->enabled_ctrls & XkbRepeatKeysMask;
+                controls.delayMs = desc->ctrls->repeat_delay;
+                controls.intervalMs = std::max<int>(1, desc->ctrls->repeat_interval);
+                for (uint32_t code = 8; code < 256; ++code)
+                    if (desc->ctrls->per_key_repeat[code / 8] & (1 << (code % 8)))
+                        controls.repeatingKeys.insert(code);
+            }
+            XkbFreeKeyboard(desc, XkbAllComponentsMask, True);
+        }
+    }
+    return *m_controls.insert(device, controls);
+}
+
+void X11KeyMonitor::readEvents() {
     // XPending reads the socket, so a dead server surfaces here as an I/O error.
     while (XPending(m_display) > 0) {
         XEvent event;
         XNextEvent(m_display, &event);
-        if (event.type == GenericEvent && event.xcookie.extension == m_xiOpcode) {
-            if (!XGetEventData(m_display, &event.xcookie))
-                continue;
-            uint32_t keyCode = 0;
-            if (event.xcookie.evtype == XI_RawKeyPress)
-                keyCode = static_cast<uint32_t>(static_cast<XIRawEvent*>(event.xcookie.data)->detail);
+        process(event);
+    }
+}
+
+void X11KeyMonitor::process(XEvent& event) {
+    if (event.type == GenericEvent && event.xcookie.extension == m_xiOpcode) {
+        if (!XGetEventData(m_display, &event.xcookie))
+            return;
+        const int type = event.xcookie.evtype;
+        void* data = event.xcookie.data;
+        if (type == XI_RawKeyPress || type == XI_RawKeyRelease) {
+            const auto* raw = static_cast<const XIRawEvent*>(data);
+            const int master = raw->deviceid, source = raw->sourceid;
+            const auto keyCode = static_cast<uint32_t>(raw->detail);
+            const unsigned long time = raw->time;
             XFreeEventData(m_display, &event.xcookie);
-            if (keyCode != 0 && deliverKeys && m_keyDown)
-                m_keyDown(keyCode);
-        } else if (m_xkbEventType >= 0 && event.type == m_xkbEventType) {
-            const auto& xkb = reinterpret_cast<const XkbEvent&>(event);
-            if (xkb.any.xkb_type == XkbStateNotify) {
-                if (m_groupChanged)
-                    m_groupChanged(static_cast<uint32_t>(xkb.state.group));
-            } else if (xkb.any.xkb_type == XkbMapNotify ||
-                       xkb.any.xkb_type == XkbNewKeyboardNotify) {
-                if (m_keymapChanged)
-                    m_keymapChanged();
-            }
-        } else if (event.type == MappingNotify) {
-            XRefreshKeyboardMapping(&event.xmapping);
+            rawKey(master, source, keyCode, time, type == XI_RawKeyPress);
+            return;
+        }
+        if (type == XI_KeyPress || type == XI_KeyRelease) {
+            heldKey(data, type == XI_KeyPress);
+        } else if (type == XI_HierarchyChanged) {
+            scanDevices();
+        }
+        XFreeEventData(m_display, &event.xcookie);
+    } else if (m_xkbEventType >= 0 && event.type == m_xkbEventType) {
+        const auto& xkb = reinterpret_cast<const XkbEvent&>(event);
+        if (xkb.any.xkb_type == XkbStateNotify) {
+            const XkbStateNotifyEvent& state = xkb.state;
+            m_stateOfMaster.insert(state.device,
+                                   KeyboardState{uint32_t(state.base_mods),
+                                                 uint32_t(state.latched_mods),
+                                                 uint32_t(state.locked_mods),
+                                                 uint32_t(state.group)});
+            if (state.device == m_coreKeyboard && (state.changed & XkbGroupStateMask) &&
+                m_groupChanged)
+                m_groupChanged(static_cast<uint32_t>(state.group));
+        } else if (xkb.any.xkb_type == XkbControlsNotify) {
+            m_controls.clear();
+        } else if (xkb.any.xkb_type == XkbMapNotify ||
+                   xkb.any.xkb_type == XkbNewKeyboardNotify) {
             if (m_keymapChanged)
                 m_keymapChanged();
         }
+    } else if (event.type == MappingNotify) {
+        XRefreshKeyboardMapping(&event.xmapping);
+        if (m_keymapChanged)
+            m_keymapChanged();
     }
+}
+
+void X11KeyMonitor::rawKey(int master, int source, uint32_t keyCode, unsigned long time,
+                           bool press) {
+    if (source == m_ownXtestKeyboard && m_ownOutput)
+        return; // Typolet's own typing or replay
+    if (!press && source != m_ownXtestKeyboard && m_syntheticDown.remove(keyCode)) {
+        // The user let go of a modifier we had pressed again for them: let go of ours too.
+        XTestFakeKeyEvent(m_display, keyCode, False, CurrentTime);
+        XFlush(m_display);
+    }
+    const RepeatControls& controls = controlsOf(source);
+    const bool repeats = controls.enabled && controls.repeatingKeys.contains(keyCode);
+    if (!press) {
+        if (m_repeating.value(source).keyCode == keyCode)
+            stopRepeating(source, time);
+        return;
+    }
+    // The server repeats only the last repeating key pressed on a device.
+    if (repeats)
+        stopRepeating(source, time);
+    KeyStroke stroke;
+    stroke.keyCode = keyCode;
+    stroke.state = m_stateOfMaster.value(master);
+    if (repeats)
+        m_repeating.insert(source, Repeating{keyCode, time, stroke});
+    report(stroke);
+}
+
+void X11KeyMonitor::stopRepeating(int source, unsigned long time) {
+    const auto found = m_repeating.constFind(source);
+    if (found == m_repeating.cend())
+        return;
+    const Repeating repeating = *found;
+    m_repeating.erase(found);
+    const RepeatControls& controls = controlsOf(source);
+    const long held = static_cast<long>(time - repeating.since);
+    const long afterDelay = held - controls.delayMs;
+    if (afterDelay < 0)
+        return;
+    const int repeats = 1 + static_cast<int>(afterDelay / controls.intervalMs);
+    // The server's repeat timer only ever fires late, and more so the longer it runs: a release
+    // shortly after a repeat was due may have come before it.
+    const long sinceLastDue = afterDelay % controls.intervalMs;
+    KeyStroke stroke = repeating.stroke;
+    stroke.repeats = repeats;
+    stroke.repeatCountUncertain = sinceLastDue <= 5 + 2L * repeats;
+    report(stroke);
+}
+
+void X11KeyMonitor::report(const KeyStroke& stroke) {
+    if (m_slipped)
+        m_slipped->append(stroke);
+    else if (m_keyDown)
+        m_keyDown(stroke);
+}
+
+KeyMonitor::HoldResult X11KeyMonitor::holdKeys(HeldKeyFilter onHeld) {
+    HoldResult result;
+    if (m_holding || m_ownOutput) {
+        // Another expansion while the last one's keys are being let go: hold on.
+        m_heldAgain = true;
+        result.holding = m_holding;
+        return result;
+    }
+    m_ownOutput = true;
+    m_onHeld = std::move(onHeld);
+    unsigned char mask[XIMaskLen(XI_LASTEVENT)] = {};
+    XISetMask(mask, XI_KeyPress);
+    XISetMask(mask, XI_KeyRelease);
+    bool grabbed = true;
+    for (const int device : std::as_const(m_userKeyboards)) {
+        XIEventMask eventMask{device, sizeof mask, mask};
+        // A round trip: when it returns, every key the server handled before is in our queue.
+        if (XIGrabDevice(m_display, device, DefaultRootWindow(m_display), CurrentTime, None,
+                         XIGrabModeAsync, XIGrabModeAsync, False, &eventMask) != Success) {
+            grabbed = false;
+            break;
+        }
+        m_grabbed.append(device);
+    }
+    if (!grabbed) {
+        for (const int device : std::as_const(m_grabbed))
+            XIUngrabDevice(m_display, device, CurrentTime);
+        m_grabbed.clear();
+    }
+    m_holding = grabbed;
+    m_heldAgain = false;
+    result.holding = grabbed;
+    m_slipped = &result.slipped;
+    while (XEventsQueued(m_display, QueuedAlready) > 0) {
+        XEvent event;
+        XNextEvent(m_display, &event);
+        process(event);
+    }
+    m_slipped = nullptr;
+    return result;
+}
+
+void X11KeyMonitor::heldKey(const void* deviceEvent, bool press) {
+    const auto* event = static_cast<const XIDeviceEvent*>(deviceEvent);
+    const auto keyCode = static_cast<uint32_t>(event->detail);
+    HeldEvent held;
+    held.press = press;
+    held.stroke.keyCode = keyCode;
+    held.stroke.state = KeyboardState{uint32_t(event->mods.base), uint32_t(event->mods.latched),
+                                      uint32_t(event->mods.locked),
+                                      uint32_t(event->group.effective)};
+    if (m_droppedPresses.contains(keyCode)) {
+        if (!press)
+            m_droppedPresses.remove(keyCode);
+        return; // the repeats and the release of a key kept from the application
+    }
+    if (press && m_onHeld && !m_onHeld(held.stroke)) {
+        m_droppedPresses.insert(keyCode);
+        return;
+    }
+    m_held.append(held);
+    if (!m_holding)
+        replayHeld(); // it came in just before the grab ended: let it go at once
+}
+
+void X11KeyMonitor::replayHeld() {
+    m_replaying = true;
+    while (!m_held.isEmpty() && !m_heldAgain) {
+        const HeldEvent held = m_held.takeFirst();
+        XTestFakeKeyEvent(m_display, held.stroke.keyCode, held.press, CurrentTime);
+        if (!held.press) {
+            m_replayedDown.remove(held.stroke.keyCode);
+            continue;
+        }
+        m_replayedDown.insert(held.stroke.keyCode);
+        // In the application before anything the report may make Typolet type.
+        XSync(m_display, False);
+        report(held.stroke);
+    }
+    XFlush(m_display);
+    m_replaying = false;
+}
+
+void X11KeyMonitor::releaseKeys() {
+    m_heldAgain = false;
+    if (m_holding) {
+        for (;;) {
+            replayHeld();
+            if (m_heldAgain)
+                return; // a held key started another expansion; the rest wait for it
+            // Keys that arrived while replaying.
+            XSync(m_display, False);
+            while (XEventsQueued(m_display, QueuedAlready) > 0 && !m_heldAgain) {
+                XEvent event;
+                XNextEvent(m_display, &event);
+                process(event);
+            }
+            if (m_held.isEmpty())
+                break;
+        }
+        for (const int device : std::as_const(m_grabbed))
+            XIUngrabDevice(m_display, device, CurrentTime);
+        m_grabbed.clear();
+        m_holding = false;
+    }
+    endOwnOutput();
+}
+
+void X11KeyMonitor::endOwnOutput() {
+    // Keys replayed and still down: a key the user still holds must not repeat from our device;
+    // a modifier stays down for the user until they let go of theirs.
+    XModifierKeymap* modifiers = XGetModifierMapping(m_display);
+    for (const uint32_t code : std::as_const(m_replayedDown)) {
+        bool isModifier = false;
+        for (int i = 0; modifiers && i < 8 * modifiers->max_keypermod; ++i)
+            isModifier = isModifier || modifiers->modifiermap[i] == code;
+        if (isModifier)
+            m_syntheticDown.insert(code);
+        else
+            XTestFakeKeyEvent(m_display, code, False, CurrentTime);
+    }
+    if (modifiers)
+        XFreeModifiermap(modifiers);
+    m_replayedDown.clear();
+    // Our own keys that the server has handled are in the queue now and are left out; anything
+    // else found there is reported once our device counts as the user's again.
+    XSync(m_display, False);
+    QList<KeyStroke> afterwards;
+    m_slipped = &afterwards;
+    while (XEventsQueued(m_display, QueuedAlready) > 0) {
+        XEvent event;
+        XNextEvent(m_display, &event);
+        process(event);
+    }
+    m_slipped = nullptr;
+    m_ownOutput = false;
+    m_onHeld = {};
+    for (const KeyStroke& stroke : std::as_const(afterwards))
+        report(stroke);
 }

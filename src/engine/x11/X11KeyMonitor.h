@@ -2,39 +2,102 @@
 
 #include "KeyMonitor.h"
 
+#include <QHash>
+#include <QList>
 #include <QObject>
+#include <QSet>
 #include <memory>
 
 class QSocketNotifier;
 typedef struct _XDisplay Display;
+union _XEvent;
+typedef union _XEvent XEvent;
 
 // Watches key presses in every application through XInput2 raw key events on its own Xlib
-// connection, read on the main thread when the connection's socket has data. It is passive:
-// nothing is grabbed, every key reaches the focused application unchanged.
+// connection, read on the main thread when the connection's socket has data. Outside an
+// expansion nothing is grabbed: every key reaches the focused application unchanged.
 //
-// The same connection receives the XKB events that say the keymap or the layout group changed;
-// they are passed on in the order the server sent them, so each key is read with the group that
-// was active when it was pressed.
+// Raw events carry no auto-repeat, but the application receives the repeats of a held key;
+// they are recovered from the press and release times and the device's repeat rate, and
+// reported when the key stops repeating.
+//
+// Each key is read with the modifier and lock state of its master keyboard, which the XKB
+// state events on the same connection keep current, in the order the server sent them.
+//
+// While an expansion runs, every keyboard except Typolet's own XTEST device is grabbed (a
+// grabbed device is detached from its master, so the user's keys neither reach applications
+// nor change the modifiers Typolet types with); the keys are queued and replayed through XTEST
+// afterwards. Events of Typolet's XTEST device are not reported while it is typing.
 class X11KeyMonitor : public QObject, public KeyMonitor {
     Q_OBJECT
 public:
     explicit X11KeyMonitor(QObject* parent = nullptr);
     ~X11KeyMonitor() override;
 
-    bool start(KeyDownHandler handler) override;
-    void discardPendingKeys() override;
+    bool start(KeyHandler handler) override;
+    HoldResult holdKeys(HeldKeyFilter onHeld) override;
+    void releaseKeys() override;
 
     void setKeymapChangedHandler(std::function<void()> handler);
     void setGroupChangedHandler(std::function<void(uint32_t)> handler);
 
+    // Keys that Typolet's XTEST device was left holding (modifiers pressed again for the user):
+    // released through it as soon as the user lets go of them, so the device never keeps a key
+    // down that the user no longer holds.
+    void noteSyntheticKeysDown(const QList<uint32_t>& keyCodes);
+
 private:
-    void readEvents(bool deliverKeys);
+    struct RepeatControls {
+        bool enabled = false;
+        int delayMs = 660;
+        int intervalMs = 40;
+        QSet<uint32_t> repeatingKeys;
+    };
+    struct Repeating {
+        uint32_t keyCode = 0;
+        unsigned long since = 0;
+        KeyStroke stroke;
+    };
+    struct HeldEvent {
+        bool press = false;
+        KeyStroke stroke;
+    };
+
+    void readEvents();
+    void process(XEvent& event);
+    void rawKey(int master, int source, uint32_t keyCode, unsigned long time, bool press);
+    void heldKey(const void* deviceEvent, bool press);
+    void report(const KeyStroke& stroke);
+    void stopRepeating(int source, unsigned long time);
+    const RepeatControls& controlsOf(int device);
+    void scanDevices();
+    void replayHeld();
+    void endOwnOutput();
 
     Display* m_display = nullptr;
     int m_xiOpcode = 0;
     int m_xkbEventType = -1;
     std::unique_ptr<QSocketNotifier> m_notifier;
-    KeyDownHandler m_keyDown;
+    KeyHandler m_keyDown;
     std::function<void()> m_keymapChanged;
     std::function<void(uint32_t)> m_groupChanged;
+
+    int m_coreKeyboard = -1;
+    int m_ownXtestKeyboard = -1;
+    QList<int> m_userKeyboards; // slave keyboards that are not ours
+    QHash<int, KeyboardState> m_stateOfMaster;
+    QHash<int, RepeatControls> m_controls;
+    QHash<int, Repeating> m_repeating; // by source device
+
+    bool m_ownOutput = false; // our XTEST device is typing: its keys are not the user's
+    bool m_holding = false;
+    bool m_replaying = false;
+    bool m_heldAgain = false;
+    QList<int> m_grabbed;
+    QList<HeldEvent> m_held;
+    QSet<uint32_t> m_droppedPresses; // held key-downs the engine kept from the application
+    HeldKeyFilter m_onHeld;
+    QList<KeyStroke>* m_slipped = nullptr; // while a hold begins: where keys are reported
+    QSet<uint32_t> m_syntheticDown;
+    QSet<uint32_t> m_replayedDown;
 };

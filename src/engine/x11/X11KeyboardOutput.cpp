@@ -1,9 +1,9 @@
 #include "X11KeyboardOutput.h"
 
-#include "Diagnostics.h"
+#include "Logging.h"
 #include "X11KeymapSource.h"
 
-#include <QThread>
+#include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
@@ -13,9 +13,16 @@ X11KeyboardOutput::X11KeyboardOutput(X11KeymapSource& keymaps, QObject* parent)
     m_restoreTimer.setSingleShot(true);
     m_restoreTimer.setInterval(restoreDelayMs);
     connect(&m_restoreTimer, &QTimer::timeout, this, [this] { restoreSpareKeyCodes(); });
+    m_stepTimer.setSingleShot(true);
+    connect(&m_stepTimer, &QTimer::timeout, this, [this] { step(); });
 }
 
 X11KeyboardOutput::~X11KeyboardOutput() {
+    if (m_job) {
+        m_job->cancelled = true;
+        m_job->finished = nullptr;
+        finish();
+    }
     restoreSpareKeyCodes();
     if (m_display)
         XCloseDisplay(m_display);
@@ -32,6 +39,11 @@ bool X11KeyboardOutput::open() {
     return true;
 }
 
+void X11KeyboardOutput::setKeysLeftDownHandler(
+    std::function<void(const QList<uint32_t>&)> handler) {
+    m_keysLeftDown = std::move(handler);
+}
+
 void X11KeyboardOutput::tap(uint32_t keyCode) {
     XTestFakeKeyEvent(m_display, keyCode, True, CurrentTime);
     XTestFakeKeyEvent(m_display, keyCode, False, CurrentTime);
@@ -46,86 +58,152 @@ QList<uint32_t> X11KeyboardOutput::releaseHeldModifiers() {
         return released;
     for (int i = 0; i < 8 * modifiers->max_keypermod; ++i) {
         const KeyCode code = modifiers->modifiermap[i];
-        // Lock keys (Caps Lock, Num Lock) are latched, not held: releasing them changes nothing.
-        if (code == 0 || i / modifiers->max_keypermod == LockMapIndex || released.contains(code))
+        if (code == 0 || released.contains(code))
+            continue;
+        // A lock key held down is left alone: pressing it again would toggle its lock.
+        const KeySym keysym = XkbKeycodeToKeysym(m_display, code, 0, 0);
+        if (keysym == XK_Caps_Lock || keysym == XK_Shift_Lock || keysym == XK_Num_Lock ||
+            keysym == XK_ISO_Level3_Lock || keysym == XK_ISO_Level5_Lock || keysym == XK_ISO_Lock)
             continue;
         if (keys[code / 8] & (1 << (code % 8))) {
             XTestFakeKeyEvent(m_display, code, False, CurrentTime);
             released.append(code);
         }
     }
+    // Other keys still down on our own device (the command's last key, sent by another XTest
+    // client): pressing them again would be read as a repeat and dropped, so let them up
+    // first. The server ignores the release for a key that only another device holds.
+    for (int code = 8; code < 256; ++code) {
+        if (!(keys[code / 8] & (1 << (code % 8))))
+            continue;
+        bool isModifier = false;
+        for (int i = 0; i < 8 * modifiers->max_keypermod && !isModifier; ++i)
+            isModifier = modifiers->modifiermap[i] == code;
+        if (!isModifier)
+            XTestFakeKeyEvent(m_display, static_cast<unsigned>(code), False, CurrentTime);
+    }
     XFreeModifiermap(modifiers);
     return released;
 }
 
-void X11KeyboardOutput::pressAgain(const QList<uint32_t>& keyCodes) {
-    for (const uint32_t code : keyCodes)
-        XTestFakeKeyEvent(m_display, code, True, CurrentTime);
-}
-
-void X11KeyboardOutput::deleteCharacters(int count) {
-    if (!open())
-        return;
-    const KeyCode backspace = XKeysymToKeycode(m_display, XK_BackSpace);
-    if (backspace == 0)
-        return;
-    const QList<uint32_t> held = releaseHeldModifiers();
-    for (int i = 0; i < count; ++i)
-        tap(backspace); // X clients expect a release for every press
-    pressAgain(held);
-    XSync(m_display, False);
-    m_lastPost.start();
-}
-
-void X11KeyboardOutput::waitBeforeRebinding() {
-    if (!m_lastPost.isValid())
-        return;
-    const qint64 needed = settleBaseMs + qint64(settlePerKeyMs * m_keysInLastBatch);
-    const qint64 waited = m_lastPost.elapsed();
-    if (waited < needed)
-        QThread::msleep(static_cast<unsigned long>(needed - waited));
-}
-
-void X11KeyboardOutput::bind(const QList<KeystrokePlanner::Binding>& bindings) {
-    if (bindings.isEmpty())
-        return;
-    const bool rebinds = std::any_of(bindings.cbegin(), bindings.cend(),
-                                     [](const auto& b) { return b.rebinds; });
-    if (rebinds)
-        waitBeforeRebinding();
-    for (const auto& binding : bindings) {
-        // A plain slot alone is written on both levels, so Caps Lock cannot change it.
-        KeySym syms[2] = {binding.keysyms[0],
-                          binding.keysyms[1] ? binding.keysyms[1] : binding.keysyms[0]};
-        XChangeKeyboardMapping(m_display, static_cast<int>(binding.keyCode), 2, syms, 1);
+void X11KeyboardOutput::perform(const Expansion& actions, std::function<void()> finished) {
+    if (m_job) {
+        // One expansion at a time; the engine never asks for two.
+        cancel();
+        finish();
     }
-    // Confirmed on the server before any key that uses the new bindings is posted.
-    XSync(m_display, False);
+    m_job.emplace();
+    m_job->actions = actions;
+    m_job->finished = std::move(finished);
+    if (!open()) {
+        m_job->cancelled = true;
+        finish();
+        return;
+    }
+    begin();
+    step();
 }
 
-void X11KeyboardOutput::insertText(const QString& text) {
-    if (!open())
-        return;
+void X11KeyboardOutput::cancel() {
+    if (m_job)
+        m_job->cancelled = true;
+}
+
+void X11KeyboardOutput::begin() {
     m_restoreTimer.stop();
     // Always the server's keymap as it is now: the monitor may not have seen the latest
     // change yet, and a stale map could make us press a key that now types something else.
     m_keymaps.keymapChanged();
-    xkb_keymap* keymap = m_keymaps.currentKeymap();
-    if (!keymap)
-        return;
-    m_planner.reconcile(keymap);
-    const KeystrokePlanner::Plan plan = m_planner.plan(keymap, m_keymaps.currentGroup(), text);
-    // Which characters were skipped reveals snippet text, so it is named only with typed-key
-    // diagnostics on; otherwise the count alone says that something was left out.
-    for (const char32_t codePoint : plan.skipped)
-        Diagnostics::typed(QStringLiteral("Skipped a character that no key can type: U+") +
-                           QString::number(uint(codePoint), 16).toUpper().rightJustified(4, u'0'));
-    if (!plan.skipped.empty() && !Diagnostics::typedEnabled())
-        Diagnostics::line(QStringLiteral("Skipped %1 character(s) that no key can type")
-                              .arg(plan.skipped.size()));
 
-    const QList<uint32_t> held = releaseHeldModifiers();
-    for (const auto& batch : plan.batches) {
+    XkbStateRec state{};
+    XkbGetState(m_display, XkbUseCoreKbd, &state);
+    m_job->lockedMods = state.locked_mods;
+    m_job->latchedMods = state.latched_mods;
+    m_job->latchedGroup = state.latched_group;
+    // Locks and latches would change what our keys type (Caps Lock, Num Lock, a latched
+    // level-3 shift): clear them for now, restore them when done.
+    if (state.latched_mods)
+        XkbLatchModifiers(m_display, XkbUseCoreKbd, state.latched_mods, 0);
+    if (state.locked_mods)
+        XkbLockModifiers(m_display, XkbUseCoreKbd, state.locked_mods, 0);
+    if (state.latched_group)
+        XkbLatchGroup(m_display, XkbUseCoreKbd, 0);
+    m_job->releasedModifiers = releaseHeldModifiers();
+    // The group the user has locked stays: we type with that group's keys.
+    m_job->group = static_cast<uint32_t>(state.base_group + state.locked_group);
+    XSync(m_display, False);
+}
+
+void X11KeyboardOutput::step() {
+    if (!m_job)
+        return;
+    Job& job = *m_job;
+    while (!job.cancelled && job.action < job.actions.size()) {
+        const ExpansionAction& action = job.actions[job.action];
+        if (action.kind == ExpansionAction::Kind::Erase) {
+            const KeyCode backspace = XKeysymToKeycode(m_display, XK_BackSpace);
+            for (int i = 0; backspace != 0 && i < action.count; ++i)
+                tap(backspace); // X clients expect a release for every press
+            XSync(m_display, False);
+            m_lastPost.start();
+            ++job.action;
+            continue;
+        }
+        if (!typeChunk())
+            return; // waiting; the timer goes on
+        if (job.textPosition >= action.text.size()) {
+            ++job.action;
+            job.textPosition = 0;
+        }
+        if (job.action < job.actions.size() || job.cancelled) {
+            // Let the event loop run between chunks: windows repaint, Escape is seen.
+            m_stepTimer.start(0);
+            return;
+        }
+    }
+    finish();
+}
+
+bool X11KeyboardOutput::typeChunk() {
+    Job& job = *m_job;
+    const QString& text = job.actions[job.action].text;
+    if (!job.plan) {
+        qsizetype end = std::min(text.size(), job.textPosition + chunkLength);
+        // Never split a surrogate pair or a CR LF line break between chunks.
+        if (end < text.size() && (text[end].isLowSurrogate() ||
+                                  (text[end] == u'\n' && text[end - 1] == u'\r')))
+            ++end;
+        xkb_keymap* keymap = m_keymaps.currentKeymap();
+        if (!keymap) {
+            job.textPosition = text.size();
+            return true;
+        }
+        m_planner.reconcile(keymap);
+        job.plan = m_planner.plan(keymap, job.group,
+                                  QStringView(text).mid(job.textPosition, end - job.textPosition));
+        job.chunkEnd = end;
+        job.batch = 0;
+        // Which characters were skipped reveals snippet text, so it is named only with typed-key
+        // diagnostics on; otherwise the count alone is written, once the text is done.
+        for (const char32_t codePoint : std::as_const(job.plan->skipped))
+            qCInfo(lcKeys).noquote() << QStringLiteral("Skipped a character that no key can type: U+") +
+                               QString::number(uint(codePoint), 16).toUpper().rightJustified(4, u'0');
+        job.skipped += int(job.plan->skipped.size());
+    }
+    const KeystrokePlanner::Plan& plan = *job.plan;
+    while (job.batch < plan.batches.size()) {
+        if (job.cancelled)
+            return true;
+        const auto& batch = plan.batches[job.batch];
+        const bool rebinds = std::any_of(batch.bindings.cbegin(), batch.bindings.cend(),
+                                         [](const auto& b) { return b.rebinds; });
+        if (rebinds) {
+            const qint64 wait = msBeforeRebinding();
+            if (wait > 0) {
+                m_stepTimer.start(static_cast<int>(wait));
+                return false;
+            }
+        }
         bind(batch.bindings);
         bool shiftDown = false;
         for (const auto& stroke : batch.strokes) {
@@ -140,11 +218,57 @@ void X11KeyboardOutput::insertText(const QString& text) {
         XSync(m_display, False);
         m_lastPost.start();
         m_keysInLastBatch = int(batch.strokes.size());
+        ++job.batch;
     }
-    pressAgain(held);
+    job.textPosition = job.chunkEnd;
+    job.plan.reset();
+    return true;
+}
+
+qint64 X11KeyboardOutput::msBeforeRebinding() const {
+    if (!m_lastPost.isValid())
+        return 0;
+    const qint64 needed = settleBaseMs + qint64(settlePerKeyMs * m_keysInLastBatch);
+    return needed - m_lastPost.elapsed();
+}
+
+void X11KeyboardOutput::bind(const QList<KeystrokePlanner::Binding>& bindings) {
+    if (bindings.isEmpty())
+        return;
+    for (const auto& binding : bindings) {
+        // A plain slot alone is written on both levels, so Caps Lock cannot change it.
+        KeySym syms[2] = {binding.keysyms[0],
+                          binding.keysyms[1] ? binding.keysyms[1] : binding.keysyms[0]};
+        XChangeKeyboardMapping(m_display, static_cast<int>(binding.keyCode), 2, syms, 1);
+    }
+    // Confirmed on the server before any key that uses the new bindings is posted.
     XSync(m_display, False);
+}
+
+void X11KeyboardOutput::finish() {
+    m_stepTimer.stop();
+    Job job = std::move(*m_job);
+    m_job.reset();
+    if (m_display) {
+        for (const uint32_t code : std::as_const(job.releasedModifiers))
+            XTestFakeKeyEvent(m_display, code, True, CurrentTime);
+        if (job.lockedMods)
+            XkbLockModifiers(m_display, XkbUseCoreKbd, job.lockedMods, job.lockedMods);
+        if (job.latchedMods)
+            XkbLatchModifiers(m_display, XkbUseCoreKbd, job.latchedMods, job.latchedMods);
+        if (job.latchedGroup)
+            XkbLatchGroup(m_display, XkbUseCoreKbd, job.latchedGroup);
+        XSync(m_display, False);
+    }
+    if (job.skipped > 0 && !lcKeys().isInfoEnabled())
+        qCInfo(lcEngine).noquote() << QStringLiteral("Skipped %1 character(s) that no key can type")
+                              .arg(job.skipped);
+    if (m_keysLeftDown && !job.releasedModifiers.isEmpty())
+        m_keysLeftDown(job.releasedModifiers);
     if (!m_planner.boundKeyCodes().isEmpty())
         m_restoreTimer.start();
+    if (job.finished)
+        QMetaObject::invokeMethod(this, job.finished, Qt::QueuedConnection);
 }
 
 void X11KeyboardOutput::restoreSpareKeyCodes() {

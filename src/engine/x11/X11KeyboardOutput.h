@@ -6,17 +6,22 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
+#include <optional>
 
 class X11KeymapSource;
 typedef struct _XDisplay Display;
 
 // Types into the focused application with XTest on its own Xlib connection.
 //
-// Backspaces are BackSpace press/release pairs. Text is typed character by character in one
-// go: with the layout's own keys where it has them, otherwise with spare keycodes bound to the
-// characters' keysyms (see KeystrokePlanner). Modifiers the user is holding are released while
-// we type and pressed again afterwards, so a held Shift does not change the text. Every call
-// ends with a round trip, so when it returns the server has handled all of its events.
+// Backspaces are BackSpace press/release pairs. Text is typed with the layout's own keys where
+// it has them, otherwise with spare keycodes bound to the characters' keysyms (see
+// KeystrokePlanner). The content arrives as stored whatever the user holds or has locked: held
+// modifiers are released and pressed again afterwards, latched and locked modifiers (Caps Lock,
+// Num Lock, level-3/5 locks) are cleared and restored, and text is typed on the group in force.
+//
+// Long text goes out a chunk per event-loop turn, so Typolet's windows stay responsive, a
+// cancel takes effect within a chunk, and a new layout loaded meanwhile is used from the next
+// chunk on. Waiting before a spare keycode may be rebound is a timer, never a sleep.
 //
 // Spare keycodes keep their bindings for a while after typing (clients may still be reading
 // the events that used them) and are emptied again when Typolet has been idle for
@@ -31,23 +36,47 @@ public:
     // not pay for it between the user's keys. False without a display.
     bool open();
 
-    void deleteCharacters(int count) override;
-    void insertText(const QString& text) override;
+    void perform(const Expansion& actions, std::function<void()> finished) override;
+    void cancel() override;
 
     // Empties every spare keycode we bound.
     void restoreSpareKeyCodes();
+
+    // Told which modifier keys were pressed again for the user once an expansion is done.
+    void setKeysLeftDownHandler(std::function<void(const QList<uint32_t>&)> handler);
 
     // How long a rebinding waits after the last key that may still be unread (clients handle
     // the MappingNotify and refetch the mapping only when they reach it in their queue).
     static constexpr int settleBaseMs = 150;
     static constexpr double settlePerKeyMs = 2.0;
     static constexpr int restoreDelayMs = 10000;
+    // Characters typed per event-loop turn.
+    static constexpr int chunkLength = 64;
 
 private:
+    struct Job {
+        Expansion actions;
+        std::function<void()> finished;
+        qsizetype action = 0;
+        qsizetype textPosition = 0;
+        std::optional<KeystrokePlanner::Plan> plan;
+        qsizetype chunkEnd = 0;
+        qsizetype batch = 0;
+        bool cancelled = false;
+        QList<uint32_t> releasedModifiers;
+        unsigned int lockedMods = 0, latchedMods = 0;
+        int latchedGroup = 0;
+        uint32_t group = 0;
+        int skipped = 0;
+    };
+
+    void begin();
+    void step();
+    bool typeChunk(); // false when it has to wait before going on
+    void finish();
     QList<uint32_t> releaseHeldModifiers();
-    void pressAgain(const QList<uint32_t>& keyCodes);
     void bind(const QList<KeystrokePlanner::Binding>& bindings);
-    void waitBeforeRebinding();
+    qint64 msBeforeRebinding() const;
     void tap(uint32_t keyCode);
 
     X11KeymapSource& m_keymaps;
@@ -56,4 +85,7 @@ private:
     QElapsedTimer m_lastPost;
     int m_keysInLastBatch = 0;
     QTimer m_restoreTimer;
+    QTimer m_stepTimer;
+    std::optional<Job> m_job;
+    std::function<void(const QList<uint32_t>&)> m_keysLeftDown;
 };

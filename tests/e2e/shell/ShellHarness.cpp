@@ -5,6 +5,7 @@
 #include "LoginItemManager.h"
 #include "LoginPreferences.h"
 #include "TypoletApp.h"
+#include "XdgAutostartBackend.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -14,6 +15,8 @@ int main(int argc, char* argv[]) {
     QApplication::setOrganizationName(QStringLiteral("Typolet"));
     QApplication::setApplicationName(QStringLiteral("Typolet"));
 
+    LoginItemManager loginItems(std::make_unique<XdgAutostartBackend>());
+    LoginPreferences preferences;
     TypoletApp typolet({{},
                         {},
                         [] {
@@ -21,7 +24,7 @@ int main(int argc, char* argv[]) {
                             editor->setAlignment(Qt::AlignCenter);
                             return editor;
                         }},
-                       LoginItemManager::shared(), LoginPreferences::shared());
+                       loginItems, preferences);
     if (!typolet.start())
         return 0;
     return QApplication::exec();

@@ -200,8 +200,8 @@ void ShellTrayTest::keepsExpandingInTheBackground() {
     const bool expanded = QTest::qWaitFor([&] {
         x.tool(QStringLiteral("xdotool"), {QStringLiteral("type"), QStringLiteral(";bg")});
         return QTest::qWaitFor([&] {
-            output += m_typolet->readAllStandardOutput();
-            return output.contains("Match found! ';bg' -> 'from the background'");
+            output += m_typolet->readAllStandardError();
+            return output.contains("Match found: ';bg' -> 'from the background'");
         }, 1000);
     }, patienceMs);
     qunsetenv("TYPOLET_DIAGNOSTICS");
@@ -219,7 +219,7 @@ void ShellTrayTest::secondLaunchExitsAndRaisesTheFirst() {
     QVERIFY(second->waitForFinished(patienceMs));
     QCOMPARE(second->exitStatus(), QProcess::NormalExit);
     QCOMPARE(second->exitCode(), 0);
-    QVERIFY(second->readAllStandardOutput().contains("already running"));
+    QVERIFY(second->readAllStandardError().contains("already running"));
     QVERIFY(QTest::qWaitFor([&] { return x.isViewable(m_mainWindow); }, patienceMs));
     QCOMPARE(m_typolet->state(), QProcess::Running);
     // The second launch left no window and no tray icon of its own.

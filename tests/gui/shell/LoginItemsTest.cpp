@@ -43,7 +43,7 @@ private slots:
     void entryIsWrittenWholeAndRemovedAlone();
     void failuresPrintOneLineEach();
     void firstAppearanceTurnsItOnOnlyOnce();
-    void sharedInstancesUseTheUsersConfigFolder();
+    void defaultsUseTheUsersConfigFolder();
 };
 
 void LoginItemsTest::entryIsWrittenWholeAndRemovedAlone() {
@@ -161,14 +161,13 @@ void LoginItemsTest::firstAppearanceTurnsItOnOnlyOnce() {
                         [](const CategoryRef& c) { return c->name() == QLatin1String("Work"); }));
 }
 
-void LoginItemsTest::sharedInstancesUseTheUsersConfigFolder() {
+void LoginItemsTest::defaultsUseTheUsersConfigFolder() {
     const QDir config(qEnvironmentVariable("XDG_CONFIG_HOME"));
     const QString settingsFile = config.filePath(QStringLiteral("Typolet/Typolet.conf"));
-    QCOMPARE(LoginPreferences::shared().settingsPath(), settingsFile);
+    QCOMPARE(LoginPreferences().settingsPath(), settingsFile);
     QCOMPARE(ShortcutDataManager().settingsPath(), settingsFile); // beside the snippets
 
-    LoginItemManager& manager = LoginItemManager::shared();
-    QCOMPARE(&manager, &LoginItemManager::shared());
+    LoginItemManager manager(std::make_unique<XdgAutostartBackend>());
     auto* backend = dynamic_cast<XdgAutostartBackend*>(&manager.backend());
     QVERIFY(backend != nullptr);
     QCOMPARE(backend->entryPath(), config.filePath(QStringLiteral("autostart/typolet.desktop")));

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+// One step of an expansion as the engine decides it; the platform output carries the steps out
+// in order. Erasing counts characters (grapheme clusters) before the caret.
+struct ExpansionAction {
+    enum class Kind { Erase, Type };
+    Kind kind = Kind::Type;
+    int count = 0; // Erase
+    QString text;  // Type
+
+    static ExpansionAction erase(int count) { return {Kind::Erase, count, {}}; }
+    static ExpansionAction type(const QString& text) { return {Kind::Type, 0, text}; }
+    friend bool operator==(const ExpansionAction&, const ExpansionAction&) = default;
+};
+
+using Expansion = QList<ExpansionAction>;
