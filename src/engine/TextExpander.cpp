@@ -251,6 +251,7 @@ bool TextExpander::heldKey(const KeyStroke& stroke) {
 
 void TextExpander::expansionFinished() {
     m_expanding = false;
+    qCInfo(lcKeys).noquote() << QStringLiteral("Expansion done");
     while (!m_afterExpansion.isEmpty() && !m_expanding)
         handleKeyPress(m_afterExpansion.takeFirst());
     if (m_expanding || !m_holding)

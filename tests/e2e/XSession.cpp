@@ -222,6 +222,75 @@ bool XSession::startQtClient(const QString& outFile, const QStringList& extraArg
     return waitFor([&] { return QFile::exists(outFile); });
 }
 
+bool XSession::startWith(const QList<std::pair<QString, QString>>& snippets, Target target) {
+    if (!isRunning()) {
+        m_log += QStringLiteral("Xvfb did not start\n");
+        return false;
+    }
+    writeSnippets(snippets);
+    if (!startTypolet())
+        return false;
+    m_targetKind = target;
+    m_received = file(QStringLiteral("received"));
+    bool started = false;
+    switch (target) {
+    case Target::Terminal:
+        started = startTerminal(m_received);
+        break;
+    case Target::QtClient:
+        started = startQtClient(m_received);
+        break;
+    case Target::GtkEntry:
+        started = startGtkEntry();
+        break;
+    }
+    return started && focusTarget();
+}
+
+QString XSession::shownText() {
+    if (m_targetKind == Target::GtkEntry)
+        return gtkEntryText();
+    QFile file(m_received);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    const QByteArray bytes = file.readAll();
+    return m_targetKind == Target::Terminal ? afterErasing(bytes) : QString::fromUtf8(bytes);
+}
+
+bool XSession::waitForExpansions(int count, int quietMs) {
+    qsizetype seen = -1;
+    QDeadlineTimer quiet(quietMs);
+    return waitFor([&] {
+        const QString output = typoletOutput();
+        if (output.size() != seen) {
+            seen = output.size();
+            quiet.setRemainingTime(quietMs);
+        }
+        return quiet.hasExpired() && output.count(QLatin1String("Expansion done")) >= count;
+    }, 120000);
+}
+
+bool XSession::startGtkEntry() {
+    m_target = start(QStringLiteral("zenity"),
+                     {QStringLiteral("--entry"), QStringLiteral("--title=GTK target"),
+                      QStringLiteral("--width=900")},
+                     {QStringLiteral("GDK_BACKEND=x11"), QStringLiteral("NO_AT_BRIDGE=1")});
+    return waitForWindow(m_target);
+}
+
+QString XSession::gtkEntryText() {
+    if (!m_target || !typist({QStringLiteral("key:Return")}) || !m_target->waitForFinished(30000))
+        return {};
+    QString text = QString::fromUtf8(m_target->readAllStandardOutput());
+    if (text.endsWith(QLatin1Char('\n')))
+        text.chop(1); // zenity ends the text with a line feed
+    return text;
+}
+
+bool XSession::typist(const QStringList& arguments) {
+    return run(QStringLiteral(TYPOLET_TYPIST), arguments, 120000);
+}
+
 bool XSession::focusTarget() {
     return !m_targetWindow.isEmpty() &&
            run(QStringLiteral("xdotool"),

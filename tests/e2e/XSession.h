@@ -29,6 +29,13 @@ public:
     // Writes the snippets (command, content) where Typolet will load them.
     void writeSnippets(const QList<std::pair<QString, QString>>& snippets) const;
 
+    enum class Target { Terminal, QtClient, GtkEntry };
+    // Writes the snippets, starts Typolet and the target, and focuses the target. False, with
+    // what went wrong in log(), when any of it does not come up.
+    bool startWith(const QList<std::pair<QString, QString>>& snippets, Target target);
+    // What the target shows now; for the GTK entry this ends it (see gtkEntryText()).
+    QString shownText();
+
     // Starts Typolet with typed-key diagnostics on. Waits until it reports a key, so the
     // monitor is known to be listening. False (with Typolet's output in `log()`) otherwise.
     bool startTypolet();
@@ -40,9 +47,16 @@ public:
     // Our Qt text client; its whole text is written to `outFile` after each change.
     // `extraArguments` go to the client (the benchmark asks for --report-length).
     bool startQtClient(const QString& outFile, const QStringList& extraArguments = {});
+    // A GTK 3 entry (zenity); its text is read with gtkEntryText().
+    bool startGtkEntry();
+    // Presses Return in the entry and returns the text it held; empty if it did not answer.
+    QString gtkEntryText();
     QProcess* target() const { return m_target; }
     // Gives the keyboard focus to the last started client window.
     bool focusTarget();
+
+    // Runs the test typist with these arguments (see Typist.cpp) to completion.
+    bool typist(const QStringList& arguments);
 
     // Runs a program to completion (xdotool, setxkbmap) on this display.
     bool run(const QString& program, const QStringList& arguments, int timeoutMs = 30000);
@@ -50,6 +64,10 @@ public:
     // Starts a program on this display; the session ends it.
     QProcess* start(const QString& program, const QStringList& arguments,
                     const QStringList& extraEnvironment = {});
+
+    // Waits until `count` expansions have ended and Typolet has written nothing for `quietMs`
+    // (it logs every key it handles, so then it has handled everything sent so far).
+    bool waitForExpansions(int count, int quietMs = 700);
 
     // Polls `condition` until it holds or `timeoutMs` passes.
     static bool waitFor(const std::function<bool()>& condition, int timeoutMs = 30000);
@@ -72,6 +90,8 @@ private:
     std::vector<std::unique_ptr<QProcess>> m_processes;
     QProcess* m_typolet = nullptr;
     QString m_targetWindow;
+    Target m_targetKind = Target::Terminal;
+    QString m_received;
     QProcess* m_target = nullptr;
     QString m_log;
 };
