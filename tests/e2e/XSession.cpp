@@ -257,6 +257,17 @@ QString XSession::shownText() {
     return m_targetKind == Target::Terminal ? afterErasing(bytes) : QString::fromUtf8(bytes);
 }
 
+QString XSession::shownTextOnce(const std::function<bool(const QString&)>& done) {
+    if (m_targetKind == Target::GtkEntry)
+        return gtkEntryText();
+    QString text;
+    waitFor([&] {
+        text = shownText();
+        return done(text);
+    }, 60000);
+    return text;
+}
+
 bool XSession::waitForExpansions(int count, int quietMs) {
     qsizetype seen = -1;
     QDeadlineTimer quiet(quietMs);

@@ -35,6 +35,9 @@ public:
     bool startWith(const QList<std::pair<QString, QString>>& snippets, Target target);
     // What the target shows now; for the GTK entry this ends it (see gtkEntryText()).
     QString shownText();
+    // What the target shows once `done` accepts it (a client may lag behind the keys it was
+    // sent), or after a minute. The GTK entry is read once, as shownText() does.
+    QString shownTextOnce(const std::function<bool(const QString&)>& done);
 
     // Starts Typolet with typed-key diagnostics on. Waits until it reports a key, so the
     // monitor is known to be listening. False (with Typolet's output in `log()`) otherwise.

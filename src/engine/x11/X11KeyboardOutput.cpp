@@ -35,8 +35,43 @@ bool X11KeyboardOutput::open() {
     if (!m_display)
         return false;
     XKeysymToKeycode(m_display, XK_BackSpace); // fetches and caches the core mapping
+    int opcode = 0, error = 0, major = XkbMajorVersion, minor = XkbMinorVersion;
+    if (XkbQueryExtension(m_display, &opcode, &m_xkbEventType, &error, &major, &minor)) {
+        const unsigned int changes = XkbNewKeyboardNotifyMask | XkbMapNotifyMask;
+        XkbSelectEvents(m_display, XkbUseCoreKbd, changes, changes);
+    }
     m_keymaps.currentKeymap();
     return true;
+}
+
+bool X11KeyboardOutput::takeKeymapChanges() {
+    bool changed = false;
+    while (XPending(m_display) > 0) {
+        XEvent event;
+        XNextEvent(m_display, &event);
+        if (event.type == MappingNotify) {
+            XRefreshKeyboardMapping(&event.xmapping);
+            changed = true;
+        } else if (m_xkbEventType >= 0 && event.type == m_xkbEventType) {
+            changed = true;
+        }
+    }
+    return changed;
+}
+
+bool X11KeyboardOutput::grabServerWithCurrentKeymap() {
+    for (int attempt = 0; attempt < 50; ++attempt) {
+        m_keymaps.currentKeymap(); // fetched on its own connection: never under our grab
+        XGrabServer(m_display);
+        // After the round trip every change the server made before the grab is in our queue.
+        XSync(m_display, False);
+        if (!takeKeymapChanges())
+            return true;
+        XUngrabServer(m_display);
+        XFlush(m_display); // before the fetch on the other connection, which the grab would stall
+        m_keymaps.keymapChanged();
+    }
+    return false;
 }
 
 void X11KeyboardOutput::setKeysLeftDownHandler(
@@ -173,8 +208,17 @@ bool X11KeyboardOutput::typeChunk() {
         if (end < text.size() && (text[end].isLowSurrogate() ||
                                   (text[end] == u'\n' && text[end - 1] == u'\r')))
             ++end;
+        if (!grabServerWithCurrentKeymap()) {
+            // The layout keeps changing: any key we pressed now could type something else.
+            qCWarning(lcEngine).noquote()
+                << QStringLiteral("Stopped typing: the keyboard layout kept changing");
+            job.cancelled = true;
+            return true;
+        }
         xkb_keymap* keymap = m_keymaps.currentKeymap();
         if (!keymap) {
+            XUngrabServer(m_display);
+            XSync(m_display, False);
             job.textPosition = text.size();
             return true;
         }
@@ -190,16 +234,25 @@ bool X11KeyboardOutput::typeChunk() {
                                QString::number(uint(codePoint), 16).toUpper().rightJustified(4, u'0');
         job.skipped += int(job.plan->skipped.size());
     }
+    else if (job.batch > 0) {
+        XGrabServer(m_display); // resuming after a wait for a rebinding
+        XSync(m_display, False);
+    }
     const KeystrokePlanner::Plan& plan = *job.plan;
     while (job.batch < plan.batches.size()) {
-        if (job.cancelled)
+        if (job.cancelled) {
+            XUngrabServer(m_display);
+            XSync(m_display, False);
             return true;
+        }
         const auto& batch = plan.batches[job.batch];
         const bool rebinds = std::any_of(batch.bindings.cbegin(), batch.bindings.cend(),
                                          [](const auto& b) { return b.rebinds; });
         if (rebinds) {
             const qint64 wait = msBeforeRebinding();
             if (wait > 0) {
+                XUngrabServer(m_display);
+                XSync(m_display, False);
                 m_stepTimer.start(static_cast<int>(wait));
                 return false;
             }
@@ -220,6 +273,8 @@ bool X11KeyboardOutput::typeChunk() {
         m_keysInLastBatch = int(batch.strokes.size());
         ++job.batch;
     }
+    XUngrabServer(m_display);
+    XSync(m_display, False);
     job.textPosition = job.chunkEnd;
     job.plan.reset();
     return true;

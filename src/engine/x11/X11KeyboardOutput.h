@@ -21,7 +21,9 @@ typedef struct _XDisplay Display;
 //
 // Long text goes out a chunk per event-loop turn, so Typolet's windows stay responsive, a
 // cancel takes effect within a chunk, and a new layout loaded meanwhile is used from the next
-// chunk on. Waiting before a spare keycode may be rebound is a timer, never a sleep.
+// chunk on. Waiting before a spare keycode may be rebound is a timer, never a sleep. Each chunk
+// goes out under a server grab, checked against the keymap in force: a layout loaded by another
+// client cannot slip in between reading the keymap and the keys' arrival.
 //
 // Spare keycodes keep their bindings for a while after typing (clients may still be reading
 // the events that used them) and are emptied again when Typolet has been idle for
@@ -78,9 +80,13 @@ private:
     void bind(const QList<KeystrokePlanner::Binding>& bindings);
     qint64 msBeforeRebinding() const;
     void tap(uint32_t keyCode);
+    // False when the keymap kept changing under us; then no grab is held.
+    bool grabServerWithCurrentKeymap();
+    bool takeKeymapChanges();
 
     X11KeymapSource& m_keymaps;
     Display* m_display = nullptr;
+    int m_xkbEventType = -1;
     KeystrokePlanner m_planner;
     QElapsedTimer m_lastPost;
     int m_keysInLastBatch = 0;
