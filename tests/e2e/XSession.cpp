@@ -98,7 +98,10 @@ bool XSession::run(const QString& program, const QStringList& arguments, int tim
     QProcess process;
     process.setProcessEnvironment(environment({}));
     process.start(program, arguments);
-    if (!process.waitForFinished(timeoutMs)) {
+    // The event loop runs meanwhile, so Typolet's output keeps being read: a full pipe would
+    // stall Typolet while the program types.
+    if (!process.waitForStarted(10000) ||
+        !waitFor([&] { return process.state() == QProcess::NotRunning; }, timeoutMs)) {
         process.kill();
         process.waitForFinished(3000);
         m_log += program + QStringLiteral(" did not finish\n");

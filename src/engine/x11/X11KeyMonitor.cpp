@@ -129,11 +129,15 @@ void X11KeyMonitor::scanDevices() {
             }
         } else if (QByteArray(device.name) == ownXtestName) {
             m_ownXtestKeyboard = device.deviceid;
-        } else if (device.use == XISlaveKeyboard ||
+        } else if ((device.use == XISlaveKeyboard && device.attachment == m_coreKeyboard) ||
                    (device.use == XIFloatingSlave && hasKeys(device))) {
             // Floating ones too: a device we grab floats for the length of the grab.
             m_userKeyboards.append(device.deviceid);
         }
+        // Another master keyboard (a second seat) is held whole: our typing does not go
+        // through it, and its slaves then never float away from it.
+        if (device.use == XIMasterKeyboard && device.deviceid != m_coreKeyboard)
+            m_userKeyboards.append(device.deviceid);
     }
     XIFreeDeviceInfo(devices);
     m_controls.clear();
@@ -220,6 +224,8 @@ void X11KeyMonitor::rawKey(int master, int source, uint32_t keyCode, unsigned lo
                            bool press) {
     if (source == m_ownXtestKeyboard && m_ownOutput)
         return; // Typolet's own typing or replay
+    if (m_holding && m_grabbed.contains(master))
+        return; // held: it comes again as the grabbed event
     if (!press && source != m_ownXtestKeyboard && m_syntheticDown.remove(keyCode)) {
         // The user let go of a modifier we had pressed again for them: let go of ours too.
         XTestFakeKeyEvent(m_display, keyCode, False, CurrentTime);

@@ -24,10 +24,12 @@ typedef union _XEvent XEvent;
 // Each key is read with the modifier and lock state of its master keyboard, which the XKB
 // state events on the same connection keep current, in the order the server sent them.
 //
-// While an expansion runs, every keyboard except Typolet's own XTEST device is grabbed (a
-// grabbed device is detached from its master, so the user's keys neither reach applications
-// nor change the modifiers Typolet types with); the keys are queued and replayed through XTEST
-// afterwards. Events of Typolet's XTEST device are not reported while it is typing.
+// While an expansion runs, every keyboard except Typolet's own XTEST device is grabbed: the
+// other slaves of the core keyboard (a grabbed slave is detached from its master, so the
+// user's keys neither reach applications nor change the modifiers Typolet types with), and
+// any other master keyboard whole (a floated slave of another master can leave that master
+// with stale keys). The keys are queued and replayed through XTEST afterwards. Events of
+// Typolet's XTEST device are not reported while it is typing.
 class X11KeyMonitor : public QObject, public KeyMonitor {
     Q_OBJECT
 public:
