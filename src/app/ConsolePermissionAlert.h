@@ -6,5 +6,5 @@
 class ConsolePermissionAlert : public PermissionAlertPresenter {
 public:
     void showPermissionAlert(const QString& title, const QString& message,
-                             const QString& settingsUrl) override;
+                             const QString& helpUrl) override;
 };

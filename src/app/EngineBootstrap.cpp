@@ -33,7 +33,7 @@ EngineBootstrap::~EngineBootstrap() {
     m_engine.reset();
 }
 
-bool EngineBootstrap::start(ShortcutDataManager& store, const QString& executablePath) {
+bool EngineBootstrap::start(ShortcutDataManager& store) {
     m_engine = std::make_unique<TextExpander>(
         store,
         EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), m_output.get()});
@@ -44,7 +44,7 @@ bool EngineBootstrap::start(ShortcutDataManager& store, const QString& executabl
     PermissionAlertPresenter* presenter =
         m_windowAlert ? static_cast<PermissionAlertPresenter*>(m_windowAlert.get())
                       : m_consoleAlert.get();
-    PermissionGuidance guidance(*m_permissions, *presenter, executablePath);
+    PermissionGuidance guidance(*m_permissions, *presenter);
     guidance.checkAndRequestPermissions();
     return listening;
 }

@@ -24,7 +24,7 @@ public:
 
     // Creates the engine over `store` and runs the permission check. True when the engine
     // listens.
-    bool start(ShortcutDataManager& store, const QString& executablePath);
+    bool start(ShortcutDataManager& store);
 
     // Empties the spare keycodes the output bound (at quit).
     void restoreKeyboardMapping();

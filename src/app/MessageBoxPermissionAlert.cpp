@@ -28,20 +28,20 @@ QUrl MessageBoxPermissionAlert::openableUrl(const QUrl& url) {
 }
 
 void MessageBoxPermissionAlert::showPermissionAlert(const QString& title, const QString& message,
-                                                    const QString& settingsUrl) {
+                                                    const QString& helpUrl) {
     QMessageBox alert(QMessageBox::Warning, title, title);
     alert.setInformativeText(message);
     // Buttons in the order given; the first is the default and answers 1000.
     QPushButton* open =
-        alert.addButton(QStringLiteral("Open System Settings"), QMessageBox::AcceptRole);
-    alert.addButton(QStringLiteral("Later"), QMessageBox::RejectRole);
+        alert.addButton(QMessageBox::tr("Open Help"), QMessageBox::AcceptRole);
+    alert.addButton(QMessageBox::tr("Later"), QMessageBox::RejectRole);
     alert.setDefaultButton(open);
     alert.exec();
     const int response =
         alert.clickedButton() == open ? firstButtonResponse : firstButtonResponse + 1;
     if (response != firstButtonResponse)
         return;
-    const QUrl url(settingsUrl);
+    const QUrl url(helpUrl);
     if (!url.isValid())
         return;
     const QUrl target = openableUrl(url);

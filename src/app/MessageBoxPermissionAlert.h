@@ -5,7 +5,7 @@
 #include <QUrl>
 #include <functional>
 
-// The guidance as a modal warning with "Open System Settings" (the default) and "Later".
+// The guidance as a modal warning with "Open Help" (the default) and "Later".
 class MessageBoxPermissionAlert : public PermissionAlertPresenter {
 public:
     using UrlOpener = std::function<bool(const QUrl&)>;
@@ -14,7 +14,7 @@ public:
     explicit MessageBoxPermissionAlert(UrlOpener opener = {});
 
     void showPermissionAlert(const QString& title, const QString& message,
-                             const QString& settingsUrl) override;
+                             const QString& helpUrl) override;
 
     // A qrc: page cannot be opened by a browser; it is copied to a file first.
     static QUrl openableUrl(const QUrl& url);

@@ -8,7 +8,8 @@
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QRegularExpression>
-#include <QThread>
+#include <QEventLoop>
+#include <QTimer>
 #include <unistd.h>
 
 namespace {
@@ -110,6 +111,9 @@ bool SingleInstanceGuard::notifyPrimary() {
         }
         if (elapsed.elapsed() > connectPatienceMs)
             return false;
-        QThread::msleep(100);
+        // The first Typolet may still be starting: try again shortly, events still flowing.
+        QEventLoop pause;
+        QTimer::singleShot(100, &pause, &QEventLoop::quit);
+        pause.exec();
     }
 }

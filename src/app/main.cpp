@@ -63,7 +63,7 @@ int main(int argc, char* argv[]) {
     EngineBootstrap engine(hasDisplay);
 
     if (!hasDisplay) {
-        engine.start(store, QCoreApplication::applicationFilePath());
+        engine.start(store);
         QCoreApplication::processEvents(); // shows the guidance that start() scheduled
         qCWarning(lcApp).noquote() << QStringLiteral("Typolet needs an X11 display and could not open one "
                                          "(DISPLAY is \"%1\").")
@@ -77,7 +77,7 @@ int main(int argc, char* argv[]) {
     LoginItemManager loginItems(std::make_unique<XdgAutostartBackend>());
     LoginPreferences loginPreferences;
     TypoletApp typolet(
-        {[&engine, &store] { engine.start(store, QCoreApplication::applicationFilePath()); },
+        {[&engine, &store] { engine.start(store); },
          {}, // the permission check is part of EngineBootstrap::start
          [&store] { return std::make_unique<ContentView>(store); }},
         loginItems, loginPreferences);

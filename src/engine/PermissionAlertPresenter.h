@@ -8,7 +8,7 @@ class PermissionAlertPresenter {
 public:
     virtual ~PermissionAlertPresenter() = default;
 
-    // `settingsUrl` is what the first button opens.
+    // `helpUrl` is what the first button opens.
     virtual void showPermissionAlert(const QString& title, const QString& message,
-                                     const QString& settingsUrl) = 0;
+                                     const QString& helpUrl) = 0;
 };

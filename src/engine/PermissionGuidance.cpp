@@ -1,57 +1,57 @@
 #include "PermissionGuidance.h"
 
-#include <QCoreApplication>
 #include "PermissionAlertPresenter.h"
 #include "PermissionProbe.h"
 
-const QString PermissionGuidance::title = QStringLiteral("Permissions Required");
-const QString PermissionGuidance::settingsUrl = QStringLiteral("qrc:/typolet/permissions.html");
+#include <QCoreApplication>
 
-PermissionGuidance::PermissionGuidance(PermissionProbe& probe, PermissionAlertPresenter& presenter,
-                                       QString executablePath)
-    : m_probe(probe), m_presenter(presenter), m_executablePath(std::move(executablePath)) {}
+const QString PermissionGuidance::title = QStringLiteral("Typolet Cannot Reach the Keyboard");
+const QString PermissionGuidance::helpUrl = QStringLiteral("qrc:/typolet/permissions.html");
 
-bool PermissionGuidance::isDeveloperBuild(const QString& executablePath) {
-    return executablePath.contains(QStringLiteral("/build/"));
+PermissionGuidance::PermissionGuidance(PermissionProbe& probe, PermissionAlertPresenter& presenter)
+    : m_probe(probe), m_presenter(presenter) {}
+
+bool PermissionGuidance::isWaylandSession() {
+    return qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland") ||
+           !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
-QString PermissionGuidance::message(bool inputMonitoringGranted, bool accessibilityGranted,
-                                    bool developerBuild) {
-    const auto icon = [](bool granted) {
-        return granted ? QStringLiteral("✅") : QStringLiteral("❌");
+QString PermissionGuidance::message(bool canSeeKeys, bool canTypeKeys, bool waylandSession) {
+    const auto mark = [](bool present) {
+        return present ? QStringLiteral("✅") : QStringLiteral("❌");
     };
-    QString text = QStringLiteral("Typolet needs the following permissions to function properly:\n\n");
-    text += icon(inputMonitoringGranted) +
-            QStringLiteral(" Input Monitoring: To detect your text shortcuts\n");
-    text += icon(accessibilityGranted) +
-            QStringLiteral(" Accessibility: To expand your text shortcuts\n\n");
-    if (developerBuild) {
-        text += QStringLiteral("Since you're running from Xcode, follow these steps:\n");
-        text += QStringLiteral("1. Open System Settings > Privacy & Security\n");
-        text += QStringLiteral("2. Click the lock icon 🔒 to make changes\n");
-        text += QStringLiteral("3. Find Xcode in both sections\n");
-        text += QStringLiteral("4. Enable Xcode\n");
-        text += QStringLiteral("\nAfter enabling, you may need to rebuild the app.");
-    } else {
-        text += QStringLiteral("1. Click 'Open System Settings'\n");
-        text += QStringLiteral("2. Click the lock icon 🔒 to make changes\n");
-        text += QStringLiteral("3. Find and enable Typolet in both sections");
-    }
+    QString text = QCoreApplication::translate(
+        "PermissionGuidance", "Typolet needs two things from the X server to expand snippets:\n\n");
+    text += mark(canSeeKeys) +
+            QCoreApplication::translate("PermissionGuidance",
+                                        " Seeing keys: the XInput 2 extension\n");
+    text += mark(canTypeKeys) +
+            QCoreApplication::translate("PermissionGuidance",
+                                        " Typing keys: the XTEST extension\n\n");
+    if (waylandSession)
+        text += QCoreApplication::translate(
+            "PermissionGuidance",
+            "This is a Wayland session: here Typolet can only serve X11 (XWayland) windows. "
+            "Log in to an X11 session to use it everywhere.\n\n");
+    text += QCoreApplication::translate(
+        "PermissionGuidance",
+        "Most X servers offer both; a server started with \"-extension XTEST\", or a remote or "
+        "nested display, may not. \"Open Help\" explains how to check and what to change. "
+        "Start Typolet again afterwards.");
     return text;
 }
 
 bool PermissionGuidance::checkAndRequestPermissions() {
-    const bool developerBuild = isDeveloperBuild(m_executablePath);
     // Both questions are asked every time, whatever the first answer.
-    const bool inputMonitoring = m_probe.canObserveKeys();
-    const bool accessibility = m_probe.canPostKeys();
-    if (inputMonitoring && accessibility)
+    const bool canSeeKeys = m_probe.canObserveKeys();
+    const bool canTypeKeys = m_probe.canPostKeys();
+    if (canSeeKeys && canTypeKeys)
         return false;
-    const QString text = message(inputMonitoring, accessibility, developerBuild);
+    const QString text = message(canSeeKeys, canTypeKeys, isWaylandSession());
     PermissionAlertPresenter* presenter = &m_presenter;
     QMetaObject::invokeMethod(
         QCoreApplication::instance(),
-        [presenter, text] { presenter->showPermissionAlert(title, text, settingsUrl); },
+        [presenter, text] { presenter->showPermissionAlert(title, text, helpUrl); },
         Qt::QueuedConnection);
     return true;
 }

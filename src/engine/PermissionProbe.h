@@ -6,8 +6,8 @@ class PermissionProbe {
 public:
     virtual ~PermissionProbe() = default;
 
-    // Keys typed in other applications can be observed ("Input Monitoring").
+    // Keys typed in other applications can be observed (XInput 2 on X11).
     virtual bool canObserveKeys() = 0;
-    // Synthetic keys can be posted to other applications ("Accessibility").
+    // Synthetic keys can be posted to other applications (XTEST on X11).
     virtual bool canPostKeys() = 0;
 };

@@ -25,9 +25,9 @@ private slots:
         QCOMPARE(typolet.exitCode(), 1);
         QVERIFY2(err.contains(QStringLiteral("Cannot see keys")), qPrintable(err));
         QVERIFY2(err.contains(QStringLiteral("Typolet needs an X11 display")), qPrintable(err));
-        QVERIFY2(err.contains(QStringLiteral("Permissions Required")), qPrintable(err));
-        QVERIFY(err.contains(QStringLiteral("❌ Input Monitoring: To detect your text shortcuts")));
-        QVERIFY(err.contains(QStringLiteral("❌ Accessibility: To expand your text shortcuts")));
+        QVERIFY2(err.contains(QStringLiteral("Typolet Cannot Reach the Keyboard")), qPrintable(err));
+        QVERIFY(err.contains(QStringLiteral("❌ Seeing keys: the XInput 2 extension")));
+        QVERIFY(err.contains(QStringLiteral("❌ Typing keys: the XTEST extension")));
     }
 
     void serverWithoutXtestShowsTheAlert() {
@@ -37,7 +37,7 @@ private slots:
         QVERIFY(XSession::waitFor([&] {
             return session.run(QStringLiteral("xdotool"),
                                {QStringLiteral("search"), QStringLiteral("--name"),
-                                QStringLiteral("Permissions Required")});
+                                QStringLiteral("Typolet Cannot Reach the Keyboard")});
         }, 60000));
         QCOMPARE(typolet->state(), QProcess::Running);
         const QString err = QString::fromUtf8(typolet->readAllStandardError());

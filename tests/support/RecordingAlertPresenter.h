@@ -10,11 +10,11 @@ public:
     struct Alert {
         QString title;
         QString message;
-        QString settingsUrl;
+        QString helpUrl;
     };
     void showPermissionAlert(const QString& title, const QString& message,
-                             const QString& settingsUrl) override {
-        alerts.append({title, message, settingsUrl});
+                             const QString& helpUrl) override {
+        alerts.append({title, message, helpUrl});
     }
     QList<Alert> alerts;
 };
