@@ -3,8 +3,7 @@
 //
 // Runs a private Xvfb with Typolet and our Qt text client, which prints the CLOCK_MONOTONIC
 // time at which its text reaches the expected length. The command's keys are posted with XTest
-// from here, so the start time is taken right after the server has them. The 50 ms pause that
-// Typolet leaves between erasing the command and typing the content is included.
+// from here, so the start time is taken right after the server has them.
 #include "XSession.h"
 
 #include <QCoreApplication>
