@@ -177,6 +177,19 @@ void TextExpander::checkForMatch() {
     expand(shortcuts[*found]); // a copy: later edits don't change what is typed
 }
 
+QString TextExpander::typeableText(const QString& content, int& leftOut) {
+    QString text;
+    text.reserve(content.size());
+    for (const QChar c : content) {
+        // BackSpace, Delete or Escape typed as keys would edit the user's text, not add to it.
+        if (c.category() == QChar::Other_Control && c != u'\t' && c != u'\n' && c != u'\r')
+            ++leftOut;
+        else
+            text.append(c);
+    }
+    return text;
+}
+
 Expansion TextExpander::replacement(int erased, const QString& text) {
     return {ExpansionAction::erase(erased), ExpansionAction::type(text)};
 }
@@ -185,7 +198,13 @@ void TextExpander::expand(const Shortcut& shortcut) {
     qCInfo(lcKeys).noquote() << QStringLiteral("Match found: '") + shortcut.command +
                        QStringLiteral("' -> '") + shortcut.content + QLatin1Char('\'');
     int erased = static_cast<int>(GraphemeText::count(shortcut.command));
-    QString typed = shortcut.content;
+    int leftOut = 0;
+    QString typed = typeableText(shortcut.content, leftOut);
+    if (leftOut > 0)
+        qCWarning(lcEngine).noquote()
+            << QStringLiteral("Left out %1 control character(s) of a snippet's content: only "
+                              "text, tabs and line breaks are typed")
+                   .arg(leftOut);
 
     if (m_monitoring) {
         KeyMonitor::HoldResult hold =

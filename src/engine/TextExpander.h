@@ -59,6 +59,10 @@ public:
     // Dead-key state carried between translations by the key translator.
     quint32 deadKeyState = 0;
 
+    // The content without control characters other than tabs and line breaks; counts the
+    // characters left out.
+    static QString typeableText(const QString& content, int& leftOut);
+
     // The steps that replace `erased` typed characters with `text`.
     static Expansion replacement(int erased, const QString& text);
 

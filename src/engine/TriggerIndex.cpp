@@ -54,6 +54,9 @@ void TriggerIndex::rebuild(const QList<Shortcut>& shortcuts) {
     m_best.reserve(shortcuts.size() * 4);
     for (qsizetype i = 0; i < shortcuts.size(); ++i) {
         const QString& command = shortcuts[i].command;
+        // A command of nothing (or only blanks) would fire on every key, or on every space.
+        if (command.trimmed().isEmpty())
+            continue;
         quint32 node = 0;
         qsizetype length = 0;
         if (isPrintableAscii(command)) {

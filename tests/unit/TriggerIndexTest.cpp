@@ -71,7 +71,7 @@ private slots:
         for (int round = 0; round < 3000; ++round) {
             QStringList commands;
             for (int i = 1 + random.bounded(25); i > 0; --i) {
-                // Some duplicates and some empty commands, to exercise the tie rules.
+                // Some duplicates and some blank commands, to exercise the tie rules.
                 if (!commands.isEmpty() && random.bounded(8) == 0)
                     commands.append(commands.at(random.bounded(commands.size())));
                 else
