@@ -1,5 +1,8 @@
 #include "SettingsFile.h"
 
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
 #include <QSettings>
 
 std::unique_ptr<QSettings> SettingsFile::open(const QString& path) {
@@ -7,4 +10,52 @@ std::unique_ptr<QSettings> SettingsFile::open(const QString& path) {
         return std::make_unique<QSettings>(path, QSettings::NativeFormat);
     return std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope,
                                        QStringLiteral("Typolet"), QStringLiteral("Typolet"));
+}
+
+std::optional<QString> SettingsFile::save(QSettings& settings,
+                                          const QMap<QString, QVariant>& values) {
+    const QString path = settings.fileName();
+    settings.sync(); // picks up what other parts of Typolet wrote meanwhile
+    // QSettings writes the format; it does not notice a short write, so its result is read back
+    // and compared before it replaces anything.
+    const QString scratchPath = path + QStringLiteral(".saving");
+    QFile::remove(scratchPath);
+    QMap<QString, QVariant> all;
+    for (const QString& key : settings.allKeys())
+        all.insert(key, settings.value(key));
+    all.insert(values);
+    {
+        QSettings scratch(scratchPath, QSettings::NativeFormat);
+        for (auto it = all.cbegin(); it != all.cend(); ++it)
+            scratch.setValue(it.key(), it.value());
+        scratch.sync();
+    }
+    QSettings check(scratchPath, QSettings::NativeFormat);
+    bool complete = check.status() == QSettings::NoError && check.allKeys().size() == all.size();
+    for (auto it = values.cbegin(); complete && it != values.cend(); ++it)
+        complete = check.value(it.key()) == it.value();
+    QFile scratchFile(scratchPath);
+    if (!complete || !scratchFile.open(QIODevice::ReadOnly)) {
+        QFile::remove(scratchPath);
+        return QStringLiteral("the new file could not be written completely beside it (is the "
+                              "disk full, or the folder read-only?)");
+    }
+    const QByteArray bytes = scratchFile.readAll();
+    scratchFile.close();
+    QFile::remove(scratchPath);
+
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return file.errorString();
+    if (file.write(bytes) != bytes.size()) {
+        const QString error = file.errorString();
+        file.cancelWriting();
+        return error;
+    }
+    // commit() flushes, syncs to disk and renames; it fails, leaving the old file, when any
+    // byte did not make it.
+    if (!file.commit())
+        return file.errorString();
+    settings.sync();
+    return std::nullopt;
 }

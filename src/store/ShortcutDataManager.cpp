@@ -7,19 +7,6 @@
 #include <QSettings>
 #include <QVariant>
 
-namespace {
-QString statusText(QSettings::Status status) {
-    switch (status) {
-    case QSettings::AccessError:
-        return QStringLiteral("the settings file could not be written");
-    case QSettings::FormatError:
-        return QStringLiteral("the settings file is malformed");
-    case QSettings::NoError:
-        break;
-    }
-    return QStringLiteral("unknown error");
-}
-} // namespace
 
 ShortcutDataManager::ShortcutDataManager(const QString& settingsFile, QObject* parent)
     : QObject(parent),
@@ -140,13 +127,16 @@ void ShortcutDataManager::updateShortcut(const Shortcut& shortcut, const QString
 }
 
 void ShortcutDataManager::write(const char* key, const QByteArray& data) {
-    m_settings->setValue(QLatin1String(key), data);
-    m_settings->sync();
-    const QSettings::Status status = m_settings->status();
-    if (status == QSettings::NoError)
+    // A list whose last save failed goes out again with this one.
+    m_unsaved.insert(QLatin1String(key), data);
+    const std::optional<QString> error = SettingsFile::save(*m_settings, m_unsaved);
+    if (!error) {
+        m_unsaved.clear();
         return;
+    }
     const QString message = QStringLiteral("Could not save %1 to %2: %3")
-                                .arg(QLatin1String(key), settingsPath(), statusText(status));
+                                .arg(QStringList(m_unsaved.keys()).join(QStringLiteral(" and ")),
+                                     settingsPath(), *error);
     qCWarning(lcStore).noquote() << message;
     emit saveFailed(message);
 }

@@ -6,6 +6,8 @@
 #include "ShortcutListEncoder.h"
 
 #include <QList>
+#include <QMap>
+#include <QVariant>
 #include <QObject>
 #include <memory>
 #include <optional>
@@ -75,6 +77,7 @@ private:
     void write(const char* key, const QByteArray& data);
 
     std::unique_ptr<QSettings> m_settings;
+    QMap<QString, QVariant> m_unsaved; // keys whose last save failed, with their new value
     QList<Shortcut> m_shortcuts;
     QList<CategoryRef> m_categories;
     quint64 m_shortcutsRevision = 0;
