@@ -33,7 +33,15 @@ void ShortcutDataManager::setShortcuts(QList<Shortcut> shortcuts) {
     emit shortcutsChanged();
 }
 
+bool ShortcutDataManager::isBlankCommand(const QString& command) {
+    return command.trimmed().isEmpty();
+}
+
 void ShortcutDataManager::appendShortcut(const Shortcut& shortcut) {
+    if (isBlankCommand(shortcut.command)) {
+        qCWarning(lcStore).noquote() << QStringLiteral("Refused a snippet with a blank command");
+        return;
+    }
     m_shortcuts.append(shortcut);
     ++m_shortcutsRevision;
     emit shortcutsChanged();
@@ -112,51 +120,57 @@ void ShortcutDataManager::deleteCategory(const Category& category) {
     saveShortcuts();
 }
 
-void ShortcutDataManager::updateShortcut(const Shortcut& shortcut, const QString& command,
-                                         const QString& content, std::optional<QUuid> categoryId) {
+std::optional<QString> ShortcutDataManager::updateShortcut(const Shortcut& shortcut,
+                                                           const QString& command,
+                                                           const QString& content,
+                                                           std::optional<QUuid> categoryId) {
+    if (isBlankCommand(command))
+        return tr("A snippet needs a command: a blank one would expand on every key.");
     const auto found = std::find_if(m_shortcuts.cbegin(), m_shortcuts.cend(),
                                     [&](const Shortcut& s) { return s.id == shortcut.id; });
     if (found == m_shortcuts.cend())
-        return;
+        return std::nullopt;
     const qsizetype index = found - m_shortcuts.cbegin();
     m_shortcuts[index] = Shortcut(shortcut.id, command, content, shortcut.createdAt,
                                   categoryId.value_or(shortcut.categoryId));
     ++m_shortcutsRevision;
     emit shortcutsChanged();
-    saveShortcuts();
+    return saveShortcuts();
 }
 
-void ShortcutDataManager::write(const char* key, const QByteArray& data) {
+std::optional<QString> ShortcutDataManager::write(const char* key, const QByteArray& data) {
     // A list whose last save failed goes out again with this one.
     m_unsaved.insert(QLatin1String(key), data);
     const std::optional<QString> error = SettingsFile::save(*m_settings, m_unsaved);
     if (!error) {
         m_unsaved.clear();
-        return;
+        return std::nullopt;
     }
     const QString message = QStringLiteral("Could not save %1 to %2: %3")
                                 .arg(QStringList(m_unsaved.keys()).join(QStringLiteral(" and ")),
                                      settingsPath(), *error);
     qCWarning(lcStore).noquote() << message;
     emit saveFailed(message);
+    return message;
 }
 
-void ShortcutDataManager::saveShortcuts() {
+std::optional<QString> ShortcutDataManager::saveShortcuts() {
     const auto data = m_shortcutEncoder.encode(m_shortcuts);
     if (!data)
-        return;
-    write(shortcutsKey, *data);
+        return std::nullopt;
+    std::optional<QString> error = write(shortcutsKey, *data);
     // Observers run after the action that saved has finished; the list they get is the one
     // current at delivery.
     QMetaObject::invokeMethod(
         this, [this] { emit shortcutsSaved(m_shortcuts); }, Qt::QueuedConnection);
+    return error;
 }
 
-void ShortcutDataManager::saveCategories() {
+std::optional<QString> ShortcutDataManager::saveCategories() {
     const auto data = RecordCodec::encodeCategories(m_categories);
     if (!data)
-        return;
-    write(categoriesKey, *data);
+        return std::nullopt;
+    return write(categoriesKey, *data);
 }
 
 void ShortcutDataManager::loadShortcuts() {

@@ -34,7 +34,8 @@ public:
     // Bumped on every change to shortcuts(), so derived indexes know when to rebuild.
     quint64 shortcutsRevision() const { return m_shortcutsRevision; }
 
-    // Direct changes to the snippet list; they are not saved until saveShortcuts().
+    // Direct changes to the snippet list; they are not saved until saveShortcuts(). Appending
+    // a snippet with a blank command is refused.
     void setShortcuts(QList<Shortcut> shortcuts);
     void appendShortcut(const Shortcut& shortcut);
     void removeShortcut(const QUuid& id); // every snippet with that id
@@ -43,11 +44,19 @@ public:
     [[nodiscard]] std::optional<DataError> updateCategory(const Category& category,
                                                           const QString& newName);
     void deleteCategory(const Category& category);
-    void updateShortcut(const Shortcut& shortcut, const QString& command, const QString& content,
-                        std::optional<QUuid> categoryId = std::nullopt);
+    // Refuses a blank command (it would expand on every key). Returns why the change could not
+    // be made or saved; a change that was made but not saved stays in memory.
+    [[nodiscard]] std::optional<QString> updateShortcut(const Shortcut& shortcut,
+                                                        const QString& command,
+                                                        const QString& content,
+                                                        std::optional<QUuid> categoryId = std::nullopt);
 
-    void saveShortcuts();
-    void saveCategories();
+    // Write a list; return why it could not be saved (also announced with saveFailed()).
+    std::optional<QString> saveShortcuts();
+    std::optional<QString> saveCategories();
+
+    // Only blanks, or nothing: never a command.
+    static bool isBlankCommand(const QString& command);
     void loadShortcuts();
     void loadCategories();
 
@@ -74,7 +83,7 @@ signals:
 private:
     bool isDuplicateCategoryName(const QString& name, std::optional<QUuid> excluding) const;
     void setCategories(QList<CategoryRef> categories);
-    void write(const char* key, const QByteArray& data);
+    std::optional<QString> write(const char* key, const QByteArray& data);
 
     std::unique_ptr<QSettings> m_settings;
     QMap<QString, QVariant> m_unsaved; // keys whose last save failed, with their new value

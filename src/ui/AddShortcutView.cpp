@@ -138,7 +138,7 @@ QString AddShortcutView::content() const {
 void AddShortcutView::updateState() {
     const bool contentEmpty = m_contentEditor->document()->isEmpty();
     m_contentPlaceholder->setVisible(contentEmpty);
-    m_addButton->setEnabled(!command().isEmpty() && !contentEmpty);
+    m_addButton->setEnabled(!ShortcutDataManager::isBlankCommand(command()) && !contentEmpty);
 }
 
 void AddShortcutView::setShowingDuplicateError(bool showing) {
@@ -149,7 +149,7 @@ void AddShortcutView::setShowingDuplicateError(bool showing) {
 void AddShortcutView::add() {
     const QString command = this->command();
     const QString content = this->content();
-    if (command.isEmpty() || content.isEmpty())
+    if (ShortcutDataManager::isBlankCommand(command) || content.isEmpty())
         return;
     for (const Shortcut& existing : m_dataManager.shortcuts()) {
         if (existing.command == command) {

@@ -12,6 +12,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QShortcut>
@@ -186,8 +187,14 @@ void ShortcutDetailView::save() {
     const QString command = this->command();
     const QString content = this->content();
     const QList<Shortcut>& shortcuts = m_dataManager.shortcuts();
+    if (ShortcutDataManager::isBlankCommand(command)) {
+        m_duplicateError->setText(tr("Enter a command: a blank one would expand on every key"));
+        setShowingDuplicateError(true);
+        return;
+    }
     for (const Shortcut& other : shortcuts) {
         if (other.command == command && other.id != m_shortcutId) {
+            m_duplicateError->setText(tr("This command already exists"));
             setShowingDuplicateError(true);
             return;
         }
@@ -197,7 +204,11 @@ void ShortcutDetailView::save() {
     if (stored == shortcuts.cend())
         return; // deleted meanwhile; nothing to save into
     const Shortcut original = *stored;
-    m_dataManager.updateShortcut(original, command, content);
+    if (const std::optional<QString> error = m_dataManager.updateShortcut(original, command, content)) {
+        // The change stays in memory and in the form; the next save tries again.
+        QMessageBox::warning(this, tr("Could Not Save"), *error);
+        return;
+    }
     if (m_onUpdate)
         m_onUpdate(command, content);
     setEdited(false);

@@ -114,7 +114,7 @@ private slots:
         };
         row("Ctrl+Return adds", ";k", "Keyboard", "Ctrl+Return", true, true);
         row("keypad Ctrl+Enter adds", ";k", "Keyboard", "Ctrl+Num+Enter", true, true);
-        row("spaces are text", "   ", " ", "Ctrl+Return", true, true);
+        row("a blank command adds nothing", "   ", " ", "Ctrl+Return", false, false);
         row("Escape cancels", ";k", "Keyboard", "Esc", false, true);
         row("Return alone does nothing", ";k", "Keyboard", "Return", false, false);
         row("no content, no Ctrl+Return", ";k", "", "Ctrl+Return", false, false);

@@ -115,12 +115,18 @@ private slots:
         GuiInput::clickRow(e.view->shortcutList(), 0);
         QCOMPARE(e.shown(), (QStringList{";hi", "Hello"}));
         QCOMPARE(e.saved(), (QStringList{";hi", "Hello"}));
-        // Letter case counts (;BYE is not ;bye), and an empty command can be saved.
-        for (const QString& command : {QStringLiteral(";BYE"), QString()}) {
+        // Letter case counts (;BYE is not ;bye).
+        GuiInput::retype(e.detail->commandField(), QStringLiteral(";BYE"));
+        GuiInput::click(e.detail->saveButton());
+        QVERIFY(!e.error->isVisible());
+        QCOMPARE(e.stored().command, QStringLiteral(";BYE"));
+        // A blank command is refused with the reason: it would expand on every key.
+        for (const QString& command : {QString(), QStringLiteral("  ")}) {
             GuiInput::retype(e.detail->commandField(), command);
             GuiInput::click(e.detail->saveButton());
-            QVERIFY(!e.error->isVisible());
-            QCOMPARE(e.stored().command, command);
+            QVERIFY(e.error->isVisible());
+            QVERIFY(e.error->text().contains(QStringLiteral("blank")));
+            QCOMPARE(e.stored().command, QStringLiteral(";BYE"));
         }
     }
 

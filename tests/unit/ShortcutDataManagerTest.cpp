@@ -181,16 +181,21 @@ private slots:
             const Shortcut& s = store.shortcuts().at(1);
             return std::tuple(s.id, s.createdAt, s.command, s.content, s.categoryId);
         };
-        store.updateShortcut(original, ";b", "bee", kDefault);
+        QVERIFY(!store.updateShortcut(original, ";b", "bee", kDefault));
         QCOMPARE(fields(), std::tuple(original.id, original.createdAt, QString(";b"),
                                       QString("bee"), kDefault));
-        store.updateShortcut(original, ";c", "sea"); // no category given: the argument's
+        QVERIFY(!store.updateShortcut(original, ";c", "sea")); // no category given: the argument's
         QCOMPARE(fields(),
                  std::tuple(original.id, original.createdAt, QString(";c"), QString("sea"), kWork));
         QCOMPARE(storedCommands(settings), QStringList({";z", ";c"}));
 
         const quint64 revision = store.shortcutsRevision();
-        store.updateShortcut(Shortcut::create(";gone", "", kWork), ";x", "x");
+        QVERIFY(!store.updateShortcut(Shortcut::create(";gone", "", kWork), ";x", "x"));
+        QCOMPARE(store.shortcutsRevision(), revision);
+        QCOMPARE(commands(store.shortcuts()), QStringList({";z", ";c"}));
+        // A blank command is refused whichever view asks: it would expand on every key.
+        QVERIFY(store.updateShortcut(store.shortcuts().at(1), " \t", "sea").has_value());
+        store.appendShortcut(Shortcut::create("", "x", kDefault));
         QCOMPARE(store.shortcutsRevision(), revision);
         QCOMPARE(commands(store.shortcuts()), QStringList({";z", ";c"}));
     }
