@@ -124,32 +124,34 @@ std::optional<QByteArray> RecordCodec::encodeCategories(const QList<CategoryRef>
     return compact(array);
 }
 
-std::optional<QList<Shortcut>> RecordCodec::decodeShortcuts(const QByteArray& json) {
+std::optional<QList<Shortcut>> RecordCodec::decodeShortcuts(const QByteArray& json,
+                                                             int* unreadable) {
     const auto array = parseArray(json);
     if (!array)
         return std::nullopt;
     QList<Shortcut> shortcuts;
     shortcuts.reserve(array->size());
     for (const QJsonValue& element : *array) {
-        auto shortcut = decodeShortcut(element);
-        if (!shortcut)
-            return std::nullopt;
-        shortcuts.append(std::move(*shortcut));
+        if (auto shortcut = decodeShortcut(element))
+            shortcuts.append(std::move(*shortcut));
+        else if (unreadable)
+            ++*unreadable;
     }
     return shortcuts;
 }
 
-std::optional<QList<CategoryRef>> RecordCodec::decodeCategories(const QByteArray& json) {
+std::optional<QList<CategoryRef>> RecordCodec::decodeCategories(const QByteArray& json,
+                                                                 int* unreadable) {
     const auto array = parseArray(json);
     if (!array)
         return std::nullopt;
     QList<CategoryRef> categories;
     categories.reserve(array->size());
     for (const QJsonValue& element : *array) {
-        CategoryRef category = decodeCategory(element);
-        if (!category)
-            return std::nullopt;
-        categories.append(std::move(category));
+        if (CategoryRef category = decodeCategory(element))
+            categories.append(std::move(category));
+        else if (unreadable)
+            ++*unreadable;
     }
     return categories;
 }

@@ -12,7 +12,8 @@
 // always all written, UUIDs in upper case, times as seconds since 2001-01-01 UTC.
 //
 // Decoding is strict and all-or-nothing: a missing key, a wrong type, null, or an id that is
-// not a canonical 36-character UUID fails the record, and one failed record fails the list.
+// not a canonical 36-character UUID fails the record. A list keeps every record that decodes
+// and counts the others, so one bad record never hides the rest of the library.
 // Keys nobody knows are ignored.
 class RecordCodec {
 public:
@@ -24,8 +25,12 @@ public:
     // nullopt when a record cannot be represented (a time that is not a finite number).
     static std::optional<QByteArray> encodeShortcuts(const QList<Shortcut>& shortcuts);
     static std::optional<QByteArray> encodeCategories(const QList<CategoryRef>& categories);
-    static std::optional<QList<Shortcut>> decodeShortcuts(const QByteArray& json);
-    static std::optional<QList<CategoryRef>> decodeCategories(const QByteArray& json);
+    // nullopt when the value is not a JSON array; records that do not decode are left out and
+    // added to `*unreadable`.
+    static std::optional<QList<Shortcut>> decodeShortcuts(const QByteArray& json,
+                                                          int* unreadable = nullptr);
+    static std::optional<QList<CategoryRef>> decodeCategories(const QByteArray& json,
+                                                              int* unreadable = nullptr);
 
     // Canonical upper-case form, and the strict parse that accepts either case.
     static QString uuidString(const QUuid& id);

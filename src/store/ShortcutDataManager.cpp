@@ -4,6 +4,8 @@
 #include "RecordCodec.h"
 #include "SettingsFile.h"
 
+#include <QDateTime>
+#include <QFile>
 #include <QSettings>
 #include <QVariant>
 
@@ -175,16 +177,47 @@ std::optional<QString> ShortcutDataManager::saveCategories() {
 
 void ShortcutDataManager::loadShortcuts() {
     const QVariant value = m_settings->value(QLatin1String(shortcutsKey));
-    if (value.typeId() != QMetaType::QByteArray)
+    if (!value.isValid())
         return;
-    if (auto shortcuts = RecordCodec::decodeShortcuts(value.toByteArray()))
+    int unreadable = 0;
+    auto shortcuts = value.typeId() == QMetaType::QByteArray
+                         ? RecordCodec::decodeShortcuts(value.toByteArray(), &unreadable)
+                         : std::nullopt;
+    if (!shortcuts || unreadable > 0)
+        noteUnreadable(QLatin1String(shortcutsKey), shortcuts ? unreadable : -1);
+    if (shortcuts)
         setShortcuts(std::move(*shortcuts));
 }
 
 void ShortcutDataManager::loadCategories() {
     const QVariant value = m_settings->value(QLatin1String(categoriesKey));
-    if (value.typeId() != QMetaType::QByteArray)
+    if (!value.isValid())
         return;
-    if (auto categories = RecordCodec::decodeCategories(value.toByteArray()))
+    int unreadable = 0;
+    auto categories = value.typeId() == QMetaType::QByteArray
+                          ? RecordCodec::decodeCategories(value.toByteArray(), &unreadable)
+                          : std::nullopt;
+    if (!categories || unreadable > 0)
+        noteUnreadable(QLatin1String(categoriesKey), categories ? unreadable : -1);
+    if (categories)
         setCategories(std::move(*categories));
+}
+
+void ShortcutDataManager::noteUnreadable(const QString& key, int records) {
+    m_unreadableRecords += std::max(records, 1);
+    const QString what = records < 0 ? QStringLiteral("none of the %1 could be read").arg(key)
+                                     : QStringLiteral("%1 of the %2 could not be read")
+                                           .arg(records)
+                                           .arg(key);
+    // The next save rewrites the file: first keep it as it is, once, beside it.
+    if (m_backupPath.isEmpty()) {
+        const QString backup = settingsPath() + QStringLiteral(".unreadable-") +
+                               QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+        if (QFile::copy(settingsPath(), backup))
+            m_backupPath = backup;
+    }
+    qCWarning(lcStore).noquote() << QStringLiteral("In %1 %2; the file as it was is kept in %3")
+                                        .arg(settingsPath(), what,
+                                             m_backupPath.isEmpty() ? QStringLiteral("(no copy could be made)")
+                                                                    : m_backupPath);
 }

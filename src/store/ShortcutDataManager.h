@@ -68,6 +68,11 @@ public:
     // Where the lists are kept on disk.
     QString settingsPath() const;
 
+    // Records in the file that could not be read when it was loaded (a list that could not be
+    // read at all counts as one), and the copy of the file as it was before anything rewrote it.
+    int unreadableRecords() const { return m_unreadableRecords; }
+    QString backupPath() const { return m_backupPath; }
+
     static constexpr const char* shortcutsKey = "Shortcuts";
     static constexpr const char* categoriesKey = "Categories";
 
@@ -84,9 +89,12 @@ private:
     bool isDuplicateCategoryName(const QString& name, std::optional<QUuid> excluding) const;
     void setCategories(QList<CategoryRef> categories);
     std::optional<QString> write(const char* key, const QByteArray& data);
+    void noteUnreadable(const QString& key, int records);
 
     std::unique_ptr<QSettings> m_settings;
     QMap<QString, QVariant> m_unsaved; // keys whose last save failed, with their new value
+    int m_unreadableRecords = 0;
+    QString m_backupPath;
     QList<Shortcut> m_shortcuts;
     QList<CategoryRef> m_categories;
     quint64 m_shortcutsRevision = 0;

@@ -64,9 +64,34 @@ ContentView::ContentView(ShortcutDataManager& dataManager, QWidget* parent)
       m_shortcutModel(new ShortcutListModel(dataManager, this)),
       m_filterModel(new ShortcutFilterModel(*m_shortcutModel, this)) {
     setObjectName(QStringLiteral("contentView"));
-    auto* root = new QHBoxLayout(this);
+    auto* outer = new QVBoxLayout(this);
+    outer->setContentsMargins(0, 0, 0, 0);
+    outer->setSpacing(0);
+    // Problems with the library file: records that could not be read, a save that failed.
+    m_problemBanner = new QLabel(this);
+    m_problemBanner->setObjectName(QStringLiteral("problemBanner"));
+    m_problemBanner->setWordWrap(true);
+    m_problemBanner->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_problemBanner->setContentsMargins(12, 8, 12, 8);
+    m_problemBanner->setStyleSheet(QStringLiteral("background: #fff3cd; color: #664d03;"));
+    m_problemBanner->setVisible(false);
+    outer->addWidget(m_problemBanner);
+    if (const int unreadable = dataManager.unreadableRecords(); unreadable > 0) {
+        const QString kept = dataManager.backupPath().isEmpty() ? dataManager.settingsPath()
+                                                                : dataManager.backupPath();
+        showProblem((unreadable == 1
+                         ? tr("1 record in your library could not be read and is not shown.")
+                         : tr("%1 records in your library could not be read and are not shown.")
+                               .arg(unreadable)) +
+                    tr(" The file as it was is kept in %1.").arg(kept));
+    }
+    connect(&m_dataManager, &ShortcutDataManager::saveFailed, this, [this](const QString& why) {
+        showProblem(tr("Your last change is kept in Typolet but is not on disk yet. %1").arg(why));
+    });
+    auto* root = new QHBoxLayout;
     root->setContentsMargins(0, 0, 0, 0);
     root->setSpacing(0);
+    outer->addLayout(root, 1);
     root->addWidget(buildSidebar());
     root->addWidget(new Divider(Qt::Vertical, this));
     root->addWidget(buildSnippetColumn());
@@ -88,6 +113,11 @@ ContentView::ContentView(ShortcutDataManager& dataManager, QWidget* parent)
 }
 
 ContentView::~ContentView() = default;
+
+void ContentView::showProblem(const QString& text) {
+    m_problemBanner->setText(text);
+    m_problemBanner->setVisible(true);
+}
 
 QWidget* ContentView::buildSidebar() {
     auto* sidebar = new QWidget(this);

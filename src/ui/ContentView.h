@@ -87,6 +87,8 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    // Shows a problem with the library file above everything else, until the window closes.
+    void showProblem(const QString& text);
     QWidget* buildSidebar();
     QWidget* buildSnippetColumn();
     QWidget* buildDetailPane();
@@ -123,6 +125,7 @@ private:
     QListView* m_shortcutList = nullptr;
     QStackedWidget* m_detailStack = nullptr;
     QLabel* m_detailPlaceholder = nullptr;
+    QLabel* m_problemBanner = nullptr;
     ShortcutDetailView* m_detailView = nullptr;
 
     QPointer<AddShortcutView> m_addSheet;

@@ -115,8 +115,12 @@ private slots:
             else
                 broken[key] = value;
             QVERIFY2(!RecordCodec::decodeShortcut(broken), qPrintable(key));
-            // One bad record spoils the whole list.
-            QVERIFY(!RecordCodec::decodeShortcuts(arrayOf({validShortcutObject(), broken})));
+            // One bad record is left out and counted; the rest of the list is kept.
+            int unreadable = 0;
+            const auto kept =
+                RecordCodec::decodeShortcuts(arrayOf({validShortcutObject(), broken}), &unreadable);
+            QVERIFY(kept && kept->size() == 1);
+            QCOMPARE(unreadable, 1);
         }
     }
 
@@ -126,8 +130,14 @@ private slots:
              {QByteArray(), arrayOf({validShortcutObject()}).chopped(3), QByteArray("{}"),
               QByteArray("[1,2]"), QByteArray(100000, '[') + QByteArray(100000, ']'),
               QByteArray("\x00\xff\xfe[", 4), noName + "}]", noName + R"(,"name":null}])"}) {
-            QVERIFY2(!RecordCodec::decodeShortcuts(json), json.left(60).constData());
-            QVERIFY2(!RecordCodec::decodeCategories(json), json.left(60).constData());
+            // Not a list at all, or a list of which nothing can be read.
+            int unreadable = 0;
+            const auto shortcuts = RecordCodec::decodeShortcuts(json, &unreadable);
+            QVERIFY2(!shortcuts || (shortcuts->isEmpty() && unreadable > 0), json.left(60).constData());
+            unreadable = 0;
+            const auto categories = RecordCodec::decodeCategories(json, &unreadable);
+            QVERIFY2(!categories || (categories->isEmpty() && unreadable > 0),
+                     json.left(60).constData());
         }
     }
 

@@ -4,6 +4,9 @@
 #include "TemporarySettings.h"
 
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -242,6 +245,34 @@ private slots:
         QVERIFY(again.shortcuts().at(0).content == big);
         QCOMPARE(again.shortcuts().at(0).categoryId, again.categories().at(1)->id());
         QCOMPARE(again.shortcuts().at(1).content, "line 1\nline 2\ttab");
+    }
+
+    void oneBadRecordHidesNothingAndTheFileIsKeptBeforeItIsRewritten() {
+        TemporarySettings settings;
+        QJsonArray records;
+        for (int i = 0; i < 100; ++i)
+            records.append(RecordCodec::encode(Shortcut::create(";s" + QString::number(i), "x", kDefault)));
+        QJsonObject bad = records[40].toObject();
+        bad["createdAt"] = "yesterday";
+        records[40] = bad;
+        settings.write("Shortcuts", QJsonDocument(records).toJson(QJsonDocument::Compact));
+        settings.write("Categories", QByteArray("[{\"name\": 5}]"));
+        QFile original(settings.path());
+        QVERIFY(original.open(QIODevice::ReadOnly));
+        const QByteArray before = original.readAll();
+
+        CapturedDiagnostics diagnostics;
+        ShortcutDataManager store(settings.path());
+        QCOMPARE(store.shortcuts().size(), 99);
+        QCOMPARE(store.unreadableRecords(), 2);
+        // The copy was made before the default category was written back.
+        QFile backup(store.backupPath());
+        QVERIFY2(backup.open(QIODevice::ReadOnly), qPrintable(store.backupPath()));
+        QCOMPARE(backup.readAll(), before);
+        store.appendShortcut(Shortcut::create(";new", "n", kDefault));
+        store.saveShortcuts();
+        QCOMPARE(storedCommands(settings).size(), 100);
+        QCOMPARE(diagnostics.lines.filter(store.backupPath()).size(), 2);
     }
 
     void aFailedWriteIsReportedAndKeptInMemory() {
