@@ -4,13 +4,15 @@
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
+#include <QStandardPaths>
+#include <QSysInfo>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QRegularExpression>
 #include <QEventLoop>
 #include <QTimer>
-#include <unistd.h>
 
 namespace {
 // How long a second launch keeps trying to reach a Typolet that holds the lock but may still
@@ -31,19 +33,45 @@ SingleInstanceGuard::~SingleInstanceGuard() {
         m_server->close();
 }
 
+QString SingleInstanceGuard::displayKey(const QString& x11Display, const QString& waylandDisplay) {
+    if (!waylandDisplay.isEmpty())
+        return QStringLiteral("wayland-") + QFileInfo(waylandDisplay).fileName();
+    // "[host]:number[.screen]": the screen does not make another server, and the local
+    // machine has several names.
+    static const QRegularExpression form(QStringLiteral("^(.*):(\\d+)(\\.\\d+)?$"));
+    const QRegularExpressionMatch match = form.match(x11Display);
+    if (!match.hasMatch())
+        return {};
+    QString host = match.captured(1);
+    if (host.startsWith(QLatin1Char('/')))
+        host.clear(); // a socket path (launchd-style), local
+    const QString self = QSysInfo::machineHostName();
+    if (host == QLatin1String("localhost") || host == QLatin1String("unix") ||
+        host == QLatin1String("127.0.0.1") || host == self)
+        host.clear();
+    host.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9._-]")), QStringLiteral("_"));
+    return host + QLatin1Char('_') + match.captured(2);
+}
+
 QString SingleInstanceGuard::defaultServerName() {
-    // One Typolet per user and X display: the engine watches and types on one display, so
-    // instances on two displays (a second seat, a test server) never expand the same keys.
-    QString display = qEnvironmentVariable("DISPLAY");
-    display.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9._-]")), QStringLiteral("_"));
+    // One Typolet per user and display: the engine watches and types on one display, so
+    // instances on two displays (a second seat, a test server) never expand the same keys,
+    // while two names for the same display lead to the same guard.
+    const QString display =
+        displayKey(qEnvironmentVariable("DISPLAY"), qEnvironmentVariable("WAYLAND_DISPLAY"));
     const QString file = display.isEmpty() ? QStringLiteral("typolet.socket")
                                            : QStringLiteral("typolet-%1.socket").arg(display);
-    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    if (!runtime.isEmpty() && QFileInfo(runtime).isDir())
-        return QDir(runtime).filePath(file);
-    // No private runtime folder: the shared temporary folder, with the user id in the name.
-    return QDir(QDir::tempPath())
-        .filePath(QStringLiteral("%1-%2").arg(static_cast<qulonglong>(::getuid())).arg(file));
+    // A folder only this user can write: Qt checks that the runtime folder is the user's own
+    // and private (making one in /tmp when XDG_RUNTIME_DIR is unset), and gives none otherwise.
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    if (folder.isEmpty()) {
+        folder = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
+                 QStringLiteral("/typolet");
+        QDir().mkpath(folder);
+        QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                          QFileDevice::ExeOwner);
+    }
+    return QDir(folder).filePath(file);
 }
 
 SingleInstanceGuard::Role SingleInstanceGuard::claim() {

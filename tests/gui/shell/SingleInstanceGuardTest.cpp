@@ -82,11 +82,14 @@ void SingleInstanceGuardTest::crashedTypoletDoesNotBlockTheNextLaunch() {
 void SingleInstanceGuardTest::defaultNameIsPerUserAndDisplay() {
     const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
     const QByteArray display = qgetenv("DISPLAY");
+    const QByteArray wayland = qgetenv("WAYLAND_DISPLAY");
     QVERIFY(!runtime.isEmpty());
     const auto restore = qScopeGuard([&] {
         qputenv("XDG_RUNTIME_DIR", runtime);
         qputenv("DISPLAY", display);
+        qputenv("WAYLAND_DISPLAY", wayland);
     });
+    qunsetenv("WAYLAND_DISPLAY");
     const auto nameFor = [](const char* display) {
         if (display != nullptr)
             qputenv("DISPLAY", display);
@@ -95,14 +98,24 @@ void SingleInstanceGuardTest::defaultNameIsPerUserAndDisplay() {
         return SingleInstanceGuard::defaultServerName();
     };
     const QString folder = QString::fromLocal8Bit(runtime);
-    QCOMPARE(nameFor(":7.0"), folder + QStringLiteral("/typolet-_7.0.socket"));
+    QCOMPARE(nameFor(":7"), folder + QStringLiteral("/typolet-_7.socket"));
     QCOMPARE(SingleInstanceGuard().serverName(), SingleInstanceGuard::defaultServerName());
-    // Another display of the same user has its own Typolet.
-    QCOMPARE(nameFor("host/unix:3"), folder + QStringLiteral("/typolet-host_unix_3.socket"));
+    // Every way of naming display 7 here is one display: one Typolet.
+    for (const char* same : {":7.0", "localhost:7", "unix:7.1"})
+        QVERIFY2(nameFor(same) == nameFor(":7"), same);
+    // Another display, or another machine's, has its own.
+    QVERIFY(nameFor(":8") != nameFor(":7"));
+    QVERIFY(nameFor("far.example.org:7") != nameFor(":7"));
     QCOMPARE(nameFor(nullptr), folder + QStringLiteral("/typolet.socket"));
+    QCOMPARE(SingleInstanceGuard::displayKey(":0", "wayland-1"), QStringLiteral("wayland-wayland-1"));
+    // Without a runtime folder the guard lives in a private folder of the user's own.
     qunsetenv("XDG_RUNTIME_DIR");
-    QCOMPARE(nameFor(":7"),
-             QDir::tempPath() + QStringLiteral("/%1-typolet-_7.socket").arg(::getuid()));
+    const QFileInfo fallback(QFileInfo(nameFor(":7")).path());
+    QVERIFY(fallback.isDir());
+    QCOMPARE(fallback.ownerId(), ::getuid());
+    QCOMPARE(fallback.permissions() & (QFileDevice::ReadGroup | QFileDevice::WriteGroup |
+                                       QFileDevice::ReadOther | QFileDevice::WriteOther),
+             QFileDevice::Permissions());
 }
 
 TYPOLET_ISOLATED_TEST_MAIN(SingleInstanceGuardTest)
