@@ -81,7 +81,7 @@ void PreferencesView::buildSyncCard() {
 
     m_syncHeader =
         new SectionHeader(QStringLiteral("arrow.triangle.2.circlepath"), QStringLiteral("Sync"),
-                          QStringLiteral("Comming Soon"), m_syncCard);
+                          QStringLiteral("Coming Soon"), m_syncCard);
     content->addWidget(m_syncHeader);
 
     m_syncDetail = new ToneLabel(QStringLiteral("Keep your snippets synchronized and backed up "

@@ -1,4 +1,4 @@
-// The Preferences view: its two cards, their texts and sizes, and the start-at-login switch.
+// The Preferences view: the start-at-login switch shows and writes only the stored value.
 
 #include "PreferencesView.h"
 #include "CapsuleBadge.h"
@@ -33,79 +33,13 @@ struct Fixture {
     }
 };
 
-QPoint positionIn(const QWidget* widget, const QWidget* ancestor) {
-    return widget->mapTo(ancestor, QPoint(0, 0));
-}
 } // namespace
 
 class PreferencesViewTest : public QObject {
     Q_OBJECT
 private slots:
-    void cardsShowTheirTextsInOneLayout();
     void switchShowsAndWritesOnlyTheStoredValue();
 };
-
-void PreferencesViewTest::cardsShowTheirTextsInOneLayout() {
-    Fixture f;
-    f.show();
-    SectionHeader* general = f.view.generalHeader();
-    SectionHeader* sync = f.view.syncHeader();
-    QCOMPARE(general->symbolName(), QStringLiteral("gearshape.fill"));
-    QCOMPARE(sync->symbolName(), QStringLiteral("arrow.triangle.2.circlepath"));
-    for (const SectionHeader* header : {general, sync})
-        QVERIFY(!ShellStyle::symbol(header->symbolName()).isNull());
-    QCOMPARE(general->badge(), nullptr);
-    QVERIFY(sync->badge() != nullptr);
-
-    // Every text but the badge lines up after the card's 20 padding, the 24 icon and 12 spacing.
-    const struct {
-        const QLabel* label;
-        const char* text;
-        int pixelSize;
-        QFont::Weight weight;
-    } texts[] = {
-        {general->titleLabel(), "General", 16, QFont::DemiBold},
-        {sync->titleLabel(), "Sync", 16, QFont::DemiBold},
-        {sync->badge(), "Comming Soon", 9, QFont::Medium},
-        {f.view.startAtLoginTitle(), "Start at Login", 14, QFont::Medium},
-        {f.view.startAtLoginDetail(), "Automatically start Typolet when you log in", 12,
-         QFont::Normal},
-        {f.view.syncDetail(),
-         "Keep your snippets synchronized and backed up across all your devices. Access them "
-         "anywhere, anytime.",
-         12, QFont::Normal},
-    };
-    for (const auto& t : texts) {
-        QCOMPARE(t.label->text(), QString::fromUtf8(t.text));
-        QCOMPARE(t.label->font().pixelSize(), t.pixelSize);
-        QCOMPARE(t.label->font().weight(), t.weight);
-        if (t.label != sync->badge())
-            QCOMPARE(positionIn(t.label, &f.view).x() + t.label->contentsRect().left(),
-                     16 + 20 + 36);
-    }
-    QCOMPARE(f.view.startAtLoginDetail()->tone(), ToneLabel::Tone::Tertiary);
-    QCOMPARE(f.view.syncDetail()->tone(), ToneLabel::Tone::Tertiary);
-    QCOMPARE(sync->badge()->tone(), ToneLabel::Tone::Secondary);
-    // The explanation is softer than the setting's name, yet still stands off the background.
-    const QColor detail = f.view.startAtLoginDetail()->palette().color(QPalette::WindowText);
-    QVERIFY(detail != f.view.palette().color(QPalette::WindowText));
-    QVERIFY(detail != f.view.palette().color(QPalette::Window));
-
-    // Two cards of one size: 16 around the stack, 12 between; content 20 in and 16 down.
-    QCOMPARE(f.view.size(), QSize(432, 16 + 120 + 12 + 120 + 16));
-    QCOMPARE(f.view.generalCard()->geometry(), QRect(16, 16, 400, 120));
-    QCOMPARE(f.view.syncCard()->geometry(), QRect(16, 16 + 120 + 12, 400, 120));
-    QCOMPARE(positionIn(general, f.view.generalCard()), QPoint(20, 16));
-    // The badge follows the Sync title; the switch sits at the card's right edge.
-    QVERIFY(positionIn(sync->badge(), sync).x() >
-            positionIn(sync->titleLabel(), sync).x() + sync->titleLabel()->width());
-    ToggleSwitch* toggle = f.view.startAtLoginSwitch();
-    QCOMPARE(positionIn(toggle, f.view.generalCard()).x() + toggle->width(), 400 - 20);
-    // The sync text is shown whole, however many lines it takes.
-    const QLabel* syncDetail = f.view.syncDetail();
-    QVERIFY(syncDetail->height() >= syncDetail->heightForWidth(syncDetail->width()));
-    QVERIFY(positionIn(syncDetail, f.view.syncCard()).y() + syncDetail->height() <= 120 - 16);
-}
 
 void PreferencesViewTest::switchShowsAndWritesOnlyTheStoredValue() {
     Fixture f;

@@ -26,15 +26,13 @@ private slots:
 void ShellWindowsTest::eachWindowIsBuiltOnceAndReused_data() {
     QTest::addColumn<bool>("about");
     QTest::addColumn<QString>("title");
-    QTest::addColumn<QSize>("size");
-    QTest::newRow("Preferences") << false << QStringLiteral("Preferences") << QSize(500, 400);
-    QTest::newRow("About") << true << QStringLiteral("About Typolet") << QSize(240, 220);
+    QTest::newRow("Preferences") << false << QStringLiteral("Preferences");
+    QTest::newRow("About") << true << QStringLiteral("About Typolet");
 }
 
 void ShellWindowsTest::eachWindowIsBuiltOnceAndReused() {
     QFETCH(bool, about);
     QFETCH(QString, title);
-    QFETCH(QSize, size);
     TemporarySettings settings;
     LoginPreferences preferences(settings.path());
     LoginItemManager loginItems(std::make_unique<RecordingLoginItemBackend>());
@@ -50,15 +48,6 @@ void ShellWindowsTest::eachWindowIsBuiltOnceAndReused() {
         about ? static_cast<QWidget*>(windows.aboutView()) : windows.preferencesView();
     QVERIFY(view && window->isAncestorOf(view));
     QCOMPARE(window->windowTitle(), title);
-    QCOMPARE(window->size(), size);
-    QCOMPARE(window->minimumSize(), window->maximumSize());
-    // Title and close button only.
-    const Qt::WindowFlags flags = window->windowFlags();
-    QVERIFY(flags.testFlags(Qt::WindowTitleHint | Qt::WindowCloseButtonHint));
-    QVERIFY(!flags.testAnyFlags(Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint));
-    const QPoint offset = window->frameGeometry().center() -
-                          QGuiApplication::primaryScreen()->availableGeometry().center();
-    QVERIFY2(qAbs(offset.x()) <= 1 && qAbs(offset.y()) <= 1, "not centred on the screen");
 
     // Closing only hides; the next request shows the same window and view, state and all.
     QVERIFY(window->close());
