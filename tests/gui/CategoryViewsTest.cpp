@@ -4,10 +4,7 @@
 #include "EditCategoryView.h"
 #include "FocusableTextField.h"
 #include "GuiTestSupport.h"
-#include "InputFieldFrame.h"
 #include "PlainButton.h"
-#include "SymbolView.h"
-#include "UiTheme.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -25,18 +22,6 @@ EditCategoryView* openEditSheet(ContentView* view, const CategoryRef& category) 
 }
 QWidget* duplicateError(QWidget* sheet) {
     return sheet->findChild<QWidget*>(QStringLiteral("duplicateError"));
-}
-// The colours of a row's folder, edit and delete symbols.
-QList<QColor> colors(const CategoryRowView* row) {
-    return {row->folderSymbol()->color(), row->editButton()->color(), row->deleteButton()->color()};
-}
-bool drawsWhite(QWidget* widget) {
-    const QImage image = widget->grab().toImage();
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            if (image.pixel(x, y) == QColor(Qt::white).rgb())
-                return true;
-    return false;
 }
 } // namespace
 
@@ -61,27 +46,9 @@ private slots:
         QCOMPARE(Shown::rowLabel(other, "categoryCount"), QStringLiteral("0 snippets"));
         fixture.addShortcut(QStringLiteral(";b"), QStringLiteral("B"), work->id());
         QCOMPARE(Shown::rowLabel(row, "categoryCount"), QStringLiteral("2 snippets"));
-        QCOMPARE((QStringList{row->editButton()->toolTip(), row->deleteButton()->toolTip(),
-                              row->deleteButton()->accessibleName()}),
-                 (QStringList{"Edit Category", "Delete Category", "Delete Category"}));
         // The built-in and the reserved category can be neither renamed nor deleted.
         for (const QUuid& id : {Category::defaultCategoryId, Category::reservedCategoryId})
             QVERIFY(view->categoryRow(id)->findChildren<QAbstractButton*>().isEmpty());
-        // A click on the row lands on the row's own widget; the selected row's symbols are white.
-        const QRect rect =
-            view->categoryList()->visualRect(view->categoryList()->model()->index(2, 0));
-        QWidget* hit = view->categoryList()->viewport()->childAt(rect.center());
-        QVERIFY(hit == row || row->isAncestorOf(hit));
-        GuiInput::clickRow(view->categoryList(), 2);
-        const QList<QColor> white(3, Qt::white);
-        QCOMPARE(colors(row), white);
-        QVERIFY(drawsWhite(row->folderSymbol()));
-        QCOMPARE(colors(other),
-                 (QList<QColor>{UiTheme::accent(other), UiTheme::accent(other), UiTheme::red()}));
-        GuiInput::clickRow(view->categoryList(), 3);
-        QCOMPARE(colors(row),
-                 (QList<QColor>{UiTheme::accent(row), UiTheme::accent(row), UiTheme::red()}));
-        QCOMPARE(colors(other), white);
     }
 
     void addSheet() {
@@ -90,15 +57,11 @@ private slots:
         ContentView* view = fixture.show();
         AddCategoryView* sheet = openAddSheet(view);
         QVERIFY(sheet);
-        QCOMPARE(sheet->size(), QSize(440, 280));
-        QCOMPARE(sheet->nameField()->placeholderText(), QStringLiteral("Enter category name..."));
         QVERIFY(!sheet->addButton()->isEnabled());
         // Letter case alone does not make a new name; typing hides the message.
         QTest::keyClicks(sheet->nameField(), QStringLiteral("wORK"));
         GuiInput::click(sheet->addButton());
         QVERIFY(duplicateError(sheet)->isVisible());
-        QCOMPARE(duplicateError(sheet)->findChild<QLabel*>(QStringLiteral("errorMessage"))->text(),
-                 QStringLiteral("A category with this name already exists"));
         QTest::keyClicks(sheet->nameField(), QStringLiteral("s"));
         QVERIFY(!duplicateError(sheet)->isVisible());
         // Return alone does not submit; Escape cancels.
@@ -108,16 +71,10 @@ private slots:
         QTest::keyClick(sheet->nameField(), Qt::Key_Escape);
         QTRY_VERIFY(closing.isNull());
         QCOMPARE(namesOf(fixture.store().categories()), (QStringList{"Uncategory", "Work"}));
-        // The next sheet starts empty; its field's outline is the accent colour while edited.
+        // The next sheet starts empty.
         sheet = openAddSheet(view);
         QVERIFY(sheet);
         QVERIFY(sheet->name().isEmpty());
-        sheet->nameField()->setFocus(Qt::MouseFocusReason);
-        QTRY_VERIFY(sheet->isNameFieldFocused());
-        QCOMPARE(sheet->nameFrame()->outlineColor(), UiTheme::accent(sheet->nameFrame()));
-        sheet->cancelButton()->setFocus(Qt::TabFocusReason);
-        QTRY_VERIFY(!sheet->isNameFieldFocused());
-        QCOMPARE(sheet->nameFrame()->outlineColor(), UiTheme::faintOutline());
         // Names are compared untrimmed: " Work" is new. It is selected once the sheet has closed.
         QTest::keyClicks(sheet->nameField(), QStringLiteral(" Work"));
         QVERIFY(GuiInput::clickCloses(sheet->addButton()));
@@ -158,9 +115,7 @@ private slots:
         }
         EditCategoryView* sheet = openEditSheet(view, work);
         QVERIFY(sheet);
-        QCOMPARE(sheet->size(), QSize(400, 200));
-        QCOMPARE((QStringList{sheet->nameField()->text(), sheet->nameField()->placeholderText()}),
-                 (QStringList{"Work", "Category name"}));
+        QCOMPARE(sheet->nameField()->text(), QStringLiteral("Work"));
         // Unchanged or empty: nothing to save.
         QVERIFY(!sheet->saveButton()->isEnabled());
         GuiInput::retype(sheet->nameField(), QString());
@@ -169,8 +124,6 @@ private slots:
         QTest::keyClicks(sheet->nameField(), QStringLiteral("HOME"));
         GuiInput::click(sheet->saveButton());
         QVERIFY(duplicateError(sheet)->isVisible());
-        QCOMPARE(qobject_cast<QLabel*>(duplicateError(sheet))->text(),
-                 QStringLiteral("A category with this name already exists"));
         QTest::keyClick(sheet->nameField(), Qt::Key_Backspace);
         QVERIFY(!duplicateError(sheet)->isVisible());
         // Its own name in other letter case is fine.
