@@ -1,19 +1,14 @@
-// The shared controls: the multi-line editor, the single-line field and the primary button.
+// The shared controls: the multi-line editor and the single-line field.
 #include "CustomTextEditor.h"
 #include "FocusableTextField.h"
-#include "FormParts.h"
 #include "GuiTestSupport.h"
-#include "PrimaryButtonStyle.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QMimeData>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
-#include <QTextBlock>
-#include <QTextLayout>
 #include <QVBoxLayout>
 
 class TextControlsTest : public QObject {
@@ -55,14 +50,6 @@ private slots:
         QVERIFY(editor.text() != QStringLiteral("bold and italic!"));
         QTest::keyClick(&editor, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
         QCOMPARE(editor.text(), QStringLiteral("bold and italic!"));
-        // Long lines wrap; the vertical scroller shows only while the text is taller.
-        QVERIFY(!editor.verticalScrollBar()->isVisible());
-        editor.setText(QStringLiteral("word ").repeated(60) + QString(300, QChar(u'x')));
-        QTRY_VERIFY(editor.document()->firstBlock().layout()->lineCount() > 5);
-        QCOMPARE(editor.horizontalScrollBar()->maximum(), 0);
-        QTRY_VERIFY(editor.verticalScrollBar()->isVisible());
-        editor.setText(QStringLiteral("short"));
-        QTRY_VERIFY(!editor.verticalScrollBar()->isVisible());
     }
 
     void fieldReportsEditingBeginAndEnd() {
@@ -94,49 +81,6 @@ private slots:
         QCOMPARE(reports(), (QList<bool>{true, false, true}));
         other->setFocus(Qt::TabFocusReason);
         QTRY_COMPARE(reports(), (QList<bool>{true, false, true, false}));
-    }
-
-    void primaryButton() {
-        // The style pads a label 12 at each side (QPushButton may round the text width up);
-        // a label that is already padded 12 x 6 gets the style's 12 x 4 on top.
-        QPushButton bare(QStringLiteral("Save"));
-        PrimaryButtonStyle::apply(&bare);
-        const int textWidth = QFontMetrics(bare.font()).horizontalAdvance(QStringLiteral("Save"));
-        QVERIFY(qAbs(bare.sizeHint().width() - (textWidth + 24)) <= 1);
-        QPushButton padded(QStringLiteral("Save"));
-        PrimaryButtonStyle::apply(&padded, QMargins(12, 6, 12, 6));
-        QCOMPARE(padded.sizeHint(), bare.sizeHint() + QSize(24, 12));
-        // Accent fill and a white label; 80 % opacity while pressed.
-        QWidget window;
-        window.setAutoFillBackground(true);
-        QPalette palette = window.palette();
-        palette.setColor(QPalette::Window, Qt::white);
-        palette.setColor(QPalette::Highlight, QColor(0, 90, 200));
-        window.setPalette(palette);
-        auto* layout = new QVBoxLayout(&window);
-        QPushButton* button = FormParts::primaryButton(QStringLiteral("checkmark.circle.fill"),
-                                                       QStringLiteral("Add"), 6, &window);
-        layout->addWidget(button);
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        const auto fill = [&] { // left of the label
-            return window.grab().toImage().pixelColor(
-                button->mapTo(&window, QPoint(4, button->height() / 2)));
-        };
-        QCOMPARE(fill(), QColor(0, 90, 200));
-        QTest::mousePress(button, Qt::LeftButton);
-        QVERIFY(button->isDown());
-        const QColor pressed = fill(); // 0.8 * (0, 90, 200) + 0.2 * white
-        QVERIFY2(qAbs(pressed.red() - 51) <= 3 && qAbs(pressed.green() - 123) <= 3 &&
-                     qAbs(pressed.blue() - 211) <= 3,
-                 qPrintable(pressed.name()));
-        QTest::mouseRelease(button, Qt::LeftButton);
-        QCOMPARE(fill(), QColor(0, 90, 200));
-        const QImage image = button->grab().toImage();
-        bool sawWhite = false;
-        for (int x = 0; x < image.width() && !sawWhite; ++x)
-            sawWhite = image.pixelColor(x, image.height() / 2) == QColor(Qt::white);
-        QVERIFY(sawWhite);
     }
 };
 
