@@ -173,15 +173,6 @@ private slots:
         expectShown(session, content);
     }
 
-    void twoExpansionsInARow() {
-        XSession session;
-        QVERIFY(prepare(session, {{";one", "first"}, {";two", "second ünïcödé"}}));
-        QVERIFY(type(session, QStringLiteral(";one")));
-        expectShown(session, QStringLiteral("first"));
-        QVERIFY(type(session, QStringLiteral(" ;two")));
-        expectShown(session, QStringLiteral("first second ünïcödé"));
-    }
-
     void qtClientReceivesLongLatinText() {
         XSession session;
         const QString content = repeatedTo(

@@ -55,7 +55,6 @@ class ShellTrayTest : public QObject {
     Q_OBJECT
 private slots:
     void init();
-    void trayIconAppearsAndItsMenuOpens();
     void runInBackgroundThenOpenTypolet();
     void secondLaunchExitsAndRaisesTheFirst();
     void withoutATrayItRunsWithItsWindow();
@@ -76,7 +75,7 @@ private:
 void ShellTrayTest::init() {
     const QStringList missing = XvfbSession::missingTools(true);
     if (!missing.isEmpty())
-        QSKIP(qPrintable(QStringLiteral("missing: ") + missing.join(u' ') +
+        QFAIL(qPrintable(QStringLiteral("missing: ") + missing.join(u' ') +
                          QStringLiteral(" (scripts/bootstrap installs them)")));
     QVERIFY2(QFileInfo(program()).isExecutable(), qPrintable(program()));
     m_mainWindow.clear();
@@ -133,22 +132,6 @@ bool ShellTrayTest::runInBackground(XvfbSession& x) {
         return false;
     x.key(QStringLiteral("Tab space"));
     return QTest::qWaitFor([&] { return viewableIds(x).isEmpty(); }, patienceMs);
-}
-
-void ShellTrayTest::trayIconAppearsAndItsMenuOpens() {
-    XvfbSession x;
-    QVERIFY2(x.start(true), qPrintable(x.error()));
-    QVERIFY(startTypolet(x, true));
-    const std::optional<XvfbSession::Window> icon = trayIcon(x);
-    QVERIFY(icon.has_value());
-    QVERIFY(icon->width >= 16 && icon->height >= 16);
-    QVERIFY(x.isViewable(icon->id));
-
-    const QString menu = openTrayMenu(x);
-    QVERIFY(!menu.isEmpty());
-    x.key(QStringLiteral("Escape"));
-    QVERIFY(QTest::qWaitFor([&] { return !x.isViewable(menu); }, patienceMs));
-    QCOMPARE(m_typolet->state(), QProcess::Running);
 }
 
 void ShellTrayTest::runInBackgroundThenOpenTypolet() {
