@@ -1,7 +1,6 @@
 // Typing commands into real X clients under Xvfb and checking what the clients received.
 #include "XSession.h"
 
-#include <QFile>
 #include <QtTest>
 
 namespace {
@@ -43,46 +42,20 @@ QString manyScripts(int length) {
 class ExpansionE2eTest : public QObject {
     Q_OBJECT
 
-    // Starts a server, Typolet with `snippets`, and a focused target. Fails the test with
-    // the collected output when any of it does not come up.
-    bool prepare(XSession& session, const Snippets& snippets, bool qtClient = false) {
-        if (!session.isRunning()) {
-            qWarning("Xvfb did not start");
-            return false;
-        }
-        session.writeSnippets(snippets);
-        if (!session.startTypolet()) {
+    // Starts a server, Typolet with `snippets`, and a focused target.
+    static bool prepare(XSession& session, const Snippets& snippets, bool qtClient = false) {
+        const bool started = session.startWith(
+            snippets, qtClient ? XSession::Target::QtClient : XSession::Target::Terminal);
+        if (!started)
             qWarning().noquote() << session.log();
-            return false;
-        }
-        const QString out = session.file(QStringLiteral("received"));
-        const bool target = qtClient ? session.startQtClient(out) : session.startTerminal(out);
-        if (!target || !session.focusTarget()) {
-            qWarning().noquote() << session.log();
-            return false;
-        }
-        return true;
+        return started;
     }
 
-    static QString shown(XSession& session) {
-        QFile file(session.file(QStringLiteral("received")));
-        if (!file.open(QIODevice::ReadOnly))
-            return {};
-        return XSession::afterErasing(file.readAll());
-    }
-
-    // Waits until the target shows `expected`; on timeout compares what it shows instead.
+    // Waits until the target shows `expected`; on timeout says where it differs.
     static void expectShown(XSession& session, const QString& expected) {
-        XSession::waitFor([&] { return shown(session) == expected; }, 60000);
-        const QString actual = shown(session);
-        if (actual != expected) {
-            qsizetype at = 0;
-            while (at < actual.size() && at < expected.size() && actual[at] == expected[at])
-                ++at;
-            qWarning("received %lld UTF-16 units, expected %lld; first difference at %lld",
-                     qlonglong(actual.size()), qlonglong(expected.size()), qlonglong(at));
-        }
-        QCOMPARE(actual, expected);
+        const QString actual =
+            session.shownTextOnce([&](const QString& text) { return text == expected; });
+        QVERIFY2(actual == expected, qPrintable(XSession::describeDifference(actual, expected)));
     }
 
     static bool keys(XSession& session, const QStringList& names) {

@@ -19,18 +19,6 @@ QString repeated(const QString& pattern, int times) {
     return text;
 }
 
-QString describeDifference(const QString& actual, const QString& expected) {
-    qsizetype at = 0;
-    while (at < actual.size() && at < expected.size() && actual[at] == expected[at])
-        ++at;
-    return QStringLiteral("%1 characters, expected %2; first difference at %3:\n  shown    "
-                          "\"%4\"\n  expected \"%5\"")
-        .arg(actual.size())
-        .arg(expected.size())
-        .arg(at)
-        .arg(actual.mid(std::max<qsizetype>(0, at - 30), 60),
-             expected.mid(std::max<qsizetype>(0, at - 30), 60));
-}
 } // namespace
 
 class TypingHabitsE2eTest : public QObject {
@@ -48,7 +36,7 @@ class TypingHabitsE2eTest : public QObject {
         const QString actual =
             settled(session, expansions, [&](const QString& shown) { return shown == expected; });
         QVERIFY2(actual == expected,
-                 qPrintable(describeDifference(actual, expected) + QStringLiteral("\nTypolet: ") +
+                 qPrintable(XSession::describeDifference(actual, expected) + QStringLiteral("\nTypolet: ") +
                             session.typoletOutput().right(600)));
     }
 

@@ -318,6 +318,19 @@ QString XSession::readText(const QString& path) {
     return QString::fromUtf8(file.readAll());
 }
 
+QString XSession::describeDifference(const QString& actual, const QString& expected) {
+    qsizetype at = 0;
+    while (at < actual.size() && at < expected.size() && actual[at] == expected[at])
+        ++at;
+    return QStringLiteral("%1 characters, expected %2; first difference at %3:\n  shown    "
+                          "\"%4\"\n  expected \"%5\"")
+        .arg(actual.size())
+        .arg(expected.size())
+        .arg(at)
+        .arg(actual.mid(std::max<qsizetype>(0, at - 30), 60),
+             expected.mid(std::max<qsizetype>(0, at - 30), 60));
+}
+
 QString XSession::afterErasing(const QByteArray& bytes) {
     QString shown;
     for (const QChar c : QString::fromUtf8(bytes)) {

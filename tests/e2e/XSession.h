@@ -82,6 +82,8 @@ public:
     // What a terminal shows for the bytes it was sent: each BackSpace or Delete erases the
     // character before it.
     static QString afterErasing(const QByteArray& bytes);
+    // Where `actual` first differs from `expected`, with both around that place.
+    static QString describeDifference(const QString& actual, const QString& expected);
 
 private:
     QProcessEnvironment environment(const QStringList& extra) const;
