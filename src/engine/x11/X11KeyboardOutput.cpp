@@ -3,6 +3,7 @@
 #include "Logging.h"
 #include "X11KeymapSource.h"
 
+#include <QSet>
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
@@ -84,40 +85,35 @@ void X11KeyboardOutput::tap(uint32_t keyCode) {
     XTestFakeKeyEvent(m_display, keyCode, False, CurrentTime);
 }
 
-QList<uint32_t> X11KeyboardOutput::releaseHeldModifiers() {
+QList<uint32_t> X11KeyboardOutput::releaseHeldKeys() {
     QList<uint32_t> released;
     char keys[32] = {};
     XQueryKeymap(m_display, keys);
     XModifierKeymap* modifiers = XGetModifierMapping(m_display);
     if (!modifiers)
         return released;
-    for (int i = 0; i < 8 * modifiers->max_keypermod; ++i) {
-        const KeyCode code = modifiers->modifiermap[i];
-        if (code == 0 || released.contains(code))
-            continue;
-        // A lock key held down is left alone: pressing it again would toggle its lock.
-        const KeySym keysym = XkbKeycodeToKeysym(m_display, code, 0, 0);
-        if (keysym == XK_Caps_Lock || keysym == XK_Shift_Lock || keysym == XK_Num_Lock ||
-            keysym == XK_ISO_Level3_Lock || keysym == XK_ISO_Level5_Lock || keysym == XK_ISO_Lock)
-            continue;
-        if (keys[code / 8] & (1 << (code % 8))) {
-            XTestFakeKeyEvent(m_display, code, False, CurrentTime);
-            released.append(code);
-        }
-    }
-    // Other keys still down on our own device (the command's last key, sent by another XTest
-    // client): pressing them again would be read as a repeat and dropped, so let them up
-    // first. The server ignores the release for a key that only another device holds.
-    for (int code = 8; code < 256; ++code) {
+    QSet<uint32_t> modifierCodes;
+    for (int i = 0; i < 8 * modifiers->max_keypermod; ++i)
+        if (modifiers->modifiermap[i] != 0)
+            modifierCodes.insert(modifiers->modifiermap[i]);
+    XFreeModifiermap(modifiers);
+    for (uint32_t code = 8; code < 256; ++code) {
         if (!(keys[code / 8] & (1 << (code % 8))))
             continue;
-        bool isModifier = false;
-        for (int i = 0; i < 8 * modifiers->max_keypermod && !isModifier; ++i)
-            isModifier = modifiers->modifiermap[i] == code;
-        if (!isModifier)
-            XTestFakeKeyEvent(m_display, static_cast<unsigned>(code), False, CurrentTime);
+        if (modifierCodes.contains(code)) {
+            // A lock key held down is left alone: pressing it again would toggle its lock.
+            const KeySym keysym = XkbKeycodeToKeysym(m_display, KeyCode(code), 0, 0);
+            if (keysym == XK_Caps_Lock || keysym == XK_Shift_Lock || keysym == XK_Num_Lock ||
+                keysym == XK_ISO_Level3_Lock || keysym == XK_ISO_Level5_Lock ||
+                keysym == XK_ISO_Lock)
+                continue;
+            released.append(code); // pressed again for the user when the expansion is done
+        }
+        // Any other key still down on our own device (the command's last key, sent by another
+        // XTest client) would be read as a repeat when we press it, and dropped. The server
+        // ignores the release for a key that only another device holds.
+        XTestFakeKeyEvent(m_display, code, False, CurrentTime);
     }
-    XFreeModifiermap(modifiers);
     return released;
 }
 
@@ -163,7 +159,7 @@ void X11KeyboardOutput::begin() {
         XkbLockModifiers(m_display, XkbUseCoreKbd, state.locked_mods, 0);
     if (state.latched_group)
         XkbLatchGroup(m_display, XkbUseCoreKbd, 0);
-    m_job->releasedModifiers = releaseHeldModifiers();
+    m_job->releasedModifiers = releaseHeldKeys();
     // The group the user has locked stays: we type with that group's keys.
     m_job->group = static_cast<uint32_t>(state.base_group + state.locked_group);
     XSync(m_display, False);

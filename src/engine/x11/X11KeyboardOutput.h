@@ -76,7 +76,8 @@ private:
     void step();
     bool typeChunk(); // false when it has to wait before going on
     void finish();
-    QList<uint32_t> releaseHeldModifiers();
+    // Lets go of every key held down; returns the modifiers, to press again afterwards.
+    QList<uint32_t> releaseHeldKeys();
     void bind(const QList<KeystrokePlanner::Binding>& bindings);
     qint64 msBeforeRebinding() const;
     void tap(uint32_t keyCode);
