@@ -19,8 +19,6 @@ class RecordCodec {
 public:
     static QJsonObject encode(const Shortcut& shortcut);
     static QJsonObject encode(const Category& category);
-    static std::optional<Shortcut> decodeShortcut(const QJsonValue& value);
-    static CategoryRef decodeCategory(const QJsonValue& value); // null on failure
 
     // nullopt when a record cannot be represented (a time that is not a finite number).
     static std::optional<QByteArray> encodeShortcuts(const QList<Shortcut>& shortcuts);

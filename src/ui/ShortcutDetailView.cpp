@@ -93,6 +93,11 @@ ShortcutDetailView::ShortcutDetailView(ShortcutDataManager& dataManager, const S
     m_contentEditor->setFont(UiTheme::system(13));
     contentFrame->row()->addWidget(m_contentEditor);
     contentSection->addWidget(contentFrame, 1);
+    m_cutContentNote = FormParts::secondaryText(QString(), UiTheme::caption(), this);
+    m_cutContentNote->setObjectName(QStringLiteral("cutContentNote"));
+    m_cutContentNote->setWordWrap(true);
+    m_cutContentNote->setVisible(false);
+    contentSection->addWidget(m_cutContentNote);
     form->addLayout(contentSection, 1);
     column->addLayout(form, 1);
 
@@ -133,8 +138,9 @@ ShortcutDetailView::ShortcutDetailView(ShortcutDataManager& dataManager, const S
             setEdited(true);
     });
 
+    // The texts as given, then as stored (they differ when the snippet changed meanwhile).
     m_commandField->setText(shortcut.command);
-    m_contentEditor->setText(shortcut.content);
+    showContent(shortcut.content);
     load();
     setEdited(false);
 }
@@ -143,7 +149,7 @@ QString ShortcutDetailView::command() const {
     return m_commandField->text();
 }
 QString ShortcutDetailView::content() const {
-    return m_contentEditor->text();
+    return m_cutContent ? *m_cutContent : m_contentEditor->text();
 }
 
 void ShortcutDetailView::setShortcut(const Shortcut& shortcut) {
@@ -161,10 +167,46 @@ void ShortcutDetailView::load() {
         m_loading = true;
         m_commandField->setText(stored.command);
         m_commandField->setCursorPosition(0);
-        m_contentEditor->setText(stored.content);
+        showContent(stored.content);
         m_loading = false;
         return;
     }
+}
+
+bool ShortcutDetailView::isEditable(const QString& content) {
+    if (content.size() > editableContentLimit)
+        return false;
+    qsizetype lineStart = 0;
+    for (qsizetype i = 0; i < content.size(); ++i) {
+        const QChar c = content.at(i);
+        if (c == u'\n' || c == u'\r' || c == QChar::LineSeparator || c == QChar::ParagraphSeparator)
+            lineStart = i + 1;
+        else if (i - lineStart >= editableLineLimit)
+            return false;
+    }
+    return true;
+}
+
+void ShortcutDetailView::showContent(const QString& content) {
+    if (isEditable(content)) {
+        m_cutContent.reset();
+        m_contentEditor->setReadOnly(false);
+        m_contentEditor->setText(content);
+        m_cutContentNote->setVisible(false);
+        return;
+    }
+    m_cutContent = content;
+    qsizetype shown = editableLineLimit;
+    if (content.at(shown - 1).isHighSurrogate())
+        --shown; // never half a character
+    m_contentEditor->setReadOnly(true);
+    m_contentEditor->setText(content.left(shown));
+    m_cutContentNote->setText(
+        tr("This content is %L1 characters long. The editor shows the first %L2 and cannot "
+           "change it; the command can still be changed and saved.")
+            .arg(content.size())
+            .arg(shown));
+    m_cutContentNote->setVisible(true);
 }
 
 void ShortcutDetailView::reload() {

@@ -5,6 +5,7 @@
 #include <QUuid>
 #include <QWidget>
 #include <functional>
+#include <optional>
 
 class CustomTextEditor;
 class PlainButton;
@@ -27,6 +28,11 @@ public:
     using DeleteHandler = std::function<void()>;
 
     static constexpr double toastDuration = 2.0; // seconds
+    // Longer contents, or contents with a longer line, are shown in part and cannot be edited
+    // here: laying out megabytes of text, or one line of a few hundred thousand characters,
+    // would freeze the window (and the engine with it) for seconds.
+    static constexpr qsizetype editableContentLimit = 1000000;
+    static constexpr qsizetype editableLineLimit = 20000;
     static constexpr const char* toastMessage = "Changes saved successfully!";
 
     ShortcutDetailView(ShortcutDataManager& dataManager, const Shortcut& shortcut,
@@ -42,6 +48,8 @@ public:
     bool isEdited() const { return m_isEdited; }
     bool showingDuplicateError() const { return m_showingDuplicateError; }
     bool showingToast() const { return m_showingToast; }
+    // The content is longer than the editor takes: it shows the start, read-only.
+    bool contentIsCut() const { return m_cutContent.has_value(); }
 
     QLineEdit* commandField() const { return m_commandField; }
     CustomTextEditor* contentEditor() const { return m_contentEditor; }
@@ -60,6 +68,8 @@ protected:
 
 private:
     void load();
+    void showContent(const QString& content);
+    static bool isEditable(const QString& content);
     void reload();
     void setEdited(bool edited);
     void setShowingDuplicateError(bool showing);
@@ -78,6 +88,9 @@ private:
     QLineEdit* m_commandField;
     QLabel* m_duplicateError;
     CustomTextEditor* m_contentEditor;
+    QLabel* m_cutContentNote;
+    // The whole stored content while the editor shows only its start.
+    std::optional<QString> m_cutContent;
     QPushButton* m_saveButton;
     PlainButton* m_deleteButton;
     ToastView* m_toast;

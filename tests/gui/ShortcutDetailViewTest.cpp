@@ -151,6 +151,30 @@ private slots:
         QTest::keyClick(e.view->searchField(), Qt::Key_Return, Qt::ControlModifier);
         QCOMPARE(e.stored().content, QStringLiteral("Hello!\n"));
     }
+
+    // A content too long to lay out is shown in part, read-only; saving a new command keeps
+    // the whole content, and an ordinary snippet is editable again afterwards.
+    void aHugeContentIsShownInPartAndKeptWhole() {
+        Editing e;
+        QString huge(ShortcutDetailView::editableLineLimit + 5, QLatin1Char('x'));
+        huge[ShortcutDetailView::editableLineLimit - 1] = QChar(0xD83D); // half of an emoji
+        huge[ShortcutDetailView::editableLineLimit] = QChar(0xDE00);
+        const Shortcut big = e.fixture.addShortcut(QStringLiteral(";big"), huge, e.work->id());
+        e.view->setSelectedShortcut(big);
+        QVERIFY(e.detail->contentIsCut());
+        QVERIFY(e.detail->contentEditor()->isReadOnly());
+        QCOMPARE(e.detail->contentEditor()->toPlainText(),
+                 huge.left(ShortcutDetailView::editableLineLimit - 1));
+        QTest::keyClick(e.detail->commandField(), Qt::Key_End);
+        QTest::keyClicks(e.detail->commandField(), QStringLiteral("2"));
+        QTest::keyClick(e.detail->commandField(), Qt::Key_Return, Qt::ControlModifier);
+        QCOMPARE(e.fixture.store().shortcuts().last().command, QStringLiteral(";big2"));
+        QCOMPARE(e.fixture.store().shortcuts().last().content, huge);
+
+        e.view->setSelectedShortcut(e.stored());
+        QVERIFY(!e.detail->contentIsCut() && !e.detail->contentEditor()->isReadOnly());
+        QCOMPARE(e.shown(), (QStringList{";hi", "Hello"}));
+    }
 };
 
 QTEST_MAIN(ShortcutDetailViewTest)
