@@ -16,10 +16,14 @@ std::optional<QString> SettingsFile::save(QSettings& settings,
                                           const QMap<QString, QVariant>& values) {
     const QString path = settings.fileName();
     settings.sync(); // picks up what other parts of Typolet wrote meanwhile
-    // QSettings writes the format; it does not notice a short write, so its result is read back
-    // and compared before it replaces anything.
+    // QSettings writes the format; it does not notice a short write (a full disk leaves the
+    // file cut, and it reports no error), so its result is read back and compared before it
+    // replaces anything. The read-back opens the file under another name: under its own name
+    // QSettings would answer from its memory of what it meant to write.
     const QString scratchPath = path + QStringLiteral(".saving");
+    const QString checkPath = path + QStringLiteral(".checking");
     QFile::remove(scratchPath);
+    QFile::remove(checkPath);
     QMap<QString, QVariant> all;
     for (const QString& key : settings.allKeys())
         all.insert(key, settings.value(key));
@@ -30,19 +34,24 @@ std::optional<QString> SettingsFile::save(QSettings& settings,
             scratch.setValue(it.key(), it.value());
         scratch.sync();
     }
-    QSettings check(scratchPath, QSettings::NativeFormat);
-    bool complete = check.status() == QSettings::NoError && check.allKeys().size() == all.size();
-    for (auto it = values.cbegin(); complete && it != values.cend(); ++it)
-        complete = check.value(it.key()) == it.value();
-    QFile scratchFile(scratchPath);
+    bool complete = QFile::rename(scratchPath, checkPath);
+    {
+        QSettings check(checkPath, QSettings::NativeFormat);
+        complete = complete && check.status() == QSettings::NoError &&
+                   check.allKeys().size() == all.size();
+        for (auto it = values.cbegin(); complete && it != values.cend(); ++it)
+            complete = check.value(it.key()) == it.value();
+    }
+    QFile scratchFile(checkPath);
     if (!complete || !scratchFile.open(QIODevice::ReadOnly)) {
         QFile::remove(scratchPath);
+        QFile::remove(checkPath);
         return QStringLiteral("the new file could not be written completely beside it (is the "
                               "disk full, or the folder read-only?)");
     }
     const QByteArray bytes = scratchFile.readAll();
     scratchFile.close();
-    QFile::remove(scratchPath);
+    QFile::remove(checkPath);
 
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))

@@ -9,8 +9,18 @@
 #include <QJsonObject>
 #include <QSignalSpy>
 #include <QtTest>
+#include <csignal>
+#include <functional>
+#include <sys/resource.h>
 
 namespace {
+enum class Fault { FolderIsAFile, FileIsAFolder, DiskFull };
+
+QByteArray contents(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+}
+
 const QUuid kWork{QStringLiteral("a1b2c3d4-e5f6-4789-abcd-ef0123456789")};
 const QUuid kDefault = Category::defaultCategoryId;
 
@@ -275,25 +285,63 @@ private slots:
         QCOMPARE(diagnostics.lines.filter(store.backupPath()).size(), 2);
     }
 
-    void aFailedWriteIsReportedAndKeptInMemory() {
-        // The settings file's folder is a plain file: nothing can be written, even as root.
+    // A write that cannot happen: the old file stays byte for byte, the change stays in
+    // memory, the failure names the file, and the next save writes what failed before.
+    void aFailedWriteLeavesTheFileAndIsWrittenNextTime_data() {
+        QTest::addColumn<int>("fault");
+        QTest::newRow("the folder is a plain file") << int(Fault::FolderIsAFile);
+        QTest::newRow("the file is a folder") << int(Fault::FileIsAFolder);
+        // A file size limit fails writes as a full disk does, and also for root.
+        QTest::newRow("the disk is full") << int(Fault::DiskFull);
+    }
+    void aFailedWriteLeavesTheFileAndIsWrittenNextTime() {
+        QFETCH(int, fault);
         QTemporaryDir dir;
-        QFile blocker(dir.filePath("Typolet"));
-        QVERIFY(blocker.open(QIODevice::WriteOnly));
-        blocker.close();
+        const QString folder = dir.filePath("Typolet"), path = folder + "/Typolet.conf";
+        ShortcutDataManager store(path);
+        store.appendShortcut(Shortcut::create(";old", "o", kDefault));
+        QVERIFY(!store.saveShortcuts());
+        const QByteArray before = contents(path);
+
+        // Each fault moves the good file aside (or keeps it in place) and undoes itself.
+        const QString aside = dir.filePath("aside");
+        std::function<void()> undo;
+        switch (Fault(fault)) {
+        case Fault::FolderIsAFile:
+            QVERIFY(QDir().rename(folder, aside));
+            QVERIFY(QFile(folder).open(QIODevice::WriteOnly));
+            undo = [&] { QFile::remove(folder), QDir().rename(aside, folder); };
+            break;
+        case Fault::FileIsAFolder:
+            QVERIFY(QFile::rename(path, aside));
+            QVERIFY(QDir().mkdir(path));
+            undo = [&] { QDir().rmdir(path), QFile::rename(aside, path); };
+            break;
+        case Fault::DiskFull:
+            std::signal(SIGXFSZ, SIG_IGN);
+            rlimit limit{};
+            getrlimit(RLIMIT_FSIZE, &limit);
+            const rlimit full{rlim_t(before.size() + 1000), limit.rlim_max};
+            QCOMPARE(setrlimit(RLIMIT_FSIZE, &full), 0);
+            undo = [limit] { setrlimit(RLIMIT_FSIZE, &limit); };
+            break;
+        }
         CapturedDiagnostics diagnostics;
-        ShortcutDataManager store(dir.filePath("Typolet/Typolet.conf"));
         QSignalSpy failed(&store, &ShortcutDataManager::saveFailed);
-        store.appendShortcut(Shortcut::create(";a", "a", kDefault));
-        store.saveShortcuts();
+        store.appendShortcut(Shortcut::create(";new", QString(20000, u'n'), kDefault));
+        const std::optional<QString> error = store.saveShortcuts();
+        undo();
+        QVERIFY2(error && error->contains(path), qPrintable(error.value_or("saved")));
         QCOMPARE(failed.size(), 1);
-        QCOMPARE(commands(store.shortcuts()), QStringList({";a"}));
-        // One line for the default category written at start, one for the snippets, which
-        // tries the categories again: nothing that failed is forgotten.
-        QCOMPARE(diagnostics.lines.size(), 2);
-        QVERIFY(diagnostics.lines.at(1).startsWith("Could not save Categories and Shortcuts to " +
-                                                   dir.filePath("Typolet/Typolet.conf") + ": "));
-        QVERIFY(!QFile::exists(dir.filePath("Typolet/Typolet.conf")));
+        QCOMPARE(diagnostics.lines.size(), 1);
+        QCOMPARE(commands(store.shortcuts()), QStringList({";old", ";new"}));
+        QCOMPARE(contents(path), before);
+
+        QVERIFY(!store.addCategory("Work")); // any later save also writes the snippets
+        ShortcutDataManager again(path);
+        QCOMPARE(commands(again.shortcuts()), QStringList({";old", ";new"}));
+        QCOMPARE(again.unreadableRecords(), 0);
+        QCOMPARE(diagnostics.lines.size(), 1); // no line after a write that worked
     }
 };
 
