@@ -15,8 +15,10 @@ CustomTextEditor::CustomTextEditor(QWidget* parent) : QPlainTextEdit(parent) {
     setViewportMargins(0, verticalInset, 0, verticalInset);
     applyPalette();
     connect(this, &QPlainTextEdit::textChanged, this, [this] {
-        if (!m_settingText)
-            emit textEdited(toPlainText());
+        if (m_settingText)
+            return;
+        m_edited = true;
+        emit textEdited(text());
     });
 }
 
@@ -31,10 +33,32 @@ void CustomTextEditor::applyPalette() {
     setAutoFillBackground(false);
 }
 
+QString CustomTextEditor::text() const {
+    if (!m_edited)
+        return m_setText;
+    // The document keeps each line as a block; its raw text joins them with U+2029.
+    QString text = document()->toRawText();
+    text.replace(QChar::ParagraphSeparator, m_lineBreak);
+    return text;
+}
+
 void CustomTextEditor::setText(const QString& text) {
-    if (toPlainText() == text)
+    if (this->text() == text)
         return;
     m_settingText = true;
     setPlainText(text);
     m_settingText = false;
+    m_edited = false;
+    m_setText = text;
+    m_lineBreak = QStringLiteral("\n");
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        if (c == u'\r')
+            m_lineBreak = text.mid(i, 2) == QStringLiteral("\r\n") ? QStringLiteral("\r\n") : QStringLiteral("\r");
+        else if (c == u'\n' || c == QChar::ParagraphSeparator)
+            m_lineBreak = c;
+        else
+            continue;
+        break;
+    }
 }

@@ -10,6 +10,11 @@
 //
 // setText() writes only when the text differs, so giving the editor the text it already shows
 // keeps the cursor and the selection where the user left them.
+//
+// text() gives back every character: until the user changes anything, exactly the text that
+// was set; after a change, the document's characters as they stand (no-break spaces, line
+// separators and tabs included, which toPlainText() would rewrite), with each line break
+// written the way the text that was set wrote its first one (CR LF stays CR LF).
 class CustomTextEditor : public QPlainTextEdit {
     Q_OBJECT
 public:
@@ -17,7 +22,7 @@ public:
 
     explicit CustomTextEditor(QWidget* parent = nullptr);
 
-    QString text() const { return toPlainText(); }
+    QString text() const;
     void setText(const QString& text);
 
 signals:
@@ -27,4 +32,7 @@ signals:
 private:
     void applyPalette();
     bool m_settingText = false;
+    bool m_edited = false;
+    QString m_setText;
+    QString m_lineBreak = QStringLiteral("\n");
 };

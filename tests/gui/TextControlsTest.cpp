@@ -52,6 +52,25 @@ private slots:
         QCOMPARE(editor.text(), QStringLiteral("bold and italic!"));
     }
 
+    // Every character survives: as set, and after an edit at the end.
+    void editorKeepsEveryCharacter_data() {
+        QTest::addColumn<QString>("content");
+        QTest::newRow("no-break space, line separator, tab")
+            << QStringLiteral("a\u00A0b\u2028c\td\ne");
+        QTest::newRow("CR LF") << QStringLiteral("Dear Sir,\r\n\r\nregards\r\n");
+        QTest::newRow("CR") << QStringLiteral("one\rtwo");
+        QTest::newRow("paragraph separator") << QStringLiteral("one\u2029two");
+    }
+    void editorKeepsEveryCharacter() {
+        QFETCH(QString, content);
+        CustomTextEditor editor;
+        editor.setText(content);
+        QCOMPARE(editor.text(), content);
+        editor.moveCursor(QTextCursor::End);
+        QTest::keyClicks(&editor, QStringLiteral("x"));
+        QCOMPARE(editor.text(), content + QStringLiteral("x"));
+    }
+
     void fieldReportsEditingBeginAndEnd() {
         QWidget window;
         auto* layout = new QVBoxLayout(&window);
