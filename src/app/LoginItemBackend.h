@@ -16,4 +16,7 @@ public:
     // Stops the program from starting at login. Not being registered is not an error.
     // Returns the error text when that failed.
     virtual std::optional<QString> unregisterItem() = 0;
+
+    // Whether the program starts at login now; the user may have changed it outside Typolet.
+    virtual bool isRegistered() const = 0;
 };

@@ -19,6 +19,12 @@ void LoginItemManager::setStartAtLogin(bool enabled) {
                       QStringLiteral(" login item: ") + *error;
 }
 
+void LoginItemManager::reflectDesktop(LoginPreferences& preferences) {
+    const bool registered = m_backend->isRegistered();
+    if (preferences.startAtLogin() != registered)
+        preferences.setStartAtLogin(registered);
+}
+
 void LoginItemManager::applyFirstLaunchDefault(LoginPreferences& preferences) {
     if (preferences.hasLaunchedBefore())
         return;

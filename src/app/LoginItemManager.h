@@ -23,6 +23,10 @@ public:
     // start at login.
     void applyFirstLaunchDefault(LoginPreferences& preferences);
 
+    // Makes the preference say what the desktop will do: an entry removed (or added) by hand
+    // outside Typolet is what counts. Run each time the switch is shown.
+    void reflectDesktop(LoginPreferences& preferences);
+
     LoginItemBackend& backend() const { return *m_backend; }
 
 private:

@@ -34,7 +34,12 @@ PreferencesView::PreferencesView(LoginItemManager& loginItems, LoginPreferences&
     root->addWidget(m_syncCard, 0, Qt::AlignHCenter);
 
     connect(m_switch, &ToggleSwitch::toggled, this,
-            [this](bool on) { m_preferences.setStartAtLogin(on); });
+            [this](bool on) {
+                m_preferences.setStartAtLogin(on);
+                m_loginItems.setStartAtLogin(on);
+                // A failed change shows at once: the switch goes back to what will happen.
+                m_loginItems.reflectDesktop(m_preferences);
+            });
     connect(&m_preferences, &LoginPreferences::startAtLoginChanged, m_switch, [this](bool on) {
         if (m_switch->isChecked() != on)
             m_switch->setChecked(on);
@@ -98,6 +103,7 @@ void PreferencesView::buildSyncCard() {
 void PreferencesView::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     m_loginItems.applyFirstLaunchDefault(m_preferences);
+    m_loginItems.reflectDesktop(m_preferences);
     // The stored value may have been changed elsewhere while the window was hidden.
     m_switch->setChecked(m_preferences.startAtLogin());
 }

@@ -93,6 +93,10 @@ std::optional<QString> XdgAutostartBackend::registerItem() {
     return std::nullopt;
 }
 
+bool XdgAutostartBackend::isRegistered() const {
+    return QFileInfo::exists(entryPath());
+}
+
 std::optional<QString> XdgAutostartBackend::unregisterItem() {
     QFile file(entryPath());
     const QFileInfo info(file.fileName());

@@ -17,6 +17,7 @@ public:
 
     std::optional<QString> registerItem() override;
     std::optional<QString> unregisterItem() override;
+    bool isRegistered() const override;
 
     QString entryPath() const;
     QString executable() const { return m_executable; }

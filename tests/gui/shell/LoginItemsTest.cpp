@@ -114,7 +114,8 @@ void LoginItemsTest::failuresPrintOneLineEach() {
     QVERIFY2(output.lines[1].startsWith(disable) && output.lines[1].size() > disable.size(),
              qPrintable(output.lines[1]));
 
-    // The prefix and the backend's error text; a failed first registration leaves the switch on.
+    // The prefix and the backend's error text; a failed first registration leaves the preference
+    // on (the Preferences view then shows what the desktop will do).
     TemporarySettings settings;
     LoginPreferences preferences(settings.path());
     RecordedManager recorded;

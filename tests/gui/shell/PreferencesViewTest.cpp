@@ -1,4 +1,5 @@
-// The Preferences view: the start-at-login switch shows and writes only the stored value.
+// The Preferences view: the start-at-login switch turns the autostart entry on and off and
+// shows whether Typolet will start at login.
 
 #include "PreferencesView.h"
 #include "CapsuleBadge.h"
@@ -38,34 +39,35 @@ struct Fixture {
 class PreferencesViewTest : public QObject {
     Q_OBJECT
 private slots:
-    void switchShowsAndWritesOnlyTheStoredValue();
+    void switchTurnsTheEntryOnAndOffAndShowsTheTruth();
 };
 
-void PreferencesViewTest::switchShowsAndWritesOnlyTheStoredValue() {
+void PreferencesViewTest::switchTurnsTheEntryOnAndOffAndShowsTheTruth() {
     Fixture f;
     ToggleSwitch* toggle = f.view.startAtLoginSwitch();
     QVERIFY(!toggle->isChecked() && f.backend->calls.isEmpty());
     f.show(); // the first appearance ever turns it on and registers the login item
-    QVERIFY(toggle->isChecked());
-    QCOMPARE(f.backend->calls, QList<bool>({true, true}));
+    QVERIFY(toggle->isChecked() && f.backend->registered);
 
     f.backend->calls.clear();
     QTest::mouseClick(toggle, Qt::LeftButton, {}, toggle->rect().center());
-    QVERIFY(!toggle->isChecked());
+    QVERIFY(!toggle->isChecked() && !f.backend->registered);
     QCOMPARE(f.settings.read(QStringLiteral("startAtLogin")).toBool(), false);
     toggle->setFocus(Qt::TabFocusReason);
     QTest::keyClick(toggle, Qt::Key_Space);
-    QVERIFY(toggle->isChecked());
-    QVERIFY(f.preferences.startAtLogin());
-    f.preferences.setStartAtLogin(false); // changed elsewhere: the switch follows
-    QVERIFY(!toggle->isChecked());
+    QVERIFY(toggle->isChecked() && f.backend->registered);
+    QCOMPARE(f.backend->calls, QList<bool>({false, true}));
 
-    // The next run shows the stored value and leaves it as it is.
-    LoginPreferences nextRun(f.settings.path());
-    PreferencesView again(f.loginItems, nextRun);
-    f.show(&again);
-    QVERIFY(!again.startAtLoginSwitch()->isChecked());
-    QCOMPARE(f.backend->calls, QList<bool>());
+    // A change that fails puts the switch back to what will happen.
+    f.backend->unregisterError = QStringLiteral("entry is locked");
+    QTest::keyClick(toggle, Qt::Key_Space);
+    QVERIFY(toggle->isChecked() && f.preferences.startAtLogin());
+
+    // The entry removed by hand: the next time Preferences appears, the switch is off.
+    f.view.hide();
+    f.backend->registered = false;
+    f.show();
+    QVERIFY(!toggle->isChecked() && !f.preferences.startAtLogin());
 }
 
 TYPOLET_ISOLATED_TEST_MAIN(PreferencesViewTest)
