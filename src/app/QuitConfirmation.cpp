@@ -5,22 +5,27 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSystemTrayIcon>
 #include <memory>
 
 const QString QuitConfirmation::messageText = QStringLiteral("Quit Typolet?");
 const QString QuitConfirmation::informativeText =
     QStringLiteral("Do you want to quit Typolet completely or keep it running in the background?");
+const QString QuitConfirmation::noTrayText = QStringLiteral(
+    "This desktop has no system tray, so Typolet shows no icon while it runs in the background. "
+    "To bring its window back, start Typolet again from the application menu.");
 const QString QuitConfirmation::quitTitle = QStringLiteral("Quit");
 const QString QuitConfirmation::runInBackgroundTitle = QStringLiteral("Run in Background");
 const QString QuitConfirmation::cancelTitle = QStringLiteral("Cancel");
 
 QuitConfirmation::QuitConfirmation(ActivationPolicy& policy) : m_policy(policy) {}
 
-QMessageBox* QuitConfirmation::createAlert(QWidget* parent) {
+QMessageBox* QuitConfirmation::createAlert(QWidget* parent, bool hasTray) {
     auto* alert = new QMessageBox(parent);
     alert->setWindowTitle(QStringLiteral("Typolet"));
     alert->setText(messageText);
-    alert->setInformativeText(informativeText);
+    alert->setInformativeText(hasTray ? informativeText
+                                      : informativeText + QStringLiteral("\n\n") + noTrayText);
     alert->setIcon(QMessageBox::NoIcon);
     // The question stands out above its explanation.
     if (auto* question = alert->findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
@@ -43,7 +48,8 @@ QMessageBox* QuitConfirmation::createAlert(QWidget* parent) {
 }
 
 QuitConfirmation::Response QuitConfirmation::ask(QWidget* parent) {
-    const std::unique_ptr<QMessageBox> alert(createAlert(parent));
+    const std::unique_ptr<QMessageBox> alert(
+        createAlert(parent, QSystemTrayIcon::isSystemTrayAvailable()));
     alert->setWindowModality(Qt::ApplicationModal);
     alert->exec();
     QAbstractButton* clicked = alert->clickedButton();

@@ -26,11 +26,13 @@ public:
     // Shows the alert modally and returns the answer; closing it counts as Cancel.
     static Response ask(QWidget* parent = nullptr);
 
-    // The alert, built but not shown (for screenshots and for ask()).
-    static QMessageBox* createAlert(QWidget* parent = nullptr);
+    // The alert, built but not shown (for ask()). Without a tray, running in the background
+    // leaves nothing on screen, so the alert says how to come back (`hasTray` false).
+    static QMessageBox* createAlert(QWidget* parent = nullptr, bool hasTray = true);
 
     static const QString messageText;
     static const QString informativeText;
+    static const QString noTrayText;
     static const QString quitTitle;
     static const QString runInBackgroundTitle;
     static const QString cancelTitle;
