@@ -13,7 +13,7 @@
 #include <functional>
 
 class KeyboardOutput;
-class Shortcut;
+struct Shortcut;
 class ShortcutDataManager;
 
 // The expansion engine's core: keeps what the user has just typed and, after every accepted

@@ -13,18 +13,31 @@ namespace {
 using simdjson::dom::element;
 using simdjson::dom::object;
 
+// The last of same-named keys, as Qt's reader keeps it; simdjson's own lookup finds the first,
+// and a record must read alike whichever reader the rest of its file sends it to.
+simdjson::simdjson_result<element> field(const object& record, std::string_view key) {
+    simdjson::simdjson_result<element> found(simdjson::NO_SUCH_FIELD);
+    for (const simdjson::dom::key_value_pair pair : record) {
+        if (pair.key == key)
+            found = simdjson::simdjson_result<element>(element(pair.value));
+    }
+    return found;
+}
+
 std::optional<QString> stringField(const object& record, std::string_view key) {
     std::string_view text;
-    if (record[key].get_string().get(text) != simdjson::SUCCESS)
+    if (field(record, key).get_string().get(text) != simdjson::SUCCESS)
         return std::nullopt;
     return QString::fromUtf8(text.data(), qsizetype(text.size()));
 }
 
 std::optional<double> numberField(const object& record, std::string_view key) {
     double number = 0; // integers are numbers too
-    if (record[key].get_double().get(number) != simdjson::SUCCESS)
+    if (field(record, key).get_double().get(number) != simdjson::SUCCESS)
         return std::nullopt;
-    return number;
+    // -0 as +0, as Qt's reader gives it: Qt writes -0.0 as 0, so a kept -0.0 would not read
+    // back bit for bit after the next save.
+    return number == 0 ? 0.0 : number;
 }
 
 std::optional<QUuid> uuidField(const object& record, std::string_view key) {

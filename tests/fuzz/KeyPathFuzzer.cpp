@@ -1,0 +1,205 @@
+// The key path as a program: each input is a run of keys, BackSpaces, pauses, snippet edits and
+// finished outputs played against a matching engine over the real store. After every step the
+// engine must agree with a model of what was typed: the buffer is the typed text since the
+// last reset, it expands exactly when the plain matching rule says so, and it never erases more
+// than was typed nor expands on a blank command.
+#include "GraphemeText.h"
+#include "KeyTranslator.h"
+#include "RecordingKeyboardOutput.h"
+#include "ReferenceMatcher.h"
+#include "ShortcutDataManager.h"
+#include "TemporarySettings.h"
+#include "TextExpander.h"
+
+#include <QCoreApplication>
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+
+namespace {
+void require(bool holds, const char* what) {
+    if (holds)
+        return;
+    std::fprintf(stderr, "broken invariant: %s\n", what);
+    std::abort();
+}
+
+// Key texts and command characters: letters that compose, marks, joiners, spaces that are blank,
+// characters outside the BMP, lone surrogates, and keys the engine ignores or resets on.
+const char16_t* const kKeys[] = {
+    u"a", u"b", u";", u" ", u"e", u"\u0301", u"\u00E9", u"\t", u"\u00A0", u"\U0001F600",
+    u"\U0001F1FA", u"\U0001F1F8", u"\u200D", u"\u05D0", u"\u1100", u"\u1161", u"\uAC00",
+    u"\u0915\u094D", u"1", u"\u2003", u"\uFE0F", u"\n", u"$", u"\x18", u"\xD83D", u"\xDE00", u""};
+
+class Reader {
+public:
+    Reader(const uint8_t* data, size_t size) : m_data(data), m_left(size) {}
+    bool done() const { return m_left == 0; }
+    uint8_t next() { return m_left ? (--m_left, *m_data++) : 0; }
+    QString key() { return QString::fromUtf16(kKeys[next() % std::size(kKeys)]); }
+    QString text(int length) {
+        QString text;
+        while (length-- > 0)
+            text += key();
+        return text;
+    }
+
+private:
+    const uint8_t* m_data;
+    size_t m_left;
+};
+
+// Warnings (refused commands, left-out control characters) are expected; only a fatal message,
+// which aborts, matters.
+void quiet(QtMsgType type, const QMessageLogContext&, const QString& message) {
+    if (type == QtFatalMsg)
+        std::fprintf(stderr, "%s\n", qPrintable(message));
+}
+
+// Lives across inputs: building an application and a store per input would dominate the run.
+struct Fixture {
+    int argc = 1;
+    char name[16] = "key_path_fuzzer";
+    char* argv[2] = {name, nullptr};
+    QCoreApplication app{argc, argv};
+    TemporarySettings settings;
+    ShortcutDataManager store{settings.path()};
+};
+
+// One input's engine and output, on a clock the program moves.
+struct Session {
+    RecordingKeyboardOutput output;
+    double now = 1000;
+    double lastKey = now;
+    qsizetype typedUnits = 0; // accepted text since the last reset, in UTF-16 units
+    TextExpander engine;
+
+    explicit Session(ShortcutDataManager& store) : engine(store, &output, [this] { return now; }) {
+        output.finishAtOnce = false;
+    }
+};
+
+void key(Session& s, const QList<Shortcut>& shortcuts, const QString& text) {
+    const QString before = s.engine.buffer();
+    const bool wasExpanding = s.engine.isExpanding();
+    const qsizetype performed = s.output.performed.size();
+    // Any key, even one that is ignored, restarts the pause.
+    const bool paused = s.now - s.lastKey > TextExpander::bufferTimeout;
+    s.lastKey = s.now;
+    if (paused)
+        s.typedUnits = 0;
+    const QString base = paused ? QString() : before;
+
+    s.engine.handleKeyPress(text);
+    const QString after = s.engine.buffer();
+    require(s.output.performed.size() - performed <= 1, "one key starts at most one expansion");
+
+    if (text == QChar(0x7F) || text == QChar(0x08)) {
+        require(base.startsWith(after) && (after.size() < base.size() || base.isEmpty()),
+                "BackSpace takes the last character off the buffer");
+    } else if (text == QChar(KeyTranslator::chordText)) {
+        require(after.isEmpty(), "a chord clears the buffer");
+        s.typedUnits = 0;
+    } else if (!TextExpander::isAccepted(text)) {
+        require(after == base, "an ignored key leaves the buffer alone");
+    } else {
+        const QString typed = base + text;
+        s.typedUnits += text.size();
+        const auto match = ReferenceMatcher::match(shortcuts, typed);
+        if (s.output.performed.size() > performed) {
+            const Expansion& e = s.output.performed.last();
+            require(e.size() == 2 && e[0].kind == ExpansionAction::Kind::Erase &&
+                        e[1].kind == ExpansionAction::Kind::Type,
+                    "an expansion erases, then types");
+            const int erased = e[0].count;
+            require(erased >= 1 && erased <= s.typedUnits, "erases only what was typed since the reset");
+            const QStringList clusters = GraphemeText::clusters(typed);
+            require(erased <= clusters.size(), "erases no more characters than the buffer holds");
+            require(!ShortcutDataManager::isBlankCommand(clusters.mid(clusters.size() - erased).join(QString())),
+                    "never expands on a blank command");
+        }
+        if (match && !wasExpanding) {
+            const Shortcut& hit = shortcuts[*match];
+            int leftOut = 0;
+            require(s.output.performed.size() > performed &&
+                        s.output.performed.last() ==
+                            TextExpander::replacement(int(GraphemeText::count(hit.command)),
+                                                      TextExpander::typeableText(hit.content, leftOut)),
+                    "expands the snippet the plain rule picks, with its command's length");
+            require(after.isEmpty() && s.engine.isExpanding(), "an expansion starts from an empty buffer");
+        } else {
+            require(s.output.performed.size() == performed, "no expansion without a match, or while one runs");
+            // A match while the last expansion is still typed cannot be placed: the buffer starts over.
+            require(after == (match ? QString() : typed), "the buffer is the typed text");
+        }
+        if (match)
+            s.typedUnits = 0;
+    }
+    require(after.size() <= s.typedUnits, "the buffer holds no more than was typed since the reset");
+}
+
+void edit(ShortcutDataManager& store, Reader& in) {
+    const uint8_t how = in.next();
+    const QList<Shortcut> old = store.shortcuts();
+    if (how % 3 == 0 || old.isEmpty()) {
+        const QString command = in.text(1 + how / 3 % 4); // read in order, command first
+        const Shortcut added = Shortcut::create(command, in.text(how / 12 % 4), Category::defaultCategoryId);
+        const bool blank = ShortcutDataManager::isBlankCommand(added.command);
+        if (how & 0x80) { // as a list read from a file arrives: blank commands and all
+            store.setShortcuts(QList<Shortcut>(old) << added);
+        } else {
+            store.appendShortcut(added);
+            require(store.shortcuts().size() == old.size() + (blank ? 0 : 1), "blank commands are refused");
+        }
+        return;
+    }
+    const Shortcut target = old[in.next() % old.size()];
+    if (how % 3 == 1) {
+        store.removeShortcut(target.id);
+        require(store.shortcuts().size() == old.size() - 1, "the snippet is removed");
+        return;
+    }
+    const QString command = in.text(1 + how / 3 % 4);
+    const bool blank = ShortcutDataManager::isBlankCommand(command);
+    const std::optional<QString> error = store.updateShortcut(target, command, target.content);
+    const auto found = std::find(store.shortcuts().cbegin(), store.shortcuts().cend(), target);
+    require(found != store.shortcuts().cend(), "a changed snippet stays in the list");
+    require(blank ? error && found->command == target.command : found->command == command,
+            "a command changes unless it is blank");
+}
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static const QtMessageHandler previous = qInstallMessageHandler(quiet);
+    (void)previous;
+    static Fixture fixture;
+    ShortcutDataManager& store = fixture.store;
+    store.setShortcuts({});
+
+    Reader in(data, size);
+    {
+        Session session(store);
+        while (!in.done()) {
+            switch (in.next() % 11) {
+            case 4: {
+                const uint8_t low = in.next();
+                key(session, store.shortcuts(), QChar(char16_t(low | in.next() << 8)));
+                break;
+            }
+            case 5: key(session, store.shortcuts(), QChar(in.next() & 1 ? 0x7F : 0x08)); break;
+            case 6: session.now += (in.next() % 16) * 0.25; break;
+            case 7:
+            case 8: edit(store, in); break;
+            case 9:
+                session.output.finish();
+                require(!session.engine.isExpanding(), "a finished output ends the expansion");
+                break;
+            default: key(session, store.shortcuts(), in.key()); break;
+            }
+        }
+    }
+    // Save notices are queued; deliver them so they do not pile up across inputs.
+    QCoreApplication::sendPostedEvents();
+    return 0;
+}
