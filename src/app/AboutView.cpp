@@ -53,7 +53,7 @@ AboutView::AboutView(const QString& version, QWidget* parent) : QWidget(parent) 
     m_name->setFont(ShellStyle::font(20, QFont::DemiBold));
     layout->addWidget(m_name, 0, Qt::AlignHCenter);
 
-    m_version = new ToneLabel(QStringLiteral("Version ") + displayedVersion(version),
+    m_version = new ToneLabel(tr("Version %1").arg(displayedVersion(version)),
                               ToneLabel::Tone::Secondary, this);
     m_version->setFont(ShellStyle::font(12));
     m_version->setTextInteractionFlags(Qt::TextSelectableByMouse);

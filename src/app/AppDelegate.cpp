@@ -39,14 +39,14 @@ void AppDelegate::applicationDidFinishLaunching(QMainWindow* mainWindow) {
 void AppDelegate::setupMainMenu(QMainWindow* mainWindow) {
     m_applicationMenu = mainWindow->menuBar()->addMenu(QStringLiteral("Typolet"));
 
-    QAction* about = m_applicationMenu->addAction(QStringLiteral("About Typolet"));
+    QAction* about = m_applicationMenu->addAction(tr("About Typolet"));
     connect(about, &QAction::triggered, this, &AppDelegate::showAbout);
     m_applicationMenu->addSeparator();
-    QAction* preferences = m_applicationMenu->addAction(QStringLiteral("Preferences..."));
+    QAction* preferences = m_applicationMenu->addAction(tr("Preferences..."));
     preferences->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     connect(preferences, &QAction::triggered, this, &AppDelegate::showPreferences);
     m_applicationMenu->addSeparator();
-    QAction* quit = m_applicationMenu->addAction(QStringLiteral("Quit Typolet"));
+    QAction* quit = m_applicationMenu->addAction(tr("Quit Typolet"));
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     quit->setMenuRole(QAction::NoRole);
     connect(quit, &QAction::triggered, this, &AppDelegate::quitApp);
@@ -60,11 +60,11 @@ void AppDelegate::setupMainMenu(QMainWindow* mainWindow) {
 
 void AppDelegate::setupStatusItem() {
     m_statusMenu = std::make_unique<QMenu>();
-    QAction* open = m_statusMenu->addAction(QStringLiteral("Open Typolet"));
+    QAction* open = m_statusMenu->addAction(tr("Open Typolet"));
     open->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
     connect(open, &QAction::triggered, this, &AppDelegate::openApp);
     m_statusMenu->addSeparator();
-    QAction* quit = m_statusMenu->addAction(QStringLiteral("Quit"));
+    QAction* quit = m_statusMenu->addAction(tr("Quit"));
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     quit->setMenuRole(QAction::NoRole);
     connect(quit, &QAction::triggered, this, &AppDelegate::quitApp);

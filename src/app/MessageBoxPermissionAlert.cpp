@@ -1,5 +1,6 @@
 #include "MessageBoxPermissionAlert.h"
 
+#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
@@ -33,8 +34,8 @@ void MessageBoxPermissionAlert::showPermissionAlert(const QString& title, const 
     alert.setInformativeText(message);
     // Buttons in the order given; the first is the default and answers 1000.
     QPushButton* open =
-        alert.addButton(QMessageBox::tr("Open Help"), QMessageBox::AcceptRole);
-    alert.addButton(QMessageBox::tr("Later"), QMessageBox::RejectRole);
+        alert.addButton(QCoreApplication::translate("MessageBoxPermissionAlert", "Open Help"), QMessageBox::AcceptRole);
+    alert.addButton(QCoreApplication::translate("MessageBoxPermissionAlert", "Later"), QMessageBox::RejectRole);
     alert.setDefaultButton(open);
     alert.exec();
     const int response =

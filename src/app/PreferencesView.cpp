@@ -50,7 +50,7 @@ void PreferencesView::buildGeneralCard() {
     m_generalCard = new PreferenceCard(this);
     QVBoxLayout* content = m_generalCard->contentLayout();
 
-    m_generalHeader = new SectionHeader(QStringLiteral("gearshape.fill"), QStringLiteral("General"),
+    m_generalHeader = new SectionHeader(QStringLiteral("gearshape.fill"), tr("General"),
                                         {}, m_generalCard);
     content->addWidget(m_generalHeader);
 
@@ -60,9 +60,9 @@ void PreferencesView::buildGeneralCard() {
 
     auto* labels = new QVBoxLayout();
     labels->setSpacing(4);
-    m_switchTitle = new QLabel(QStringLiteral("Start at Login"), m_generalCard);
+    m_switchTitle = new QLabel(tr("Start at Login"), m_generalCard);
     m_switchTitle->setFont(ShellStyle::font(14, QFont::Medium));
-    m_switchDetail = new ToneLabel(QStringLiteral("Automatically start Typolet when you log in"),
+    m_switchDetail = new ToneLabel(tr("Automatically start Typolet when you log in"),
                                    ToneLabel::Tone::Tertiary, m_generalCard);
     m_switchDetail->setFont(ShellStyle::font(12));
     m_switchDetail->setWordWrap(true);
@@ -85,11 +85,11 @@ void PreferencesView::buildSyncCard() {
     QVBoxLayout* content = m_syncCard->contentLayout();
 
     m_syncHeader =
-        new SectionHeader(QStringLiteral("arrow.triangle.2.circlepath"), QStringLiteral("Sync"),
-                          QStringLiteral("Coming Soon"), m_syncCard);
+        new SectionHeader(QStringLiteral("arrow.triangle.2.circlepath"), tr("Sync"),
+                          tr("Coming Soon"), m_syncCard);
     content->addWidget(m_syncHeader);
 
-    m_syncDetail = new ToneLabel(QStringLiteral("Keep your snippets synchronized and backed up "
+    m_syncDetail = new ToneLabel(tr("Keep your snippets synchronized and backed up "
                                                 "across all your devices. Access them anywhere, "
                                                 "anytime."),
                                  ToneLabel::Tone::Tertiary, m_syncCard);

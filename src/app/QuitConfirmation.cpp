@@ -8,24 +8,27 @@
 #include <QSystemTrayIcon>
 #include <memory>
 
-const QString QuitConfirmation::messageText = QStringLiteral("Quit Typolet?");
-const QString QuitConfirmation::informativeText =
-    QStringLiteral("Do you want to quit Typolet completely or keep it running in the background?");
-const QString QuitConfirmation::noTrayText = QStringLiteral(
-    "This desktop has no system tray, so Typolet shows no icon while it runs in the background. "
-    "To bring its window back, start Typolet again from the application menu.");
-const QString QuitConfirmation::quitTitle = QStringLiteral("Quit");
-const QString QuitConfirmation::runInBackgroundTitle = QStringLiteral("Run in Background");
-const QString QuitConfirmation::cancelTitle = QStringLiteral("Cancel");
+QString QuitConfirmation::messageText() { return tr("Quit Typolet?"); }
+QString QuitConfirmation::informativeText() {
+    return tr("Do you want to quit Typolet completely or keep it running in the background?");
+}
+QString QuitConfirmation::noTrayText() {
+    return tr("This desktop has no system tray, so Typolet shows no icon while it runs in the "
+              "background. To bring its window back, start Typolet again from the application "
+              "menu.");
+}
+QString QuitConfirmation::quitTitle() { return tr("Quit"); }
+QString QuitConfirmation::runInBackgroundTitle() { return tr("Run in Background"); }
+QString QuitConfirmation::cancelTitle() { return tr("Cancel"); }
 
 QuitConfirmation::QuitConfirmation(ActivationPolicy& policy) : m_policy(policy) {}
 
 QMessageBox* QuitConfirmation::createAlert(QWidget* parent, bool hasTray) {
     auto* alert = new QMessageBox(parent);
     alert->setWindowTitle(QStringLiteral("Typolet"));
-    alert->setText(messageText);
-    alert->setInformativeText(hasTray ? informativeText
-                                      : informativeText + QStringLiteral("\n\n") + noTrayText);
+    alert->setText(messageText());
+    alert->setInformativeText(hasTray ? informativeText()
+                                      : informativeText() + QStringLiteral("\n\n") + noTrayText());
     alert->setIcon(QMessageBox::NoIcon);
     // The question stands out above its explanation.
     if (auto* question = alert->findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
@@ -35,9 +38,9 @@ QMessageBox* QuitConfirmation::createAlert(QWidget* parent, bool hasTray) {
     }
     // One role for all three keeps them in the order they are added, whatever order the
     // desktop would give accept and reject buttons.
-    QPushButton* quit = alert->addButton(quitTitle, QMessageBox::ActionRole);
-    alert->addButton(runInBackgroundTitle, QMessageBox::ActionRole);
-    QPushButton* cancel = alert->addButton(cancelTitle, QMessageBox::ActionRole);
+    QPushButton* quit = alert->addButton(quitTitle(), QMessageBox::ActionRole);
+    alert->addButton(runInBackgroundTitle(), QMessageBox::ActionRole);
+    QPushButton* cancel = alert->addButton(cancelTitle(), QMessageBox::ActionRole);
     // Some breathing room around the titles, which the default style keeps tight.
     const QList<QAbstractButton*> buttons = alert->buttons();
     for (QAbstractButton* button : buttons)
@@ -53,9 +56,9 @@ QuitConfirmation::Response QuitConfirmation::ask(QWidget* parent) {
     alert->setWindowModality(Qt::ApplicationModal);
     alert->exec();
     QAbstractButton* clicked = alert->clickedButton();
-    if (clicked != nullptr && clicked->text() == quitTitle)
+    if (clicked != nullptr && clicked->text() == quitTitle())
         return Response::Quit;
-    if (clicked != nullptr && clicked->text() == runInBackgroundTitle)
+    if (clicked != nullptr && clicked->text() == runInBackgroundTitle())
         return Response::RunInBackground;
     return Response::Cancel;
 }

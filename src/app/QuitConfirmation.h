@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QString>
 
 class ActivationPolicy;
@@ -11,6 +12,7 @@ class QWidget;
 // Quitting by accident would silently stop every snippet, which is why nothing quits without
 // this answer.
 class QuitConfirmation {
+    Q_DECLARE_TR_FUNCTIONS(QuitConfirmation)
 public:
     // The alert's answers, numbered in the order of its buttons.
     enum class Response { Quit = 1000, RunInBackground = 1001, Cancel = 1002 };
@@ -30,12 +32,12 @@ public:
     // leaves nothing on screen, so the alert says how to come back (`hasTray` false).
     static QMessageBox* createAlert(QWidget* parent = nullptr, bool hasTray = true);
 
-    static const QString messageText;
-    static const QString informativeText;
-    static const QString noTrayText;
-    static const QString quitTitle;
-    static const QString runInBackgroundTitle;
-    static const QString cancelTitle;
+    static QString messageText();
+    static QString informativeText();
+    static QString noTrayText();
+    static QString quitTitle();
+    static QString runInBackgroundTitle();
+    static QString cancelTitle();
 
 private:
     ActivationPolicy& m_policy;

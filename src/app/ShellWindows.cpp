@@ -57,7 +57,7 @@ void ShellWindows::openPreferencesWindow() {
     if (!m_preferencesWindow) {
         m_preferencesView = new PreferencesView(m_loginItems, m_preferences);
         m_preferencesWindow =
-            makeWindow(QStringLiteral("Preferences"), preferencesSize, m_preferencesView);
+            makeWindow(tr("Preferences"), preferencesSize, m_preferencesView);
         m_preferencesWindow->setObjectName(QStringLiteral("preferencesWindow"));
         centre(m_preferencesWindow.get());
         bringForward(m_preferencesWindow.get());
@@ -70,7 +70,7 @@ void ShellWindows::openPreferencesWindow() {
 void ShellWindows::openAboutWindow() {
     if (!m_aboutWindow) {
         m_aboutView = new AboutView();
-        m_aboutWindow = makeWindow(QStringLiteral("About Typolet"), aboutSize, m_aboutView);
+        m_aboutWindow = makeWindow(tr("About Typolet"), aboutSize, m_aboutView);
         m_aboutWindow->setObjectName(QStringLiteral("aboutWindow"));
         centre(m_aboutWindow.get());
         bringForward(m_aboutWindow.get());

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QCoreApplication>
+
 #include <QWidget>
 #include <memory>
 
@@ -12,6 +14,7 @@ class PreferencesView;
 // for the life of the process: closing one only hides it, and the next request brings the
 // same window back with its state.
 class ShellWindows {
+    Q_DECLARE_TR_FUNCTIONS(ShellWindows)
 public:
     ShellWindows(LoginItemManager& loginItems, LoginPreferences& preferences);
     ~ShellWindows();

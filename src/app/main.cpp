@@ -5,6 +5,7 @@
 #include "LoginItemManager.h"
 #include "LoginPreferences.h"
 #include "ShortcutDataManager.h"
+#include "Translations.h"
 #include "TypoletApp.h"
 #include "X11ConnectionLoss.h"
 #include "X11PermissionProbe.h"
@@ -59,6 +60,7 @@ int main(int argc, char* argv[]) {
     }
 
     Logging::configure();
+    Translations::install(*app);
     ShortcutDataManager store;
     EngineBootstrap engine(hasDisplay);
 

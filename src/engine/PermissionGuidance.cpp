@@ -5,7 +5,9 @@
 
 #include <QCoreApplication>
 
-const QString PermissionGuidance::title = QStringLiteral("Typolet Cannot Reach the Keyboard");
+QString PermissionGuidance::title() {
+    return QCoreApplication::translate("PermissionGuidance", "Typolet Cannot Reach the Keyboard");
+}
 const QString PermissionGuidance::helpUrl = QStringLiteral("qrc:/typolet/permissions.html");
 
 PermissionGuidance::PermissionGuidance(PermissionProbe& probe, PermissionAlertPresenter& presenter)
@@ -51,7 +53,7 @@ bool PermissionGuidance::checkAndRequestPermissions() {
     PermissionAlertPresenter* presenter = &m_presenter;
     QMetaObject::invokeMethod(
         QCoreApplication::instance(),
-        [presenter, text] { presenter->showPermissionAlert(title, text, helpUrl); },
+        [presenter, text] { presenter->showPermissionAlert(title(), text, helpUrl); },
         Qt::QueuedConnection);
     return true;
 }

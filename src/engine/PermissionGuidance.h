@@ -16,7 +16,7 @@ public:
     // start-up has finished. Returns whether an alert was scheduled.
     bool checkAndRequestPermissions();
 
-    static const QString title;
+    static QString title();
     // The bundled help page that explains each missing piece.
     static const QString helpUrl;
 

@@ -21,7 +21,7 @@ AddCategoryView::AddCategoryView(ShortcutDataManager& dataManager, AddHandler on
                                  QWidget* parent)
     : QDialog(parent), m_dataManager(dataManager), m_onAdd(std::move(onAdd)) {
     setObjectName(QStringLiteral("addCategoryView"));
-    setWindowTitle(QStringLiteral("New Category"));
+    setWindowTitle(tr("New Category"));
     setWindowModality(Qt::WindowModal);
     setFixedSize(sheetWidth, sheetHeight);
 
@@ -33,7 +33,7 @@ AddCategoryView::AddCategoryView(ShortcutDataManager& dataManager, AddHandler on
     auto* headerRow = new QHBoxLayout(header);
     headerRow->setContentsMargins(24, 16, 24, 16);
     headerRow->addWidget(
-        FormParts::text(QStringLiteral("New Category"), UiTheme::title2(), header));
+        FormParts::text(tr("New Category"), UiTheme::title2(), header));
     headerRow->addStretch();
     root->addWidget(header);
     root->addWidget(new Divider(Qt::Horizontal, this));
@@ -41,19 +41,19 @@ AddCategoryView::AddCategoryView(ShortcutDataManager& dataManager, AddHandler on
     auto* body = new QVBoxLayout();
     body->setContentsMargins(32, 24, 32, 24);
     body->setSpacing(8);
-    body->addWidget(FormParts::heading(QStringLiteral("Name"),
-                                       QStringLiteral("Enter a descriptive name for your category"),
+    body->addWidget(FormParts::heading(tr("Name"),
+                                       tr("Enter a descriptive name for your category"),
                                        this));
     m_nameFrame = new InputFieldFrame(8, 10, this);
     m_nameFrame->row()->addWidget(
         FormParts::symbol(QStringLiteral("folder"), 16, QColor(), m_nameFrame));
-    m_nameField = new FocusableTextField(QStringLiteral("Enter category name..."), m_nameFrame);
+    m_nameField = new FocusableTextField(tr("Enter category name..."), m_nameFrame);
     m_nameField->setObjectName(QStringLiteral("nameField"));
     m_nameField->setFont(UiTheme::body());
     m_nameFrame->row()->addWidget(m_nameField, 1);
     body->addWidget(m_nameFrame);
     m_errorRow =
-        FormParts::errorRow(QStringLiteral("A category with this name already exists"), this);
+        FormParts::errorRow(tr("A category with this name already exists"), this);
     m_errorRow->setObjectName(QStringLiteral("duplicateError"));
     m_errorRow->setVisible(false);
     body->addWidget(m_errorRow);
@@ -70,9 +70,9 @@ AddCategoryView::AddCategoryView(ShortcutDataManager& dataManager, AddHandler on
     m_cancelButton->setObjectName(QStringLiteral("cancelButton"));
     buttons->addWidget(m_cancelButton);
     m_addButton = FormParts::primaryButton(QStringLiteral("checkmark.circle.fill"),
-                                           QStringLiteral("Add"), 6, footer);
+                                           tr("Add"), 6, footer);
     m_addButton->setObjectName(QStringLiteral("addButton"));
-    m_addButton->setToolTip(QStringLiteral("Add Category"));
+    m_addButton->setToolTip(tr("Add Category"));
     buttons->addWidget(m_addButton);
     root->addWidget(footer);
 

@@ -22,7 +22,7 @@ AddShortcutView::AddShortcutView(ShortcutDataManager& dataManager, AddHandler on
                                  QWidget* parent)
     : QDialog(parent), m_dataManager(dataManager), m_onAdd(std::move(onAdd)) {
     setObjectName(QStringLiteral("addShortcutView"));
-    setWindowTitle(QStringLiteral("New Snippet"));
+    setWindowTitle(tr("New Snippet"));
     setWindowModality(Qt::WindowModal);
     setFixedSize(sheetWidth, sheetHeight);
     setAutoFillBackground(true);
@@ -35,7 +35,7 @@ AddShortcutView::AddShortcutView(ShortcutDataManager& dataManager, AddHandler on
     auto* header = new FormBand(this);
     auto* headerRow = new QHBoxLayout(header);
     headerRow->setContentsMargins(24, 16, 24, 16);
-    headerRow->addWidget(FormParts::text(QStringLiteral("New Snippet"), UiTheme::title2(), header));
+    headerRow->addWidget(FormParts::text(tr("New Snippet"), UiTheme::title2(), header));
     headerRow->addStretch();
     root->addWidget(header);
 
@@ -47,18 +47,18 @@ AddShortcutView::AddShortcutView(ShortcutDataManager& dataManager, AddHandler on
     auto* commandSection = new QVBoxLayout();
     commandSection->setSpacing(8);
     commandSection->addWidget(FormParts::heading(
-        QStringLiteral("Command"),
-        QStringLiteral("Enter a unique shortcut command that will expand to your content"), this));
+        tr("Command"),
+        tr("Enter a unique shortcut command that will expand to your content"), this));
     m_commandFrame = new InputFieldFrame(8, 10, this);
     m_commandFrame->row()->addWidget(
         FormParts::symbol(QStringLiteral("command"), 16, QColor(), m_commandFrame));
     m_commandField =
-        new FocusableTextField(QStringLiteral("Enter shortcut (e.g. ;hello)"), m_commandFrame);
+        new FocusableTextField(tr("Enter shortcut (e.g. ;hello)"), m_commandFrame);
     m_commandField->setObjectName(QStringLiteral("commandField"));
     m_commandField->setFont(UiTheme::body());
     m_commandFrame->row()->addWidget(m_commandField, 1);
     commandSection->addWidget(m_commandFrame);
-    m_errorRow = FormParts::errorRow(QStringLiteral("This command already exists"), this);
+    m_errorRow = FormParts::errorRow(tr("This command already exists"), this);
     m_errorRow->setObjectName(QStringLiteral("duplicateError"));
     m_errorRow->setVisible(false);
     commandSection->addWidget(m_errorRow);
@@ -67,8 +67,8 @@ AddShortcutView::AddShortcutView(ShortcutDataManager& dataManager, AddHandler on
     auto* contentSection = new QVBoxLayout();
     contentSection->setSpacing(8);
     contentSection->addWidget(
-        FormParts::heading(QStringLiteral("Content"),
-                           QStringLiteral("Enter the text that will replace your command"), this));
+        FormParts::heading(tr("Content"),
+                           tr("Enter the text that will replace your command"), this));
     auto* contentFrame = new InputFieldFrame(8, 8, this);
     contentFrame->setFixedHeight(140);
     m_contentEditor = new CustomTextEditor(contentFrame);
@@ -76,7 +76,7 @@ AddShortcutView::AddShortcutView(ShortcutDataManager& dataManager, AddHandler on
     m_contentEditor->setFont(UiTheme::system(13));
     contentFrame->row()->addWidget(m_contentEditor);
     // Where the first typed line appears: just inside the editor's first line.
-    m_contentPlaceholder = FormParts::secondaryText(QStringLiteral("Enter your content here..."),
+    m_contentPlaceholder = FormParts::secondaryText(tr("Enter your content here..."),
                                                     UiTheme::body(), contentFrame);
     m_contentPlaceholder->setObjectName(QStringLiteral("contentPlaceholder"));
     m_contentPlaceholder->setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -99,9 +99,9 @@ AddShortcutView::AddShortcutView(ShortcutDataManager& dataManager, AddHandler on
     m_cancelButton->setObjectName(QStringLiteral("cancelButton"));
     buttons->addWidget(m_cancelButton);
     m_addButton = FormParts::primaryButton(QStringLiteral("checkmark.circle.fill"),
-                                           QStringLiteral("Add"), 6, footer);
+                                           tr("Add"), 6, footer);
     m_addButton->setObjectName(QStringLiteral("addButton"));
-    m_addButton->setToolTip(QStringLiteral("Add Snippet"));
+    m_addButton->setToolTip(tr("Add Snippet"));
     buttons->addWidget(m_addButton);
     root->addWidget(footer);
 

@@ -45,12 +45,12 @@ CategoryRowView::CategoryRowView(ShortcutDataManager& dataManager, CategoryRef c
         m_editButton = new PlainButton(QStringLiteral("pencil.circle.fill"), QString(), this);
         m_editButton->setObjectName(QStringLiteral("editCategoryButton"));
         m_editButton->setSymbolSize(14);
-        m_editButton->setToolTip(QStringLiteral("Edit Category"));
+        m_editButton->setToolTip(tr("Edit Category"));
         buttons->addWidget(m_editButton);
         m_deleteButton = new PlainButton(QStringLiteral("trash.circle.fill"), QString(), this);
         m_deleteButton->setObjectName(QStringLiteral("deleteCategoryButton"));
         m_deleteButton->setSymbolSize(14);
-        m_deleteButton->setToolTip(QStringLiteral("Delete Category"));
+        m_deleteButton->setToolTip(tr("Delete Category"));
         buttons->addWidget(m_deleteButton);
         row->addLayout(buttons);
         connect(m_editButton, &QAbstractButton::clicked, this, &CategoryRowView::showEditSheet);
@@ -66,13 +66,14 @@ bool CategoryRowView::isProtected() const {
 }
 
 QString CategoryRowView::countText() const {
-    return QStringLiteral("%1 snippets").arg(m_shortcutCount);
+    return tr("%n snippet(s)", nullptr, m_shortcutCount);
 }
 
 QString CategoryRowView::deleteMessage() const {
-    return QStringLiteral("Are you sure you want to delete '") + m_category->name() +
-           QStringLiteral("'?\nThis will permanently delete all ") +
-           QString::number(m_shortcutCount) + QStringLiteral(" snippets in this category.");
+    return tr("Are you sure you want to delete '%1'?\nThis will permanently delete all %n "
+              "snippet(s) in this category.",
+              nullptr, m_shortcutCount)
+        .arg(m_category->name());
 }
 
 void CategoryRowView::setShortcutCount(int count) {
@@ -123,7 +124,7 @@ void CategoryRowView::showDeleteAlert() {
     if (isProtected() || showingDeleteAlert())
         return;
     m_deleteAlert =
-        FormParts::deleteAlert(QStringLiteral("Delete Category"), deleteMessage(), window());
+        FormParts::deleteAlert(tr("Delete Category"), deleteMessage(), window());
     const CategoryRef category = m_category;
     ShortcutDataManager* dataManager = &m_dataManager;
     QAbstractButton* confirm =

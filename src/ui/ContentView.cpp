@@ -79,11 +79,10 @@ ContentView::ContentView(ShortcutDataManager& dataManager, QWidget* parent)
     if (const int unreadable = dataManager.unreadableRecords(); unreadable > 0) {
         const QString kept = dataManager.backupPath().isEmpty() ? dataManager.settingsPath()
                                                                 : dataManager.backupPath();
-        showProblem((unreadable == 1
-                         ? tr("1 record in your library could not be read and is not shown.")
-                         : tr("%1 records in your library could not be read and are not shown.")
-                               .arg(unreadable)) +
-                    tr(" The file as it was is kept in %1.").arg(kept));
+        showProblem(tr("%n record(s) in your library could not be read and are not shown. The "
+                       "file as it was is kept in %1.",
+                       nullptr, unreadable)
+                        .arg(kept));
     }
     connect(&m_dataManager, &ShortcutDataManager::saveFailed, this, [this](const QString& why) {
         showProblem(tr("Your last change is kept in Typolet but is not on disk yet. %1").arg(why));
@@ -129,10 +128,10 @@ QWidget* ContentView::buildSidebar() {
     auto* header = new QHBoxLayout();
     header->setContentsMargins(headerHorizontalPadding, headerVerticalPadding,
                                headerHorizontalPadding, headerVerticalPadding);
-    header->addWidget(FormParts::text(QStringLiteral("Categories"), UiTheme::headline(), sidebar));
+    header->addWidget(FormParts::text(tr("Categories"), UiTheme::headline(), sidebar));
     header->addStretch();
     m_addCategoryButton = iconButton(QStringLiteral("folder.badge.plus.fill"),
-                                     QStringLiteral("Add Category"), sidebar);
+                                     tr("Add Category"), sidebar);
     m_addCategoryButton->setObjectName(QStringLiteral("addCategoryButton"));
     m_addCategoryButton->setFocusPolicy(Qt::NoFocus);
     header->addWidget(m_addCategoryButton);
@@ -173,13 +172,13 @@ QWidget* ContentView::buildSnippetColumn() {
     header->addWidget(m_title, 1);
     m_searchField = new QLineEdit(panel);
     m_searchField->setObjectName(QStringLiteral("searchField"));
-    m_searchField->setPlaceholderText(QStringLiteral("Search snippets"));
+    m_searchField->setPlaceholderText(tr("Search snippets"));
     m_searchField->setMaximumWidth(200);
     m_searchField->setMaxLength(std::numeric_limits<int>::max());
     m_searchField->setClearButtonEnabled(true);
     header->addWidget(m_searchField);
     m_addSnippetButton =
-        iconButton(QStringLiteral("plus.circle.fill"), QStringLiteral("Add Snippet"), panel);
+        iconButton(QStringLiteral("plus.circle.fill"), tr("Add Snippet"), panel);
     m_addSnippetButton->setObjectName(QStringLiteral("addSnippetButton"));
     header->addWidget(m_addSnippetButton);
     column->addLayout(header);
@@ -203,7 +202,7 @@ QWidget* ContentView::buildDetailPane() {
     m_detailStack = new QStackedWidget(this);
     m_detailStack->setObjectName(QStringLiteral("detailPane"));
     m_detailPlaceholder = FormParts::secondaryText(
-        QStringLiteral("Select a snippet to view details"), UiTheme::body(), m_detailStack);
+        tr("Select a snippet to view details"), UiTheme::body(), m_detailStack);
     m_detailPlaceholder->setObjectName(QStringLiteral("detailPlaceholder"));
     m_detailPlaceholder->setAlignment(Qt::AlignCenter);
     m_detailStack->addWidget(m_detailPlaceholder);
@@ -239,7 +238,7 @@ bool ContentView::showingDetailPlaceholder() const {
 void ContentView::setSelectedCategory(CategoryRef category) {
     m_selectedCategory = std::move(category);
     m_title->setText(m_selectedCategory ? m_selectedCategory->name()
-                                        : QStringLiteral("All Snippets"));
+                                        : tr("All Snippets"));
     m_addSnippetButton->setEnabled(!m_selectedCategory.isNull());
     {
         QScopedValueRollback guard(m_syncing, true);
@@ -438,9 +437,9 @@ void ContentView::requestDelete(const QUuid& shortcutId) {
     if (found == shortcuts.cend() || showingDeleteAlert())
         return;
     m_shortcutToDelete = *found;
-    m_deleteAlert = FormParts::deleteAlert(QStringLiteral("Confirm Delete"),
-                                           QStringLiteral("Are you sure you want to delete '") +
-                                               m_shortcutToDelete->command + QStringLiteral("'?"),
+    m_deleteAlert = FormParts::deleteAlert(tr("Confirm Delete"),
+                                           tr("Are you sure you want to delete '%1'?")
+                                               .arg(m_shortcutToDelete->command),
                                            window());
     auto* confirm = m_deleteAlert->findChild<QPushButton*>(QStringLiteral("alertDeleteButton"));
     connect(confirm, &QAbstractButton::clicked, this, &ContentView::deleteConfirmed);

@@ -18,7 +18,7 @@ EditCategoryView::EditCategoryView(ShortcutDataManager& dataManager, CategoryRef
                                    QWidget* parent)
     : QDialog(parent), m_dataManager(dataManager), m_category(std::move(category)) {
     setObjectName(QStringLiteral("editCategoryView"));
-    setWindowTitle(QStringLiteral("Edit Category"));
+    setWindowTitle(tr("Edit Category"));
     setWindowModality(Qt::WindowModal);
     setFixedSize(sheetWidth, sheetHeight);
 
@@ -30,23 +30,23 @@ EditCategoryView::EditCategoryView(ShortcutDataManager& dataManager, CategoryRef
     auto* headerRow = new QHBoxLayout(header);
     headerRow->setContentsMargins(16, 12, 16, 12);
     headerRow->addWidget(
-        FormParts::text(QStringLiteral("Edit Category"), UiTheme::headline(), header));
+        FormParts::text(tr("Edit Category"), UiTheme::headline(), header));
     headerRow->addStretch();
     root->addWidget(header);
 
     auto* body = new QVBoxLayout();
     body->setContentsMargins(24, 20, 24, 20);
     body->setSpacing(6);
-    body->addWidget(FormParts::secondaryText(QStringLiteral("Name"), UiTheme::subheadline(), this));
+    body->addWidget(FormParts::secondaryText(tr("Name"), UiTheme::subheadline(), this));
     m_nameField = new QLineEdit(m_category->name(), this);
     m_nameField->setObjectName(QStringLiteral("nameField"));
-    m_nameField->setPlaceholderText(QStringLiteral("Category name"));
+    m_nameField->setPlaceholderText(tr("Category name"));
     m_nameField->setMaxLength(std::numeric_limits<int>::max()); // never cut a stored name
     m_nameField->setFont(UiTheme::body());
     m_nameField->setCursorPosition(0);
     body->addWidget(m_nameField);
     m_duplicateError =
-        FormParts::coloredText(QStringLiteral("A category with this name already exists"),
+        FormParts::coloredText(tr("A category with this name already exists"),
                                UiTheme::caption(), UiTheme::red(), this);
     m_duplicateError->setObjectName(QStringLiteral("duplicateError"));
     m_duplicateError->setVisible(false);
@@ -59,11 +59,11 @@ EditCategoryView::EditCategoryView(ShortcutDataManager& dataManager, CategoryRef
     buttons->setContentsMargins(16, 12, 16, 12);
     buttons->setSpacing(12);
     buttons->addStretch();
-    m_cancelButton = new QPushButton(QStringLiteral("Cancel"), footer);
+    m_cancelButton = new QPushButton(tr("Cancel"), footer);
     m_cancelButton->setObjectName(QStringLiteral("cancelButton"));
     m_cancelButton->setAutoDefault(false);
     buttons->addWidget(m_cancelButton);
-    m_saveButton = new QPushButton(QStringLiteral("Save"), footer);
+    m_saveButton = new QPushButton(tr("Save"), footer);
     m_saveButton->setObjectName(QStringLiteral("saveButton"));
     m_saveButton->setFont(UiTheme::body());
     PrimaryButtonStyle::apply(m_saveButton);

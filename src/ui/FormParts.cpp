@@ -77,13 +77,13 @@ QPushButton* FormParts::primaryButton(const QString& symbolName, const QString& 
 
 PlainButton* FormParts::cancelButton(QWidget* parent) {
     auto* button =
-        new PlainButton(QStringLiteral("xmark.circle.fill"), QStringLiteral("Cancel"), parent);
+        new PlainButton(QStringLiteral("xmark.circle.fill"), tr("Cancel"), parent);
     button->setFont(UiTheme::system(14));
     button->setSymbolSize(14);
     button->setSpacing(6);
     button->setPadding(QMargins(12, 6, 12, 6));
     button->setColorRole(UiTheme::secondaryTextRole);
-    button->setToolTip(QStringLiteral("Cancel"));
+    button->setToolTip(tr("Cancel"));
     return button;
 }
 
@@ -108,9 +108,9 @@ QMessageBox* FormParts::deleteAlert(const QString& title, const QString& message
         info->setMaximumWidth(420);
     }
     QPushButton* deleteButton =
-        alert->addButton(QStringLiteral("Delete"), QMessageBox::DestructiveRole);
+        alert->addButton(tr("Delete"), QMessageBox::DestructiveRole);
     deleteButton->setObjectName(QStringLiteral("alertDeleteButton"));
-    QPushButton* cancel = alert->addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole);
+    QPushButton* cancel = alert->addButton(tr("Cancel"), QMessageBox::RejectRole);
     cancel->setObjectName(QStringLiteral("alertCancelButton"));
     alert->setDefaultButton(deleteButton);
     alert->setEscapeButton(cancel);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QCoreApplication>
 #include <QFont>
 #include <QMargins>
 #include <QString>
@@ -15,6 +16,7 @@ class SymbolView;
 // Small pieces the sheets and the detail pane build their forms from, so the same element
 // looks the same everywhere.
 class FormParts {
+    Q_DECLARE_TR_FUNCTIONS(FormParts)
 public:
     // A title (headline, primary colour) over a hint (caption, secondary colour), spacing 4.
     static QWidget* heading(const QString& title, const QString& hint, QWidget* parent);

@@ -42,12 +42,12 @@ ShortcutDetailView::ShortcutDetailView(ShortcutDataManager& dataManager, const S
     toolbarRow->addStretch();
     m_saveButton =
         FormParts::primaryButton(QStringLiteral("square.and.arrow.down.fill"),
-                                 QStringLiteral("Save"), 4, toolbar, QMargins(0, 6, 0, 6), 80);
+                                 tr("Save"), 4, toolbar, QMargins(0, 6, 0, 6), 80);
     m_saveButton->setObjectName(QStringLiteral("saveButton"));
-    m_saveButton->setToolTip(QStringLiteral("Save Changes"));
+    m_saveButton->setToolTip(tr("Save Changes"));
     toolbarRow->addWidget(m_saveButton);
     m_deleteButton =
-        new PlainButton(QStringLiteral("trash.circle.fill"), QStringLiteral("Delete"), toolbar);
+        new PlainButton(QStringLiteral("trash.circle.fill"), tr("Delete"), toolbar);
     m_deleteButton->setObjectName(QStringLiteral("deleteButton"));
     m_deleteButton->setFont(UiTheme::system(14));
     m_deleteButton->setSymbolSize(14);
@@ -55,7 +55,7 @@ ShortcutDetailView::ShortcutDetailView(ShortcutDataManager& dataManager, const S
     m_deleteButton->setPadding(QMargins(0, 6, 0, 6));
     m_deleteButton->setMinimumWidth(80);
     m_deleteButton->setColor(UiTheme::red());
-    m_deleteButton->setToolTip(QStringLiteral("Delete Snippet"));
+    m_deleteButton->setToolTip(tr("Delete Snippet"));
     toolbarRow->addWidget(m_deleteButton);
     column->addWidget(toolbar);
 
@@ -67,16 +67,16 @@ ShortcutDetailView::ShortcutDetailView(ShortcutDataManager& dataManager, const S
     auto* commandSection = new QVBoxLayout();
     commandSection->setSpacing(6);
     commandSection->addWidget(
-        FormParts::secondaryText(QStringLiteral("Command"), UiTheme::subheadline(), this));
+        FormParts::secondaryText(tr("Command"), UiTheme::subheadline(), this));
     m_commandField = new QLineEdit(this);
     m_commandField->setObjectName(QStringLiteral("commandField"));
-    m_commandField->setPlaceholderText(QStringLiteral("Command"));
+    m_commandField->setPlaceholderText(tr("Command"));
     // QLineEdit stops at 32767 characters by default; saving must never cut a command.
     m_commandField->setMaxLength(std::numeric_limits<int>::max());
-    m_commandField->setAccessibleName(QStringLiteral("Command"));
+    m_commandField->setAccessibleName(tr("Command"));
     m_commandField->setFont(UiTheme::body());
     commandSection->addWidget(m_commandField);
-    m_duplicateError = FormParts::coloredText(QStringLiteral("This command already exists"),
+    m_duplicateError = FormParts::coloredText(tr("This command already exists"),
                                               UiTheme::caption(), UiTheme::red(), this);
     m_duplicateError->setObjectName(QStringLiteral("duplicateError"));
     m_duplicateError->setVisible(false);
@@ -86,7 +86,7 @@ ShortcutDetailView::ShortcutDetailView(ShortcutDataManager& dataManager, const S
     auto* contentSection = new QVBoxLayout();
     contentSection->setSpacing(6);
     contentSection->addWidget(
-        FormParts::secondaryText(QStringLiteral("Content"), UiTheme::subheadline(), this));
+        FormParts::secondaryText(tr("Content"), UiTheme::subheadline(), this));
     auto* contentFrame = new InputFieldFrame(6, 8, this);
     m_contentEditor = new CustomTextEditor(contentFrame);
     m_contentEditor->setObjectName(QStringLiteral("contentEditor"));
@@ -102,7 +102,7 @@ ShortcutDetailView::ShortcutDetailView(ShortcutDataManager& dataManager, const S
     column->addLayout(form, 1);
 
     // The toast floats above everything, at the top centre.
-    m_toast = new ToastView(QString::fromLatin1(toastMessage), this);
+    m_toast = new ToastView(tr(toastMessage), this);
     m_toast->hide();
     m_toastAnimation = new QPropertyAnimation(m_toast, "pos", this);
     m_toastAnimation->setDuration(300);

@@ -33,7 +33,7 @@ public:
     // would freeze the window (and the engine with it) for seconds.
     static constexpr qsizetype editableContentLimit = 1000000;
     static constexpr qsizetype editableLineLimit = 20000;
-    static constexpr const char* toastMessage = "Changes saved successfully!";
+    static constexpr const char* toastMessage = QT_TR_NOOP("Changes saved successfully!");
 
     ShortcutDetailView(ShortcutDataManager& dataManager, const Shortcut& shortcut,
                        UpdateHandler onUpdate, DeleteHandler onDelete, QWidget* parent = nullptr);

@@ -107,7 +107,7 @@ bool ShortcutRowView::editorEvent(QEvent* event, QAbstractItemModel* model,
 bool ShortcutRowView::helpEvent(QHelpEvent* event, QAbstractItemView* view,
                                 const QStyleOptionViewItem& option, const QModelIndex& index) {
     if (event->type() == QEvent::ToolTip && trashRect(option.rect).contains(event->pos())) {
-        QToolTip::showText(event->globalPos(), QStringLiteral("Delete Snippet"), view);
+        QToolTip::showText(event->globalPos(), tr("Delete Snippet"), view);
         return true;
     }
     return QStyledItemDelegate::helpEvent(event, view, option, index);

@@ -93,6 +93,8 @@ private slots:
         view->setSelectedCategory(odd);
         QCOMPARE(view->shortcutList()->model()->rowCount(), 5000);
         QCOMPARE(view->categoryRow(odd->id())->countText(), QStringLiteral("5000 snippets"));
+        view->categoryRow(odd->id())->setShortcutCount(1);
+        QCOMPARE(view->categoryRow(odd->id())->countText(), QStringLiteral("1 snippet"));
         // Scroll to the end and pick the last row.
         QScrollBar* scroll = view->shortcutList()->verticalScrollBar();
         view->shortcutList()->scrollToBottom();

@@ -42,7 +42,7 @@ private slots:
         CategoryRowView* other = view->categoryRow(home->id());
         QVERIFY(row && other);
         QCOMPARE(Shown::rowLabel(row, "categoryName"), QStringLiteral("Work"));
-        QCOMPARE(Shown::rowLabel(row, "categoryCount"), QStringLiteral("1 snippets"));
+        QCOMPARE(Shown::rowLabel(row, "categoryCount"), QStringLiteral("1 snippet"));
         QCOMPARE(Shown::rowLabel(other, "categoryCount"), QStringLiteral("0 snippets"));
         fixture.addShortcut(QStringLiteral(";b"), QStringLiteral("B"), work->id());
         QCOMPARE(Shown::rowLabel(row, "categoryCount"), QStringLiteral("2 snippets"));
@@ -141,7 +141,7 @@ private slots:
             GuiInput::click(view->categoryRow(work->id())->deleteButton());
             QCOMPARE(GuiInput::answerAlert(QStringLiteral("Delete Category"), answer),
                      QStringLiteral("Are you sure you want to delete 'WORK'?\nThis will "
-                                    "permanently delete all 1 snippets in this category."));
+                                    "permanently delete the 1 snippet in this category."));
             QCOMPARE(fixture.store().categories().size(), answer == "Cancel" ? 3 : 2);
         }
         const auto reloaded = fixture.reloaded();

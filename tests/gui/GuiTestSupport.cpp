@@ -1,4 +1,5 @@
 #include "GuiTestSupport.h"
+#include "Translations.h"
 
 #include "CategoryRowView.h"
 #include "ElidedLabel.h"
@@ -22,7 +23,11 @@ QString preparedPath(const TemporarySettings& settings, const QList<CategoryRef>
 } // namespace
 
 EditorFixture::EditorFixture(const QList<CategoryRef>& storedCategories)
-    : m_store(std::make_unique<ShortcutDataManager>(preparedPath(m_settings, storedCategories))) {}
+    : m_store(std::make_unique<ShortcutDataManager>(preparedPath(m_settings, storedCategories))) {
+    // The texts as the program shows them, plural forms included.
+    static const bool translated = (Translations::install(*QCoreApplication::instance()), true);
+    Q_UNUSED(translated);
+}
 
 EditorFixture::~EditorFixture() {
     m_window.reset();

@@ -60,7 +60,7 @@ private slots:
             QCoreApplication::processEvents();
             QCOMPARE(presenter.alerts.size(), observe && post ? 0 : 1);
             for (const auto& alert : presenter.alerts) {
-                QCOMPARE(alert.title, PermissionGuidance::title);
+                QCOMPARE(alert.title, PermissionGuidance::title());
                 QCOMPARE(alert.message, PermissionGuidance::message(observe, post,
                                                                    PermissionGuidance::isWaylandSession()));
                 QCOMPARE(alert.helpUrl, PermissionGuidance::helpUrl);

@@ -1,0 +1,393 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1">
+<context>
+    <name>AboutView</name>
+    <message>
+        <source>Version %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>AddCategoryView</name>
+    <message>
+        <source>New Category</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enter a descriptive name for your category</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enter category name...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A category with this name already exists</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add Category</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>AddShortcutView</name>
+    <message>
+        <source>New Snippet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Command</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enter a unique shortcut command that will expand to your content</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enter shortcut (e.g. ;hello)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This command already exists</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Content</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enter the text that will replace your command</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enter your content here...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add Snippet</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>AppDelegate</name>
+    <message>
+        <source>About Typolet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preferences...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Quit Typolet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open Typolet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Quit</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>CategoryRowView</name>
+    <message>
+        <source>Edit Category</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Delete Category</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%n snippet(s)</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Are you sure you want to delete &apos;%1&apos;?
+This will permanently delete all %n snippet(s) in this category.</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>ContentView</name>
+    <message numerus="yes">
+        <source>%n record(s) in your library could not be read and are not shown. The file as it was is kept in %1.</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Your last change is kept in Typolet but is not on disk yet. %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Categories</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add Category</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Search snippets</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add Snippet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select a snippet to view details</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>All Snippets</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Confirm Delete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Are you sure you want to delete &apos;%1&apos;?</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>DataError</name>
+    <message>
+        <source>A category with this name already exists</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>EditCategoryView</name>
+    <message>
+        <source>Edit Category</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Category name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A category with this name already exists</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>FormParts</name>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>MessageBoxPermissionAlert</name>
+    <message>
+        <source>Open Help</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>PermissionGuidance</name>
+    <message>
+        <source>Typolet Cannot Reach the Keyboard</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet needs two things from the X server to expand snippets:
+
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source> Seeing keys: the XInput 2 extension
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source> Typing keys: the XTEST extension
+
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This is a Wayland session: here Typolet can only serve X11 (XWayland) windows. Log in to an X11 session to use it everywhere.
+
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Most X servers offer both; a server started with &quot;-extension XTEST&quot;, or a remote or nested display, may not. &quot;Open Help&quot; explains how to check and what to change. Start Typolet again afterwards.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>PreferencesView</name>
+    <message>
+        <source>General</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Start at Login</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Automatically start Typolet when you log in</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sync</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Coming Soon</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keep your snippets synchronized and backed up across all your devices. Access them anywhere, anytime.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>QuitConfirmation</name>
+    <message>
+        <source>Quit Typolet?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Do you want to quit Typolet completely or keep it running in the background?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This desktop has no system tray, so Typolet shows no icon while it runs in the background. To bring its window back, start Typolet again from the application menu.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Quit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Run in Background</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>ShellWindows</name>
+    <message>
+        <source>Preferences</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>About Typolet</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>ShortcutDataManager</name>
+    <message>
+        <source>A snippet needs a command: a blank one would expand on every key.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>ShortcutDetailView</name>
+    <message>
+        <source>Save</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save Changes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Delete Snippet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Command</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This command already exists</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Content</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This content is %L1 characters long. The editor shows the first %L2 and cannot change it; the command can still be changed and saved.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enter a command: a blank one would expand on every key</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could Not Save</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Changes saved successfully!</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>ShortcutRowView</name>
+    <message>
+        <source>Delete Snippet</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+</TS>
