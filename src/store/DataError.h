@@ -2,21 +2,27 @@
 
 #include <QString>
 
-// The one error the store reports to its callers.
+// Why the store refused or could not keep a change.
 class DataError {
 public:
-    enum class Kind { duplicateCategoryName };
+    enum class Kind { duplicateCategoryName, duplicateCommand, blankCommand, notSaved };
 
     static DataError duplicateCategoryName() { return DataError(Kind::duplicateCategoryName); }
+    static DataError duplicateCommand() { return DataError(Kind::duplicateCommand); }
+    static DataError blankCommand() { return DataError(Kind::blankCommand); }
+    // The change is in memory but not on disk; `why` names the file and the reason.
+    static DataError notSaved(QString why) { return DataError(Kind::notSaved, std::move(why)); }
 
     Kind kind() const { return m_kind; }
-    // The text the forms show under the name field.
+    // The text the forms show.
     QString description() const;
 
-    // There is only one kind, so every two errors are equal.
-    friend bool operator==(const DataError&, const DataError&) { return true; }
+    friend bool operator==(const DataError& a, const DataError& b) {
+        return a.m_kind == b.m_kind && a.m_why == b.m_why;
+    }
 
 private:
-    explicit DataError(Kind kind) : m_kind(kind) {}
+    explicit DataError(Kind kind, QString why = {}) : m_kind(kind), m_why(std::move(why)) {}
     Kind m_kind;
+    QString m_why;
 };

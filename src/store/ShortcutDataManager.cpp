@@ -49,10 +49,34 @@ void ShortcutDataManager::appendShortcut(const Shortcut& shortcut) {
     emit shortcutsChanged();
 }
 
-void ShortcutDataManager::removeShortcut(const QUuid& id) {
-    m_shortcuts.removeIf([&](const Shortcut& s) { return s.id == id; });
+std::optional<DataError> ShortcutDataManager::commandError(const QString& command,
+                                                           const QUuid& shortcutId) const {
+    if (isBlankCommand(command))
+        return DataError::blankCommand();
+    for (const Shortcut& other : m_shortcuts) {
+        if (other.command == command && other.id != shortcutId)
+            return DataError::duplicateCommand();
+    }
+    return std::nullopt;
+}
+
+std::optional<DataError> ShortcutDataManager::addShortcut(const Shortcut& shortcut) {
+    if (const auto error = commandError(shortcut.command, shortcut.id))
+        return error;
+    appendShortcut(shortcut);
+    return saved(saveShortcuts());
+}
+
+std::optional<DataError> ShortcutDataManager::removeShortcut(const QUuid& id) {
+    if (m_shortcuts.removeIf([&](const Shortcut& s) { return s.id == id; }) == 0)
+        return std::nullopt;
     ++m_shortcutsRevision;
     emit shortcutsChanged();
+    return saved(saveShortcuts());
+}
+
+std::optional<DataError> ShortcutDataManager::saved(const std::optional<QString>& saveError) {
+    return saveError ? std::optional(DataError::notSaved(*saveError)) : std::nullopt;
 }
 
 void ShortcutDataManager::setCategories(QList<CategoryRef> categories) {
@@ -87,8 +111,7 @@ std::optional<DataError> ShortcutDataManager::addCategory(const QString& name) {
     QList<CategoryRef> categories = m_categories;
     categories.append(Category::create(name));
     setCategories(std::move(categories));
-    saveCategories();
-    return std::nullopt;
+    return saved(saveCategories());
 }
 
 std::optional<DataError> ShortcutDataManager::updateCategory(const Category& category,
@@ -104,30 +127,31 @@ std::optional<DataError> ShortcutDataManager::updateCategory(const Category& cat
     categories[found - m_categories.cbegin()] =
         CategoryRef::create(category.id(), newName, category.createdAt());
     setCategories(std::move(categories));
-    saveCategories();
-    return std::nullopt;
+    return saved(saveCategories());
 }
 
-void ShortcutDataManager::deleteCategory(const Category& category) {
+std::optional<DataError> ShortcutDataManager::deleteCategory(const Category& category) {
     const QUuid id = category.id(); // `category` may be one of the objects removed below
     if (id == Category::defaultCategoryId)
-        return;
+        return std::nullopt;
     QList<Shortcut> shortcuts = m_shortcuts;
     shortcuts.removeIf([&](const Shortcut& s) { return s.categoryId == id; });
     setShortcuts(std::move(shortcuts));
     QList<CategoryRef> categories = m_categories;
     categories.removeIf([&](const CategoryRef& c) { return c->id() == id; });
     setCategories(std::move(categories));
-    saveCategories();
-    saveShortcuts();
+    // One write carries both lists when the first fails (see write()).
+    const std::optional<QString> categoriesError = saveCategories();
+    const std::optional<QString> shortcutsError = saveShortcuts();
+    return saved(shortcutsError ? shortcutsError : categoriesError);
 }
 
-std::optional<QString> ShortcutDataManager::updateShortcut(const Shortcut& shortcut,
-                                                           const QString& command,
-                                                           const QString& content,
-                                                           std::optional<QUuid> categoryId) {
-    if (isBlankCommand(command))
-        return tr("A snippet needs a command: a blank one would expand on every key.");
+std::optional<DataError> ShortcutDataManager::updateShortcut(const Shortcut& shortcut,
+                                                             const QString& command,
+                                                             const QString& content,
+                                                             std::optional<QUuid> categoryId) {
+    if (const auto error = commandError(command, shortcut.id))
+        return error;
     const auto found = std::find_if(m_shortcuts.cbegin(), m_shortcuts.cend(),
                                     [&](const Shortcut& s) { return s.id == shortcut.id; });
     if (found == m_shortcuts.cend())
@@ -137,7 +161,7 @@ std::optional<QString> ShortcutDataManager::updateShortcut(const Shortcut& short
                                   categoryId.value_or(shortcut.categoryId));
     ++m_shortcutsRevision;
     emit shortcutsChanged();
-    return saveShortcuts();
+    return saved(saveShortcuts());
 }
 
 std::optional<QString> ShortcutDataManager::write(const char* key, const QByteArray& data) {

@@ -34,22 +34,27 @@ public:
     // Bumped on every change to shortcuts(), so derived indexes know when to rebuild.
     quint64 shortcutsRevision() const { return m_shortcutsRevision; }
 
-    // Direct changes to the snippet list; they are not saved until saveShortcuts(). Appending
-    // a snippet with a blank command is refused.
-    void setShortcuts(QList<Shortcut> shortcuts);
-    void appendShortcut(const Shortcut& shortcut);
-    void removeShortcut(const QUuid& id); // every snippet with that id
-
+    // The changes the windows make. Each checks the change, makes it, saves, and returns why
+    // it was refused (nothing changed) or could not be saved (the change stays in memory and
+    // goes out with the next save). A command must not be blank (it would expand on every key)
+    // nor another snippet's; a category name must not be another category's, ignoring case.
+    [[nodiscard]] std::optional<DataError> addShortcut(const Shortcut& shortcut);
+    [[nodiscard]] std::optional<DataError> updateShortcut(const Shortcut& shortcut,
+                                                          const QString& command,
+                                                          const QString& content,
+                                                          std::optional<QUuid> categoryId = std::nullopt);
+    // Every snippet with that id.
+    [[nodiscard]] std::optional<DataError> removeShortcut(const QUuid& id);
     [[nodiscard]] std::optional<DataError> addCategory(const QString& name);
     [[nodiscard]] std::optional<DataError> updateCategory(const Category& category,
                                                           const QString& newName);
-    void deleteCategory(const Category& category);
-    // Refuses a blank command (it would expand on every key). Returns why the change could not
-    // be made or saved; a change that was made but not saved stays in memory.
-    [[nodiscard]] std::optional<QString> updateShortcut(const Shortcut& shortcut,
-                                                        const QString& command,
-                                                        const QString& content,
-                                                        std::optional<QUuid> categoryId = std::nullopt);
+    // The category and its snippets; the default category stays.
+    [[nodiscard]] std::optional<DataError> deleteCategory(const Category& category);
+
+    // Direct changes to the snippet list for loading many at once (and for tests); they are
+    // not saved until saveShortcuts(). Appending a snippet with a blank command is refused.
+    void setShortcuts(QList<Shortcut> shortcuts);
+    void appendShortcut(const Shortcut& shortcut);
 
     // Write a list; return why it could not be saved (also announced with saveFailed()).
     std::optional<QString> saveShortcuts();
@@ -86,6 +91,8 @@ signals:
     void shortcutsSaved(const QList<Shortcut>& shortcuts);
 
 private:
+    std::optional<DataError> commandError(const QString& command, const QUuid& shortcutId) const;
+    static std::optional<DataError> saved(const std::optional<QString>& saveError);
     bool isDuplicateCategoryName(const QString& name, std::optional<QUuid> excluding) const;
     void setCategories(QList<CategoryRef> categories);
     std::optional<QString> write(const char* key, const QByteArray& data);

@@ -110,7 +110,7 @@ void AddCategoryView::add() {
     const QString name = this->name();
     if (name.isEmpty())
         return;
-    if (const auto error = m_dataManager.addCategory(name)) {
+    if (FormParts::refused(m_dataManager.addCategory(name), this)) {
         setShowingDuplicateError(true);
         return;
     }

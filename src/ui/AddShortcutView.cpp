@@ -18,9 +18,11 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
-AddShortcutView::AddShortcutView(ShortcutDataManager& dataManager, AddHandler onAdd,
+AddShortcutView::AddShortcutView(ShortcutDataManager& dataManager, const QUuid& categoryId,
+                                 AddedHandler onAdded,
                                  QWidget* parent)
-    : QDialog(parent), m_dataManager(dataManager), m_onAdd(std::move(onAdd)) {
+    : QDialog(parent), m_dataManager(dataManager), m_categoryId(categoryId),
+      m_onAdded(std::move(onAdded)) {
     setObjectName(QStringLiteral("addShortcutView"));
     setWindowTitle(tr("New Snippet"));
     setWindowModality(Qt::WindowModal);
@@ -149,15 +151,15 @@ void AddShortcutView::setShowingDuplicateError(bool showing) {
 void AddShortcutView::add() {
     const QString command = this->command();
     const QString content = this->content();
-    if (ShortcutDataManager::isBlankCommand(command) || content.isEmpty())
+    if (content.isEmpty())
         return;
-    for (const Shortcut& existing : m_dataManager.shortcuts()) {
-        if (existing.command == command) {
-            setShowingDuplicateError(true);
-            return;
-        }
+    const Shortcut shortcut = Shortcut::create(command, content, m_categoryId);
+    // The only refusal left once Add is enabled is a command in use.
+    if (FormParts::refused(m_dataManager.addShortcut(shortcut), this)) {
+        setShowingDuplicateError(true);
+        return;
     }
-    if (m_onAdd)
-        m_onAdd(command, content);
+    if (m_onAdded)
+        m_onAdded(shortcut);
     accept();
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "Shortcut.h"
+
 #include <QDialog>
+#include <QUuid>
 #include <functional>
 
 class CustomTextEditor;
@@ -13,18 +16,20 @@ class ShortcutDataManager;
 
 // The "New Snippet" sheet: a command and a content, both required. A command that an
 // existing snippet already uses (exactly, letter case counts) is refused with "This command
-// already exists" until the command is edited. On success it hands both texts, exactly as
-// typed, to `onAdd` and closes; the presenter creates and saves the snippet. Escape cancels,
-// Ctrl+Return adds; Return alone never submits (it belongs to the content editor).
+// already exists" until the command is edited. On success the snippet, with both texts exactly
+// as typed, is in the store (in the category given) and is handed to `onAdded`; the sheet
+// closes. Escape cancels, Ctrl+Return adds; Return alone never submits (it belongs to the
+// content editor).
 class AddShortcutView : public QDialog {
     Q_OBJECT
 public:
-    using AddHandler = std::function<void(const QString& command, const QString& content)>;
+    using AddedHandler = std::function<void(const Shortcut& added)>;
 
     static constexpr int sheetWidth = 480;
     static constexpr int sheetHeight = 480;
 
-    AddShortcutView(ShortcutDataManager& dataManager, AddHandler onAdd, QWidget* parent = nullptr);
+    AddShortcutView(ShortcutDataManager& dataManager, const QUuid& categoryId, AddedHandler onAdded,
+                    QWidget* parent = nullptr);
 
     QString command() const;
     QString content() const;
@@ -42,7 +47,8 @@ private:
     void updateState();
 
     ShortcutDataManager& m_dataManager;
-    AddHandler m_onAdd;
+    QUuid m_categoryId;
+    AddedHandler m_onAdded;
     bool m_showingDuplicateError = false;
     bool m_isCommandFieldFocused = false;
 

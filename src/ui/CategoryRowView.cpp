@@ -130,7 +130,9 @@ void CategoryRowView::showDeleteAlert() {
     QAbstractButton* confirm =
         m_deleteAlert->findChild<QPushButton*>(QStringLiteral("alertDeleteButton"));
     // The row itself goes away with its category, so the action holds what it needs.
-    connect(confirm, &QAbstractButton::clicked, dataManager,
-            [dataManager, category] { dataManager->deleteCategory(*category); });
+    QWidget* window = this->window();
+    connect(confirm, &QAbstractButton::clicked, dataManager, [dataManager, category, window] {
+        FormParts::refused(dataManager->deleteCategory(*category), window);
+    });
     m_deleteAlert->open();
 }

@@ -398,9 +398,8 @@ void ContentView::showAddSheet() {
     if (showingAddSheet() || !m_selectedCategory)
         return;
     m_addSheet = new AddShortcutView(
-        m_dataManager,
-        [this](const QString& command, const QString& content) { addShortcut(command, content); },
-        window());
+        m_dataManager, m_selectedCategory ? m_selectedCategory->id() : Category::defaultCategoryId,
+        [this](const Shortcut& added) { setSelectedShortcut(added); }, window());
     m_addSheet->setAttribute(Qt::WA_DeleteOnClose);
     m_addSheet->open();
     m_addSheet->commandField()->setFocus(Qt::OtherFocusReason);
@@ -419,15 +418,6 @@ void ContentView::showAddCategorySheet() {
     m_addCategorySheet->setAttribute(Qt::WA_DeleteOnClose);
     m_addCategorySheet->open();
     m_addCategorySheet->nameField()->setFocus(Qt::OtherFocusReason);
-}
-
-void ContentView::addShortcut(const QString& command, const QString& content) {
-    const QUuid categoryId =
-        m_selectedCategory ? m_selectedCategory->id() : Category::defaultCategoryId;
-    const Shortcut shortcut = Shortcut::create(command, content, categoryId);
-    m_dataManager.appendShortcut(shortcut);
-    m_dataManager.saveShortcuts();
-    setSelectedShortcut(shortcut);
 }
 
 void ContentView::requestDelete(const QUuid& shortcutId) {
@@ -450,8 +440,7 @@ void ContentView::deleteConfirmed() {
     if (!m_shortcutToDelete)
         return;
     const QUuid id = m_shortcutToDelete->id;
-    m_dataManager.removeShortcut(id);
-    m_dataManager.saveShortcuts();
+    FormParts::refused(m_dataManager.removeShortcut(id), window());
     setSelectedShortcut(std::nullopt);
     m_shortcutToDelete.reset();
 }

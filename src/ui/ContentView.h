@@ -93,7 +93,6 @@ private:
     QWidget* buildSnippetColumn();
     QWidget* buildDetailPane();
 
-    void addShortcut(const QString& command, const QString& content);
     void deleteConfirmed();
     void updateFromDetail();
     void categoriesChanged();

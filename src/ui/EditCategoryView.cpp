@@ -95,7 +95,7 @@ void EditCategoryView::save() {
     const QString newName = name();
     if (newName.isEmpty() || newName == m_category->name())
         return;
-    if (const auto error = m_dataManager.updateCategory(*m_category, newName)) {
+    if (FormParts::refused(m_dataManager.updateCategory(*m_category, newName), this)) {
         setShowingDuplicateError(true);
         return;
     }

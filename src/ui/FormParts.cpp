@@ -116,3 +116,12 @@ QMessageBox* FormParts::deleteAlert(const QString& title, const QString& message
     alert->setEscapeButton(cancel);
     return alert;
 }
+
+bool FormParts::refused(const std::optional<DataError>& error, QWidget* parent) {
+    if (!error)
+        return false;
+    if (error->kind() != DataError::Kind::notSaved)
+        return true;
+    QMessageBox::warning(parent, tr("Could Not Save"), error->description());
+    return false;
+}

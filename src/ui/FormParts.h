@@ -1,10 +1,13 @@
 #pragma once
 
+#include "DataError.h"
+
 #include <QColor>
 #include <QCoreApplication>
 #include <QFont>
 #include <QMargins>
 #include <QString>
+#include <optional>
 
 class PlainButton;
 class QLabel;
@@ -43,4 +46,8 @@ public:
     // A window-modal confirmation with a destructive "Delete" (the default) and "Cancel"
     // (Escape). The caller connects to the "Delete" button and calls open().
     static QMessageBox* deleteAlert(const QString& title, const QString& message, QWidget* parent);
+
+    // Whether the store refused a change (the form then says why). A change that was made but
+    // could not be saved is not refused: the user is told in a message box, and it stays.
+    static bool refused(const std::optional<DataError>& error, QWidget* parent);
 };

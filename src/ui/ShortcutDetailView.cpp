@@ -229,26 +229,15 @@ void ShortcutDetailView::save() {
     const QString command = this->command();
     const QString content = this->content();
     const QList<Shortcut>& shortcuts = m_dataManager.shortcuts();
-    if (ShortcutDataManager::isBlankCommand(command)) {
-        m_duplicateError->setText(tr("Enter a command: a blank one would expand on every key"));
-        setShowingDuplicateError(true);
-        return;
-    }
-    for (const Shortcut& other : shortcuts) {
-        if (other.command == command && other.id != m_shortcutId) {
-            m_duplicateError->setText(tr("This command already exists"));
-            setShowingDuplicateError(true);
-            return;
-        }
-    }
     const auto stored = std::find_if(shortcuts.cbegin(), shortcuts.cend(),
                                      [&](const Shortcut& s) { return s.id == m_shortcutId; });
     if (stored == shortcuts.cend())
         return; // deleted meanwhile; nothing to save into
     const Shortcut original = *stored;
-    if (const std::optional<QString> error = m_dataManager.updateShortcut(original, command, content)) {
-        // The change stays in memory and in the form; the next save tries again.
-        QMessageBox::warning(this, tr("Could Not Save"), *error);
+    const std::optional<DataError> error = m_dataManager.updateShortcut(original, command, content);
+    if (FormParts::refused(error, this)) {
+        m_duplicateError->setText(error->description());
+        setShowingDuplicateError(true);
         return;
     }
     if (m_onUpdate)

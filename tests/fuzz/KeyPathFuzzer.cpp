@@ -156,17 +156,20 @@ void edit(ShortcutDataManager& store, Reader& in) {
     }
     const Shortcut target = old[in.next() % old.size()];
     if (how % 3 == 1) {
-        store.removeShortcut(target.id);
+        require(!store.removeShortcut(target.id), "the removal is saved");
         require(store.shortcuts().size() == old.size() - 1, "the snippet is removed");
         return;
     }
     const QString command = in.text(1 + how / 3 % 4);
-    const bool blank = ShortcutDataManager::isBlankCommand(command);
-    const std::optional<QString> error = store.updateShortcut(target, command, target.content);
+    const bool refused = ShortcutDataManager::isBlankCommand(command) ||
+                         std::any_of(old.cbegin(), old.cend(), [&](const Shortcut& other) {
+                             return other.command == command && other.id != target.id;
+                         });
+    const std::optional<DataError> error = store.updateShortcut(target, command, target.content);
     const auto found = std::find(store.shortcuts().cbegin(), store.shortcuts().cend(), target);
     require(found != store.shortcuts().cend(), "a changed snippet stays in the list");
-    require(blank ? error && found->command == target.command : found->command == command,
-            "a command changes unless it is blank");
+    require(refused ? error && found->command == target.command : found->command == command,
+            "a command changes unless it is blank or another snippet's");
 }
 } // namespace
 

@@ -74,7 +74,7 @@ private slots:
         QTest::keyClicks(e.detail->contentEditor(), QStringLiteral("!"));
         QVERIFY(e.detail->saveButton()->isEnabled());
         // A snippet removed elsewhere while shown is not saved back.
-        e.fixture.store().removeShortcut(e.hi.id);
+        QVERIFY(!e.fixture.store().removeShortcut(e.hi.id));
         QVERIFY(e.view->showingDetailPlaceholder());
         e.detail->save();
         QCOMPARE(commandsOf(e.fixture.store().shortcuts()), QStringList{";bye"});

@@ -155,7 +155,7 @@ private slots:
         ShortcutDataManager store(settings.path());
         QVERIFY(!store.updateCategory(*store.categories().at(2), "C"));
         QCOMPARE(names(store.categories()), QStringList({"Uncategory", "C", "B"}));
-        store.deleteCategory(*store.categories().at(2));
+        QVERIFY(!store.deleteCategory(*store.categories().at(2)));
         QCOMPARE(names(store.categories()), QStringList({"Uncategory"}));
     }
 
@@ -169,11 +169,11 @@ private slots:
         store.appendShortcut(Shortcut::create(";b", "b", kDefault));
         store.appendShortcut(Shortcut::create(";c", "c", work->id()));
 
-        store.deleteCategory(*Category::defaultCategory());
+        QVERIFY(!store.deleteCategory(*Category::defaultCategory()));
         QCOMPARE(store.categories().size(), 2);
         QVERIFY(!settings.contains("Shortcuts")); // nothing saved
 
-        store.deleteCategory(*work);
+        QVERIFY(!store.deleteCategory(*work));
         QCOMPARE(names(store.categories()), QStringList({"Uncategory"}));
         QCOMPARE(commands(store.shortcuts()), QStringList({";b"}));
         QCOMPARE(storedCommands(settings), QStringList({";b"}));
@@ -206,11 +206,19 @@ private slots:
         QVERIFY(!store.updateShortcut(Shortcut::create(";gone", "", kWork), ";x", "x"));
         QCOMPARE(store.shortcutsRevision(), revision);
         QCOMPARE(commands(store.shortcuts()), QStringList({";z", ";c"}));
-        // A blank command is refused whichever view asks: it would expand on every key.
-        QVERIFY(store.updateShortcut(store.shortcuts().at(1), " \t", "sea").has_value());
-        store.appendShortcut(Shortcut::create("", "x", kDefault));
+        // A blank command is refused whichever view asks (it would expand on every key), and
+        // so is another snippet's command; nothing changes.
+        QCOMPARE(*store.updateShortcut(store.shortcuts().at(1), " \t", "sea"),
+                 DataError::blankCommand());
+        QCOMPARE(*store.updateShortcut(store.shortcuts().at(1), ";z", "sea"),
+                 DataError::duplicateCommand());
+        QCOMPARE(*store.addShortcut(Shortcut::create(";z", "x", kDefault)),
+                 DataError::duplicateCommand());
+        QCOMPARE(*store.addShortcut(Shortcut::create("", "x", kDefault)), DataError::blankCommand());
         QCOMPARE(store.shortcutsRevision(), revision);
         QCOMPARE(commands(store.shortcuts()), QStringList({";z", ";c"}));
+        QVERIFY(!store.addShortcut(Shortcut::create(";new", "n", kWork)));
+        QCOMPARE(storedCommands(settings), QStringList({";z", ";c", ";new"}));
     }
 
     void directChangesBumpTheRevisionAndSavesAnnounceTheListAtDelivery() {
@@ -224,7 +232,7 @@ private slots:
         store.appendShortcut(a); // same id twice: removal takes both
         QVERIFY(store.shortcutsRevision() > revision);
         revision = store.shortcutsRevision();
-        store.removeShortcut(a.id);
+        QVERIFY(!store.removeShortcut(a.id));
         QVERIFY(store.shortcutsRevision() > revision);
         QVERIFY(store.shortcuts().isEmpty());
         QCOMPARE(changed.size(), 3);
@@ -234,9 +242,9 @@ private slots:
         store.appendShortcut(Shortcut::create(";b", "b", kDefault));
         store.saveShortcuts();
         QVERIFY(updates.lists.isEmpty());
-        QTRY_COMPARE(updates.lists.size(), 2);
-        QCOMPARE(commands(updates.lists.at(0)), QStringList({";a", ";b"}));
-        QCOMPARE(commands(updates.lists.at(1)), QStringList({";a", ";b"}));
+        QTRY_COMPARE(updates.lists.size(), 3); // the removal saved too
+        for (const QList<Shortcut>& list : std::as_const(updates.lists))
+            QCOMPARE(commands(list), QStringList({";a", ";b"}));
     }
 
     void listsSurviveARestart() {
