@@ -1,6 +1,7 @@
 #include "AboutView.h"
 
-#include "ShellStyle.h"
+#include "SymbolImage.h"
+#include "UiTheme.h"
 #include "ToneLabel.h"
 
 #include <QApplication>
@@ -25,7 +26,7 @@ QPixmap roundedIcon(qreal devicePixelRatio) {
     QPainterPath clip;
     clip.addRoundedRect(QRectF(0, 0, size, size), 12, 12);
     painter.setClipPath(clip);
-    ShellStyle::applicationIcon().paint(&painter, QRect(0, 0, size, size));
+    SymbolImage::applicationIcon().paint(&painter, QRect(0, 0, size, size));
     return pixmap;
 }
 } // namespace
@@ -50,17 +51,17 @@ AboutView::AboutView(const QString& version, QWidget* parent) : QWidget(parent) 
     layout->addWidget(m_icon, 0, Qt::AlignHCenter);
 
     m_name = new QLabel(QStringLiteral("Typolet"), this);
-    m_name->setFont(ShellStyle::font(20, QFont::DemiBold));
+    m_name->setFont(UiTheme::system(20, QFont::DemiBold));
     layout->addWidget(m_name, 0, Qt::AlignHCenter);
 
     m_version = new ToneLabel(tr("Version %1").arg(displayedVersion(version)),
                               ToneLabel::Tone::Secondary, this);
-    m_version->setFont(ShellStyle::font(12));
+    m_version->setFont(UiTheme::system(12));
     m_version->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout->addWidget(m_version, 0, Qt::AlignHCenter);
 
     m_website = new QLabel(this);
-    m_website->setFont(ShellStyle::font(12));
+    m_website->setFont(UiTheme::system(12));
     m_website->setTextFormat(Qt::RichText);
     m_website->setText(QStringLiteral("<a href=\"%1\">%2</a>")
                            .arg(websiteUrl().toString(), websiteName().toHtmlEscaped()));

@@ -1,6 +1,7 @@
 #include "AppDelegate.h"
 
-#include "ShellStyle.h"
+#include "SymbolImage.h"
+#include "UiTheme.h"
 
 #include <QAction>
 #include <QApplication>
@@ -80,7 +81,7 @@ void AppDelegate::setupStatusItem() {
     if (!QSystemTrayIcon::isSystemTrayAvailable())
         return;
     m_statusItem = std::make_unique<QSystemTrayIcon>();
-    m_statusItem->setIcon(ShellStyle::trayIcon());
+    m_statusItem->setIcon(SymbolImage::trayIcon());
     m_statusItem->setContextMenu(m_statusMenu.get());
     // A left click opens the same menu as a right click does; a quick second click arrives as
     // a double click and must open it too.

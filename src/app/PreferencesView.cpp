@@ -4,7 +4,8 @@
 #include "LoginPreferences.h"
 #include "PreferenceCard.h"
 #include "SectionHeader.h"
-#include "ShellStyle.h"
+#include "SymbolImage.h"
+#include "UiTheme.h"
 #include "ToggleSwitch.h"
 #include "ToneLabel.h"
 
@@ -61,10 +62,10 @@ void PreferencesView::buildGeneralCard() {
     auto* labels = new QVBoxLayout();
     labels->setSpacing(4);
     m_switchTitle = new QLabel(tr("Start at Login"), m_generalCard);
-    m_switchTitle->setFont(ShellStyle::font(14, QFont::Medium));
+    m_switchTitle->setFont(UiTheme::system(14, QFont::Medium));
     m_switchDetail = new ToneLabel(tr("Automatically start Typolet when you log in"),
                                    ToneLabel::Tone::Tertiary, m_generalCard);
-    m_switchDetail->setFont(ShellStyle::font(12));
+    m_switchDetail->setFont(UiTheme::system(12));
     m_switchDetail->setWordWrap(true);
     labels->addWidget(m_switchTitle);
     labels->addWidget(m_switchDetail);
@@ -93,7 +94,7 @@ void PreferencesView::buildSyncCard() {
                                                 "across all your devices. Access them anywhere, "
                                                 "anytime."),
                                  ToneLabel::Tone::Tertiary, m_syncCard);
-    m_syncDetail->setFont(ShellStyle::font(12));
+    m_syncDetail->setFont(UiTheme::system(12));
     m_syncDetail->setWordWrap(true);
     m_syncDetail->setContentsMargins(textIndent, 0, 0, 0);
     content->addWidget(m_syncDetail);

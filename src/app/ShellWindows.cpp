@@ -2,7 +2,8 @@
 
 #include "AboutView.h"
 #include "PreferencesView.h"
-#include "ShellStyle.h"
+#include "SymbolImage.h"
+#include "UiTheme.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -16,7 +17,7 @@ std::unique_ptr<QWidget> makeWindow(const QString& title, QSize size, QWidget* c
         std::make_unique<QWidget>(nullptr, Qt::Window | Qt::CustomizeWindowHint |
                                                Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
     window->setWindowTitle(title);
-    window->setWindowIcon(ShellStyle::applicationIcon());
+    window->setWindowIcon(SymbolImage::applicationIcon());
     window->setFixedSize(size);
     window->setAutoFillBackground(true);
     window->setBackgroundRole(QPalette::Window);

@@ -2,7 +2,8 @@
 
 #include "AppDelegate.h"
 #include "Logging.h"
-#include "ShellStyle.h"
+#include "SymbolImage.h"
+#include "UiTheme.h"
 #include "SingleInstanceGuard.h"
 
 #include <QApplication>
@@ -26,7 +27,7 @@ bool TypoletApp::start() {
         return false;
     }
 
-    QApplication::setWindowIcon(ShellStyle::applicationIcon());
+    QApplication::setWindowIcon(SymbolImage::applicationIcon());
     QGuiApplication::setDesktopFileName(QStringLiteral("typolet"));
 
     m_delegate = std::make_unique<AppDelegate>(m_loginItems, m_preferences);

@@ -23,6 +23,8 @@ constexpr SymbolEntry symbols[] = {
     {"square.and.arrow.down.fill", "document-save", ":/ui/square-and-arrow-down-fill.svg"},
     {"command", "input-keyboard", ":/ui/command.svg"},
     {"exclamationmark.circle", "dialog-error", ":/ui/exclamationmark-circle.svg"},
+    {"gearshape.fill", "preferences-system", ":/icons/gearshape.svg"},
+    {"arrow.triangle.2.circlepath", "view-refresh", ":/icons/sync-arrows.svg"},
 };
 
 const SymbolEntry* find(const QString& symbolName) {
@@ -39,6 +41,7 @@ static void ensureResources() {
     // The icons live in a static library; make sure its resources are registered.
     static const bool registered = [] {
         Q_INIT_RESOURCE(ui_icons);
+        Q_INIT_RESOURCE(app);
         return true;
     }();
     Q_UNUSED(registered);
@@ -56,6 +59,29 @@ QIcon SymbolImage::icon(const QString& symbolName) {
     ensureResources();
     return QIcon::fromTheme(QString::fromLatin1(entry->theme),
                             QIcon(QString::fromLatin1(entry->resource)));
+}
+
+QIcon SymbolImage::applicationIcon() {
+    ensureResources();
+    return QIcon(QStringLiteral(":/icons/typolet.svg"));
+}
+
+QIcon SymbolImage::trayIcon() {
+    ensureResources();
+    return QIcon(QStringLiteral(":/icons/text-bubble.svg"));
+}
+
+QPixmap SymbolImage::tinted(const QIcon& icon, QSize size, const QColor& color,
+                            qreal devicePixelRatio) {
+    QPixmap pixmap(size * devicePixelRatio);
+    pixmap.setDevicePixelRatio(devicePixelRatio);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    icon.paint(&painter, QRect(QPoint(0, 0), size));
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(QRect(QPoint(0, 0), size), color);
+    return pixmap;
 }
 
 QPixmap SymbolImage::pixmap(const QString& symbolName, int pixelSize, const QColor& color,
@@ -76,20 +102,10 @@ QPixmap SymbolImage::pixmap(const QString& symbolName, int pixelSize, const QCol
     if (const auto it = cache.constFind(key); it != cache.constEnd())
         return *it;
 
-    const QIcon source = icon(symbolName);
-    const int device = qMax(1, qRound(pixelSize * devicePixelRatio));
-    QPixmap tinted(device, device);
-    tinted.fill(Qt::transparent);
-    {
-        QPainter painter(&tinted);
-        painter.setRenderHint(QPainter::SmoothPixmapTransform);
-        source.paint(&painter, QRect(0, 0, device, device));
-        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-        painter.fillRect(tinted.rect(), color);
-    }
-    tinted.setDevicePixelRatio(devicePixelRatio);
+    const QPixmap drawn =
+        tinted(icon(symbolName), QSize(pixelSize, pixelSize), color, devicePixelRatio);
     if (cache.size() > 512)
         cache.clear();
-    cache.insert(key, tinted);
-    return tinted;
+    cache.insert(key, drawn);
+    return drawn;
 }

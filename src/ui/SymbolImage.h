@@ -18,6 +18,14 @@ public:
     static QPixmap pixmap(const QString& symbolName, int pixelSize, const QColor& color,
                           qreal devicePixelRatio = 1.0);
 
+    // Typolet's own pictures: the application and the tray.
+    static QIcon applicationIcon();
+    static QIcon trayIcon();
+
+    // `icon` rendered at `size` as a silhouette in `color`.
+    static QPixmap tinted(const QIcon& icon, QSize size, const QColor& color,
+                          qreal devicePixelRatio);
+
     // The freedesktop icon name a symbol is looked up under.
     static QString themeName(const QString& symbolName);
 };

@@ -11,6 +11,12 @@ QFont sized(int pixelSize, QFont::Weight weight = QFont::Normal) {
     font.setWeight(weight);
     return font;
 }
+
+QColor mixed(const QColor& a, const QColor& b, qreal amountOfB) {
+    return QColor::fromRgbF(float(a.redF() * (1 - amountOfB) + b.redF() * amountOfB),
+                            float(a.greenF() * (1 - amountOfB) + b.greenF() * amountOfB),
+                            float(a.blueF() * (1 - amountOfB) + b.blueF() * amountOfB));
+}
 } // namespace
 
 QFont UiTheme::headline() {
@@ -28,13 +34,38 @@ QFont UiTheme::title2() {
 QFont UiTheme::body() {
     return sized(13);
 }
-QFont UiTheme::system(int pixelSize) {
-    return sized(pixelSize);
+QFont UiTheme::system(int pixelSize, QFont::Weight weight) {
+    return sized(pixelSize, weight);
 }
 
 QColor UiTheme::accent(const QWidget* widget) {
     const QPalette palette = widget ? widget->palette() : QApplication::palette();
     return palette.color(QPalette::Active, QPalette::Highlight);
+}
+
+QColor UiTheme::accent(const QPalette& palette) {
+    return palette.color(QPalette::Active, QPalette::Highlight);
+}
+
+QColor UiTheme::windowBackground(const QPalette& palette) {
+    return palette.color(QPalette::Window);
+}
+
+QColor UiTheme::secondaryLabel(const QPalette& palette) {
+    return mixed(palette.color(QPalette::Window), palette.color(QPalette::WindowText), 0.6);
+}
+
+QColor UiTheme::tertiaryLabel(const QPalette& palette) {
+    return mixed(palette.color(QPalette::Window), palette.color(QPalette::WindowText), 0.45);
+}
+
+QColor UiTheme::gray() {
+    return QColor(142, 142, 147);
+}
+
+QColor UiTheme::withOpacity(QColor color, qreal opacity) {
+    color.setAlphaF(float(color.alphaF() * opacity));
+    return color;
 }
 
 QColor UiTheme::secondaryText(const QWidget* widget) {

@@ -16,10 +16,20 @@ public:
     static QFont caption();     // hints, counts, error lines
     static QFont title2();      // sheet titles
     static QFont body();
-    static QFont system(int pixelSize);
+    static QFont system(int pixelSize, QFont::Weight weight = QFont::Normal);
 
     // The accent colour: the palette's highlight, which follows the desktop's choice.
     static QColor accent(const QWidget* widget);
+    static QColor accent(const QPalette& palette);
+    static QColor windowBackground(const QPalette& palette);
+    // Text that supports the main text (version line, badge); explanatory text under a
+    // setting. Opaque mixes of the palette's colours, so they follow light and dark themes.
+    static QColor secondaryLabel(const QPalette& palette);
+    static QColor tertiaryLabel(const QPalette& palette);
+    // The neutral gray of card borders and badges.
+    static QColor gray();
+    // `color` with its alpha multiplied by `opacity`.
+    static QColor withOpacity(QColor color, qreal opacity);
     // Secondary text: the palette's faded text colour, readable on light and dark backgrounds.
     static constexpr QPalette::ColorRole secondaryTextRole = QPalette::PlaceholderText;
     static QColor secondaryText(const QWidget* widget);

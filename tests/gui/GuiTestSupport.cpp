@@ -50,13 +50,14 @@ Shortcut EditorFixture::addShortcut(const QString& command, const QString& conte
 }
 
 ContentView* EditorFixture::show(const CategoryRef& category) {
-    m_window = std::make_unique<ContentWindow>(*m_store);
+    m_window = std::make_unique<ContentView>(*m_store);
+    m_window->resize(1160, 680);
     m_window->show();
     if (!GuiInput::waitActive(m_window.get()))
         qFatal("the editor window never became active");
     if (category)
-        m_window->contentView()->setSelectedCategory(category);
-    return m_window->contentView();
+        m_window->setSelectedCategory(category);
+    return m_window.get();
 }
 
 bool GuiInput::clickCloses(QAbstractButton* button) {

@@ -2,7 +2,7 @@
 
 #include "Category.h"
 #include "ContentView.h"
-#include "ContentWindow.h"
+#include "ContentView.h"
 #include "Shortcut.h"
 #include "ShortcutDataManager.h"
 #include "TemporarySettings.h"
@@ -37,7 +37,7 @@ public:
 private:
     TemporarySettings m_settings;
     std::unique_ptr<ShortcutDataManager> m_store;
-    std::unique_ptr<ContentWindow> m_window;
+    std::unique_ptr<ContentView> m_window; // a window of its own, as in the program
 };
 
 // Input as the user gives it.

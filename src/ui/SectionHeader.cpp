@@ -1,7 +1,8 @@
 #include "SectionHeader.h"
 
 #include "CapsuleBadge.h"
-#include "ShellStyle.h"
+#include "SymbolImage.h"
+#include "UiTheme.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -14,7 +15,7 @@ constexpr int glyphSize = 14;
 
 SectionHeader::SectionHeader(const QString& symbolName, const QString& title, const QString& badge,
                              QWidget* parent)
-    : QWidget(parent), m_symbolName(symbolName), m_icon(ShellStyle::symbol(symbolName)) {
+    : QWidget(parent), m_symbolName(symbolName), m_icon(SymbolImage::icon(symbolName)) {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(spacing);
@@ -23,7 +24,7 @@ SectionHeader::SectionHeader(const QString& symbolName, const QString& title, co
     layout->addSpacing(iconSize + spacing);
 
     m_title = new QLabel(title, this);
-    m_title->setFont(ShellStyle::font(16, QFont::DemiBold));
+    m_title->setFont(UiTheme::system(16, QFont::DemiBold));
     layout->addWidget(m_title, 0, Qt::AlignVCenter);
 
     if (!badge.isEmpty()) {
@@ -38,14 +39,14 @@ SectionHeader::SectionHeader(const QString& symbolName, const QString& title, co
 void SectionHeader::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QColor accent = ShellStyle::accent(palette());
+    const QColor accent = UiTheme::accent(palette());
     const QRectF circle(0, (height() - iconSize) / 2.0, iconSize, iconSize);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(ShellStyle::withOpacity(accent, 0.1));
+    painter.setBrush(UiTheme::withOpacity(accent, 0.1));
     painter.drawEllipse(circle);
 
     const QPixmap glyph =
-        ShellStyle::tinted(m_icon, QSize(glyphSize, glyphSize), accent, devicePixelRatioF());
+        SymbolImage::tinted(m_icon, QSize(glyphSize, glyphSize), accent, devicePixelRatioF());
     const QPointF topLeft = circle.center() - QPointF(glyphSize / 2.0, glyphSize / 2.0);
     painter.drawPixmap(topLeft, glyph);
 }

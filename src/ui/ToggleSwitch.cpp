@@ -1,6 +1,7 @@
 #include "ToggleSwitch.h"
 
-#include "ShellStyle.h"
+#include "SymbolImage.h"
+#include "UiTheme.h"
 
 #include <QFocusEvent>
 #include <QPainter>
@@ -51,15 +52,15 @@ void ToggleSwitch::paintEvent(QPaintEvent*) {
     const bool enabled = isEnabled();
 
     if (hasFocus() && m_showFocusRing) {
-        painter.setPen(QPen(ShellStyle::withOpacity(ShellStyle::accent(pal), 0.5), 3));
+        painter.setPen(QPen(UiTheme::withOpacity(UiTheme::accent(pal), 0.5), 3));
         painter.setBrush(Qt::NoBrush);
         painter.drawRoundedRect(track.adjusted(-1.5, -1.5, 1.5, 1.5), radius + 1.5, radius + 1.5);
     }
 
     QColor trackColor =
-        isChecked() ? ShellStyle::accent(pal) : ShellStyle::withOpacity(ShellStyle::gray(), 0.35);
+        isChecked() ? UiTheme::accent(pal) : UiTheme::withOpacity(UiTheme::gray(), 0.35);
     if (!enabled)
-        trackColor = ShellStyle::withOpacity(trackColor, 0.5);
+        trackColor = UiTheme::withOpacity(trackColor, 0.5);
     painter.setPen(Qt::NoPen);
     painter.setBrush(trackColor);
     painter.drawRoundedRect(track, radius, radius);

@@ -1,6 +1,7 @@
 #include "PreferenceCard.h"
 
-#include "ShellStyle.h"
+#include "SymbolImage.h"
+#include "UiTheme.h"
 
 #include <QGraphicsDropShadowEffect>
 #include <QPainter>
@@ -24,8 +25,8 @@ void PreferenceCard::paintEvent(QPaintEvent*) {
     painter.setRenderHint(QPainter::Antialiasing);
     // Half a pixel in, so the one-pixel outline falls on whole pixels.
     const QRectF r = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
-    painter.setBrush(ShellStyle::withOpacity(ShellStyle::windowBackground(palette()), 0.5));
-    QPen outline(ShellStyle::withOpacity(ShellStyle::gray(), 0.1), 1);
+    painter.setBrush(UiTheme::withOpacity(UiTheme::windowBackground(palette()), 0.5));
+    QPen outline(UiTheme::withOpacity(UiTheme::gray(), 0.1), 1);
     outline.setCapStyle(Qt::FlatCap);
     outline.setJoinStyle(Qt::MiterJoin);
     painter.setPen(outline);

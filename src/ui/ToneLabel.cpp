@@ -1,6 +1,7 @@
 #include "ToneLabel.h"
 
-#include "ShellStyle.h"
+#include "SymbolImage.h"
+#include "UiTheme.h"
 
 #include <QApplication>
 #include <QEvent>
@@ -12,8 +13,8 @@ ToneLabel::ToneLabel(const QString& text, Tone tone, QWidget* parent)
 
 void ToneLabel::applyTone() {
     QPalette pal = QApplication::palette(this);
-    pal.setColor(QPalette::WindowText, m_tone == Tone::Secondary ? ShellStyle::secondaryLabel(pal)
-                                                                 : ShellStyle::tertiaryLabel(pal));
+    pal.setColor(QPalette::WindowText, m_tone == Tone::Secondary ? UiTheme::secondaryLabel(pal)
+                                                                 : UiTheme::tertiaryLabel(pal));
     setPalette(pal);
 }
 

@@ -1,12 +1,13 @@
 #include "CapsuleBadge.h"
 
-#include "ShellStyle.h"
+#include "SymbolImage.h"
+#include "UiTheme.h"
 
 #include <QPainter>
 
 CapsuleBadge::CapsuleBadge(const QString& text, QWidget* parent)
     : ToneLabel(text, Tone::Secondary, parent) {
-    setFont(ShellStyle::font(9, QFont::Medium));
+    setFont(UiTheme::system(9, QFont::Medium));
     setContentsMargins(6, 2, 6, 2);
     setAlignment(Qt::AlignCenter);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
@@ -17,7 +18,7 @@ void CapsuleBadge::paintEvent(QPaintEvent* event) {
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
-        painter.setBrush(ShellStyle::withOpacity(ShellStyle::gray(), 0.15));
+        painter.setBrush(UiTheme::withOpacity(UiTheme::gray(), 0.15));
         const QRectF r = QRectF(rect());
         painter.drawRoundedRect(r, r.height() / 2, r.height() / 2);
     }
