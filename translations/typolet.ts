@@ -180,6 +180,14 @@ This will permanently delete all %n snippet(s) in this category.</source>
         <source>A category with this name already exists</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>This command already exists</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enter a command: a blank one would expand on every key</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>EditCategoryView</name>
@@ -216,6 +224,10 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
     <message>
         <source>Delete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could Not Save</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -330,13 +342,6 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
 </context>
 <context>
-    <name>ShortcutDataManager</name>
-    <message>
-        <source>A snippet needs a command: a blank one would expand on every key.</source>
-        <translation type="unfinished"></translation>
-    </message>
-</context>
-<context>
     <name>ShortcutDetailView</name>
     <message>
         <source>Save</source>
@@ -368,14 +373,6 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
     <message>
         <source>This content is %L1 characters long. The editor shows the first %L2 and cannot change it; the command can still be changed and saved.</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Enter a command: a blank one would expand on every key</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Could Not Save</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
