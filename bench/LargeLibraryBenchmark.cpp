@@ -3,7 +3,7 @@
 // resident memory then, and the time to show the large snippet and an ordinary one in the
 // editor, each against its target. Runs on the offscreen platform unless QT_QPA_PLATFORM says otherwise.
 #include "ContentView.h"
-#include "ShortcutDataManager.h"
+#include "SnippetStore.h"
 #include "TemporarySettings.h"
 
 #include <QApplication>
@@ -35,10 +35,10 @@ void report(const char* what, double value, const char* unit, double target) {
 }
 
 // Milliseconds to select the snippet and have the window painted with it.
-double selectAndPaint(ContentView& view, const Shortcut& shortcut) {
+double selectAndPaint(ContentView& view, const Snippet& snippet) {
     QElapsedTimer timer;
     timer.start();
-    view.setSelectedShortcut(shortcut);
+    view.setSelectedSnippet(snippet);
     QApplication::processEvents();
     (void)view.grab();
     return timer.nsecsElapsed() / 1e6;
@@ -49,7 +49,7 @@ double selectAndPaint(ContentView& view, const Shortcut& shortcut) {
 int measure(const QString& path) {
     QElapsedTimer timer;
     timer.start();
-    ShortcutDataManager store(path);
+    SnippetStore store(path);
     const double loaded = timer.nsecsElapsed() / 1e6;
     ContentView view(store);
     view.resize(1200, 700);
@@ -58,18 +58,18 @@ int measure(const QString& path) {
     (void)view.grab();
     const double shown = timer.nsecsElapsed() / 1e6;
 
-    std::printf("%d snippets\n", int(store.shortcuts().size()));
+    std::printf("%d snippets\n", int(store.snippets().size()));
     std::printf("%-36s %9.1f ms\n", "load the settings file", loaded);
     report("load to editor window painted", shown, "ms", 500);
     report("resident memory then", memoryMb("VmRSS"), "MB", 120);
     std::printf("%-36s %9.1f MB\n", "  at most, while loading", memoryMb("VmHWM"));
     // Added after the start so that the figures above are those of an ordinary library.
-    const Shortcut huge = Shortcut::create(QStringLiteral(";huge"),
+    const Snippet huge = Snippet::create(QStringLiteral(";huge"),
                                            QString(hugeContentSize, QLatin1Char('x')),
                                            Category::defaultCategoryId);
-    store.appendShortcut(huge);
+    store.appendSnippet(huge);
     report("select the 10 MB snippet", selectAndPaint(view, huge), "ms", 100);
-    report("select an ordinary snippet", selectAndPaint(view, store.shortcuts().at(7)), "ms", 100);
+    report("select an ordinary snippet", selectAndPaint(view, store.snippets().at(7)), "ms", 100);
     report("select the 10 MB snippet again", selectAndPaint(view, huge), "ms", 100);
     return 0;
 }
@@ -84,16 +84,16 @@ int main(int argc, char** argv) {
 
     TemporarySettings settings;
     {
-        ShortcutDataManager writer(settings.path());
-        QList<Shortcut> shortcuts;
-        shortcuts.reserve(snippetCount);
+        SnippetStore writer(settings.path());
+        QList<Snippet> snippets;
+        snippets.reserve(snippetCount);
         for (int i = 0; i < snippetCount; ++i)
-            shortcuts.append(Shortcut::create(
+            snippets.append(Snippet::create(
                 QStringLiteral(";s%1").arg(i),
                 QStringLiteral("Snippet number %1 — a line of text\nand a second one").arg(i),
                 Category::defaultCategoryId));
-        writer.setShortcuts(std::move(shortcuts));
-        if (writer.saveShortcuts()) {
+        writer.setSnippets(std::move(snippets));
+        if (writer.saveSnippets()) {
             std::fprintf(stderr, "could not write the library\n");
             return 1;
         }

@@ -3,7 +3,7 @@
 // command length, then test each command) that the index replaces. Prints the ratio.
 #include "KeystrokeBuffer.h"
 #include "ReferenceMatcher.h"
-#include "Shortcut.h"
+#include "Snippet.h"
 #include "TriggerIndex.h"
 
 #include <QRandomGenerator>
@@ -12,27 +12,27 @@
 #include <map>
 
 namespace {
-QList<Shortcut> library(int count) {
+QList<Snippet> library(int count) {
     QRandomGenerator random(count);
-    QList<Shortcut> shortcuts;
-    shortcuts.reserve(count);
+    QList<Snippet> snippets;
+    snippets.reserve(count);
     for (int i = 0; i < count; ++i) {
         QString command = QStringLiteral(";");
         const int letters = 3 + random.bounded(6);
         for (int l = 0; l < letters; ++l)
             command.append(QChar(u'a' + random.bounded(26)));
-        shortcuts.append(Shortcut::create(command, QStringLiteral("content ") + command, QUuid()));
+        snippets.append(Snippet::create(command, QStringLiteral("content ") + command, QUuid()));
     }
-    return shortcuts;
+    return snippets;
 }
 
 // What the user has typed so far: ordinary prose that ends in a near miss.
 const QString kTyped = QStringLiteral("Thanks for the note, see you on;mon");
 
 void indexedKeystroke(benchmark::State& state) {
-    const QList<Shortcut> shortcuts = library(static_cast<int>(state.range(0)));
+    const QList<Snippet> snippets = library(static_cast<int>(state.range(0)));
     TriggerIndex index;
-    index.rebuild(shortcuts);
+    index.rebuild(snippets);
     KeystrokeBuffer buffer;
     buffer.append(kTyped);
     for (auto _ : state) {
@@ -43,21 +43,21 @@ void indexedKeystroke(benchmark::State& state) {
 }
 
 void plainKeystroke(benchmark::State& state) {
-    const QList<Shortcut> shortcuts = library(static_cast<int>(state.range(0)));
+    const QList<Snippet> snippets = library(static_cast<int>(state.range(0)));
     QString buffer = kTyped;
     for (auto _ : state) {
         buffer.append(u'd');
-        benchmark::DoNotOptimize(ReferenceMatcher::match(shortcuts, buffer));
+        benchmark::DoNotOptimize(ReferenceMatcher::match(snippets, buffer));
         buffer.chop(1);
     }
 }
 
 // Paid once, at the first keystroke after the snippet list changed.
 void rebuildIndex(benchmark::State& state) {
-    const QList<Shortcut> shortcuts = library(static_cast<int>(state.range(0)));
+    const QList<Snippet> snippets = library(static_cast<int>(state.range(0)));
     TriggerIndex index;
     for (auto _ : state)
-        index.rebuild(shortcuts);
+        index.rebuild(snippets);
 }
 
 BENCHMARK(rebuildIndex)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);

@@ -1,5 +1,5 @@
 // Loading and saving a library of 10,000 snippets through the settings file.
-#include "ShortcutDataManager.h"
+#include "SnippetStore.h"
 #include "TemporarySettings.h"
 
 #include <QCoreApplication>
@@ -7,27 +7,27 @@
 #include <memory>
 
 namespace {
-void fill(ShortcutDataManager& store, int count) {
-    QList<Shortcut> shortcuts;
-    shortcuts.reserve(count);
+void fill(SnippetStore& store, int count) {
+    QList<Snippet> snippets;
+    snippets.reserve(count);
     for (int i = 0; i < count; ++i)
-        shortcuts.append(Shortcut::create(QStringLiteral(";s%1").arg(i),
+        snippets.append(Snippet::create(QStringLiteral(";s%1").arg(i),
                                           QStringLiteral("Snippet number %1, with a line break\n"
                                                          "and some ünïcödé — 日本語")
                                               .arg(i),
                                           Category::defaultCategoryId));
-    store.setShortcuts(std::move(shortcuts));
+    store.setSnippets(std::move(snippets));
 }
 
 // The first save after start: every snippet is encoded.
-void saveAllShortcuts(benchmark::State& state) {
+void saveAllSnippets(benchmark::State& state) {
     TemporarySettings settings;
     for (auto _ : state) {
         state.PauseTiming();
-        auto store = std::make_unique<ShortcutDataManager>(settings.path());
+        auto store = std::make_unique<SnippetStore>(settings.path());
         fill(*store, static_cast<int>(state.range(0)));
         state.ResumeTiming();
-        store->saveShortcuts();
+        store->saveSnippets();
         state.PauseTiming();
         QCoreApplication::processEvents(); // deliver the queued announcement
         store.reset();
@@ -36,15 +36,15 @@ void saveAllShortcuts(benchmark::State& state) {
 }
 
 // The usual save: one snippet edited in the detail pane, then the whole list written.
-void editAndSaveShortcut(benchmark::State& state) {
+void editAndSaveSnippet(benchmark::State& state) {
     TemporarySettings settings;
-    ShortcutDataManager store(settings.path());
+    SnippetStore store(settings.path());
     fill(store, static_cast<int>(state.range(0)));
-    store.saveShortcuts();
+    store.saveSnippets();
     int edits = 0;
     for (auto _ : state) {
-        const Shortcut& target = store.shortcuts().at(edits % store.shortcuts().size());
-        if (store.updateShortcut(target, target.command, QStringLiteral("edited %1").arg(++edits)))
+        const Snippet& target = store.snippets().at(edits % store.snippets().size());
+        if (store.updateSnippet(target, target.command, QStringLiteral("edited %1").arg(++edits)))
             state.SkipWithError("the edit was not saved");
         state.PauseTiming();
         QCoreApplication::processEvents();
@@ -52,22 +52,22 @@ void editAndSaveShortcut(benchmark::State& state) {
     }
 }
 
-void loadShortcuts(benchmark::State& state) {
+void loadSnippets(benchmark::State& state) {
     TemporarySettings settings;
     {
-        ShortcutDataManager store(settings.path());
+        SnippetStore store(settings.path());
         fill(store, static_cast<int>(state.range(0)));
-        store.saveShortcuts();
+        store.saveSnippets();
     }
     for (auto _ : state) {
-        ShortcutDataManager store(settings.path()); // loads both lists
-        benchmark::DoNotOptimize(store.shortcuts().size());
+        SnippetStore store(settings.path()); // loads both lists
+        benchmark::DoNotOptimize(store.snippets().size());
     }
 }
 
-BENCHMARK(saveAllShortcuts)->Arg(10000)->Unit(benchmark::kMillisecond);
-BENCHMARK(editAndSaveShortcut)->Arg(10000)->Unit(benchmark::kMillisecond);
-BENCHMARK(loadShortcuts)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK(saveAllSnippets)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK(editAndSaveSnippet)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK(loadSnippets)->Arg(10000)->Unit(benchmark::kMillisecond);
 } // namespace
 
 int main(int argc, char** argv) {

@@ -9,7 +9,7 @@
     </message>
 </context>
 <context>
-    <name>AddCategoryView</name>
+    <name>AddCategoryDialog</name>
     <message>
         <source>New Category</source>
         <translation type="unfinished"></translation>
@@ -40,7 +40,7 @@
     </message>
 </context>
 <context>
-    <name>AddShortcutView</name>
+    <name>AddSnippetDialog</name>
     <message>
         <source>New Snippet</source>
         <translation type="unfinished"></translation>
@@ -79,29 +79,6 @@
     </message>
     <message>
         <source>Add Snippet</source>
-        <translation type="unfinished"></translation>
-    </message>
-</context>
-<context>
-    <name>AppDelegate</name>
-    <message>
-        <source>About Typolet</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Preferences...</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Quit Typolet</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Open Typolet</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Quit</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -195,7 +172,7 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
 </context>
 <context>
-    <name>EditCategoryView</name>
+    <name>EditCategoryDialog</name>
     <message>
         <source>Edit Category</source>
         <translation type="unfinished"></translation>
@@ -347,7 +324,7 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
 </context>
 <context>
-    <name>ShortcutDetailView</name>
+    <name>SnippetDetailView</name>
     <message>
         <source>Save</source>
         <translation type="unfinished"></translation>
@@ -386,9 +363,32 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
 </context>
 <context>
-    <name>ShortcutRowView</name>
+    <name>SnippetRowDelegate</name>
     <message>
         <source>Delete Snippet</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>TrayController</name>
+    <message>
+        <source>About Typolet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preferences...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Quit Typolet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open Typolet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Quit</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -33,7 +33,7 @@ EngineBootstrap::~EngineBootstrap() {
     m_engine.reset();
 }
 
-bool EngineBootstrap::start(ShortcutDataManager& store) {
+bool EngineBootstrap::start(SnippetStore& store) {
     m_engine = std::make_unique<TextExpander>(
         store,
         EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), m_output.get()});

@@ -5,7 +5,7 @@
 
 class ConsolePermissionAlert;
 class MessageBoxPermissionAlert;
-class ShortcutDataManager;
+class SnippetStore;
 class TextExpander;
 class X11KeyMonitor;
 class X11KeyboardOutput;
@@ -24,7 +24,7 @@ public:
 
     // Creates the engine over `store` and runs the permission check. True when the engine
     // listens.
-    bool start(ShortcutDataManager& store);
+    bool start(SnippetStore& store);
 
     // Empties the spare keycodes the output bound (at quit).
     void restoreKeyboardMapping();

@@ -1,7 +1,7 @@
 #include "PreferencesView.h"
 
-#include "LoginItemManager.h"
-#include "LoginPreferences.h"
+#include "Autostart.h"
+#include "AutostartPreferences.h"
 #include "PreferenceCard.h"
 #include "SectionHeader.h"
 #include "SymbolImage.h"
@@ -18,9 +18,9 @@ namespace {
 constexpr int textIndent = SectionHeader::iconSize + SectionHeader::spacing;
 } // namespace
 
-PreferencesView::PreferencesView(LoginItemManager& loginItems, LoginPreferences& preferences,
+PreferencesView::PreferencesView(Autostart& autostart, AutostartPreferences& preferences,
                                  QWidget* parent)
-    : QWidget(parent), m_loginItems(loginItems), m_preferences(preferences) {
+    : QWidget(parent), m_autostart(autostart), m_preferences(preferences) {
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Window);
     setFixedWidth(viewWidth);
@@ -37,11 +37,11 @@ PreferencesView::PreferencesView(LoginItemManager& loginItems, LoginPreferences&
     connect(m_switch, &ToggleSwitch::toggled, this,
             [this](bool on) {
                 m_preferences.setStartAtLogin(on);
-                m_loginItems.setStartAtLogin(on);
+                m_autostart.setStartAtLogin(on);
                 // A failed change shows at once: the switch goes back to what will happen.
-                m_loginItems.reflectDesktop(m_preferences);
+                m_autostart.reflectDesktop(m_preferences);
             });
-    connect(&m_preferences, &LoginPreferences::startAtLoginChanged, m_switch, [this](bool on) {
+    connect(&m_preferences, &AutostartPreferences::startAtLoginChanged, m_switch, [this](bool on) {
         if (m_switch->isChecked() != on)
             m_switch->setChecked(on);
     });
@@ -103,8 +103,8 @@ void PreferencesView::buildSyncCard() {
 
 void PreferencesView::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    m_loginItems.applyFirstLaunchDefault(m_preferences);
-    m_loginItems.reflectDesktop(m_preferences);
+    m_autostart.applyFirstLaunchDefault(m_preferences);
+    m_autostart.reflectDesktop(m_preferences);
     // The stored value may have been changed elsewhere while the window was hidden.
     m_switch->setChecked(m_preferences.startAtLogin());
 }

@@ -2,8 +2,8 @@
 
 #include <QWidget>
 
-class LoginItemManager;
-class LoginPreferences;
+class Autostart;
+class AutostartPreferences;
 class PreferenceCard;
 class QLabel;
 class SectionHeader;
@@ -14,12 +14,12 @@ class ToneLabel;
 // a "Sync" card announcing a feature that is not there yet.
 //
 // The switch shows and writes the stored startAtLogin preference and nothing else. Each time
-// the view appears it gives LoginItemManager the chance to apply the first-appearance default
+// the view appears it gives Autostart the chance to apply the first-appearance default
 // (switch on, login item registered), which has an effect only the very first time.
 class PreferencesView : public QWidget {
     Q_OBJECT
 public:
-    PreferencesView(LoginItemManager& loginItems, LoginPreferences& preferences,
+    PreferencesView(Autostart& autostart, AutostartPreferences& preferences,
                     QWidget* parent = nullptr);
 
     ToggleSwitch* startAtLoginSwitch() const { return m_switch; }
@@ -40,8 +40,8 @@ private:
     void buildGeneralCard();
     void buildSyncCard();
 
-    LoginItemManager& m_loginItems;
-    LoginPreferences& m_preferences;
+    Autostart& m_autostart;
+    AutostartPreferences& m_preferences;
     PreferenceCard* m_generalCard = nullptr;
     PreferenceCard* m_syncCard = nullptr;
     SectionHeader* m_generalHeader = nullptr;

@@ -49,14 +49,14 @@ void bringForward(QWidget* window) {
 }
 } // namespace
 
-ShellWindows::ShellWindows(LoginItemManager& loginItems, LoginPreferences& preferences)
-    : m_loginItems(loginItems), m_preferences(preferences) {}
+ShellWindows::ShellWindows(Autostart& autostart, AutostartPreferences& preferences)
+    : m_autostart(autostart), m_preferences(preferences) {}
 
 ShellWindows::~ShellWindows() = default;
 
 void ShellWindows::openPreferencesWindow() {
     if (!m_preferencesWindow) {
-        m_preferencesView = new PreferencesView(m_loginItems, m_preferences);
+        m_preferencesView = new PreferencesView(m_autostart, m_preferences);
         m_preferencesWindow =
             makeWindow(tr("Preferences"), preferencesSize, m_preferencesView);
         m_preferencesWindow->setObjectName(QStringLiteral("preferencesWindow"));

@@ -6,8 +6,8 @@
 #include <memory>
 
 class AboutView;
-class LoginItemManager;
-class LoginPreferences;
+class Autostart;
+class AutostartPreferences;
 class PreferencesView;
 
 // The Preferences and About windows. Each is built the first time it is asked for and kept
@@ -16,7 +16,7 @@ class PreferencesView;
 class ShellWindows {
     Q_DECLARE_TR_FUNCTIONS(ShellWindows)
 public:
-    ShellWindows(LoginItemManager& loginItems, LoginPreferences& preferences);
+    ShellWindows(Autostart& autostart, AutostartPreferences& preferences);
     ~ShellWindows();
 
     // Shows the Preferences window (500 x 400, "Preferences"), building it on first use, and
@@ -35,8 +35,8 @@ public:
     static constexpr QSize aboutSize{240, 220};
 
 private:
-    LoginItemManager& m_loginItems;
-    LoginPreferences& m_preferences;
+    Autostart& m_autostart;
+    AutostartPreferences& m_preferences;
     std::unique_ptr<QWidget> m_preferencesWindow;
     std::unique_ptr<QWidget> m_aboutWindow;
     PreferencesView* m_preferencesView = nullptr;

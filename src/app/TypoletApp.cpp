@@ -1,6 +1,6 @@
 #include "TypoletApp.h"
 
-#include "AppDelegate.h"
+#include "TrayController.h"
 #include "Logging.h"
 #include "SymbolImage.h"
 #include "UiTheme.h"
@@ -9,9 +9,9 @@
 #include <QApplication>
 #include <QMainWindow>
 
-TypoletApp::TypoletApp(Parts parts, LoginItemManager& loginItems, LoginPreferences& preferences,
+TypoletApp::TypoletApp(Parts parts, Autostart& autostart, AutostartPreferences& preferences,
                        const QString& serverName, QObject* parent)
-    : QObject(parent), m_parts(std::move(parts)), m_loginItems(loginItems),
+    : QObject(parent), m_parts(std::move(parts)), m_autostart(autostart),
       m_preferences(preferences), m_guard(std::make_unique<SingleInstanceGuard>(serverName)) {}
 
 TypoletApp::~TypoletApp() = default;
@@ -30,7 +30,7 @@ bool TypoletApp::start() {
     QApplication::setWindowIcon(SymbolImage::applicationIcon());
     QGuiApplication::setDesktopFileName(QStringLiteral("typolet"));
 
-    m_delegate = std::make_unique<AppDelegate>(m_loginItems, m_preferences);
+    m_trayController = std::make_unique<TrayController>(m_autostart, m_preferences);
     if (m_parts.startEngine)
         m_parts.startEngine();
     if (m_parts.checkPermissions)
@@ -44,8 +44,8 @@ bool TypoletApp::start() {
     m_mainWindow->resize(m_mainWindow->sizeHint().expandedTo(QSize(mainWidth, mainHeight)));
     m_mainWindow->show();
 
-    m_delegate->applicationDidFinishLaunching(m_mainWindow.get());
-    connect(m_guard.get(), &SingleInstanceGuard::activationRequested, m_delegate.get(),
-            &AppDelegate::openApp);
+    m_trayController->applicationDidFinishLaunching(m_mainWindow.get());
+    connect(m_guard.get(), &SingleInstanceGuard::activationRequested, m_trayController.get(),
+            &TrayController::openApp);
     return true;
 }

@@ -4,16 +4,16 @@
 #include <functional>
 #include <memory>
 
-class AppDelegate;
-class LoginItemManager;
-class LoginPreferences;
+class TrayController;
+class Autostart;
+class AutostartPreferences;
 class QMainWindow;
 class QWidget;
 class SingleInstanceGuard;
 
 // The program as a whole: makes sure it is the only Typolet of this user, then starts the
-// pieces in their order: the application delegate, the expansion engine, the permission
-// check, the main window, and the delegate's launch steps (menu, tray icon).
+// pieces in their order: the tray controller, the expansion engine, the permission
+// check, the main window, and the controller's launch steps (menu, tray icon).
 //
 // The engine, the permission check and the main window's content come in as Parts, so the
 // shell does not decide how they are made, and tests can run the shell with stand-ins.
@@ -30,7 +30,7 @@ public:
     };
 
     // `serverName` empty: the per-user single-instance name.
-    explicit TypoletApp(Parts parts, LoginItemManager& loginItems, LoginPreferences& preferences,
+    explicit TypoletApp(Parts parts, Autostart& autostart, AutostartPreferences& preferences,
                         const QString& serverName = {}, QObject* parent = nullptr);
     ~TypoletApp() override;
 
@@ -39,7 +39,7 @@ public:
     bool start();
 
     // Null before start() or when start() returned false.
-    AppDelegate* appDelegate() const { return m_delegate.get(); }
+    TrayController* trayController() const { return m_trayController.get(); }
     QMainWindow* mainWindow() const { return m_mainWindow.get(); }
 
     // The main window's first size.
@@ -48,9 +48,9 @@ public:
 
 private:
     Parts m_parts;
-    LoginItemManager& m_loginItems;
-    LoginPreferences& m_preferences;
+    Autostart& m_autostart;
+    AutostartPreferences& m_preferences;
     std::unique_ptr<SingleInstanceGuard> m_guard;
-    std::unique_ptr<AppDelegate> m_delegate;
+    std::unique_ptr<TrayController> m_trayController;
     std::unique_ptr<QMainWindow> m_mainWindow;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LoginItemBackend.h"
+#include "AutostartBackend.h"
 
 #include <QString>
 
@@ -9,7 +9,7 @@
 // $XDG_CONFIG_HOME/autostart. Registering writes typolet.desktop there atomically, so a crash
 // half-way never leaves a truncated entry that the session would choke on; unregistering
 // removes it.
-class XdgAutostartBackend : public LoginItemBackend {
+class XdgAutostartBackend : public AutostartBackend {
 public:
     // `autostartFolder` empty: $XDG_CONFIG_HOME/autostart (~/.config/autostart when unset).
     // `executable` empty: the running program's own path.

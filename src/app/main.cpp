@@ -1,10 +1,10 @@
-#include "AppDelegate.h"
+#include "TrayController.h"
 #include "ContentView.h"
 #include "Logging.h"
 #include "EngineBootstrap.h"
-#include "LoginItemManager.h"
-#include "LoginPreferences.h"
-#include "ShortcutDataManager.h"
+#include "Autostart.h"
+#include "AutostartPreferences.h"
+#include "SnippetStore.h"
 #include "Translations.h"
 #include "TypoletApp.h"
 #include "X11ConnectionLoss.h"
@@ -61,7 +61,7 @@ int main(int argc, char* argv[]) {
 
     Logging::configure();
     Translations::install(*app);
-    ShortcutDataManager store;
+    SnippetStore store;
     EngineBootstrap engine(hasDisplay);
 
     if (!hasDisplay) {
@@ -76,13 +76,13 @@ int main(int argc, char* argv[]) {
     // The shell starts the pieces in order: the engine (with its permission check, which only
     // schedules its guidance), then the main window around the snippet editor, then the menus
     // and the tray icon. A second launch starts none of them; it wakes the running Typolet.
-    LoginItemManager loginItems(std::make_unique<XdgAutostartBackend>());
-    LoginPreferences loginPreferences;
+    Autostart autostart(std::make_unique<XdgAutostartBackend>());
+    AutostartPreferences autostartPreferences;
     TypoletApp typolet(
         {[&engine, &store] { engine.start(store); },
          {}, // the permission check is part of EngineBootstrap::start
          [&store] { return std::make_unique<ContentView>(store); }},
-        loginItems, loginPreferences);
+        autostart, autostartPreferences);
     if (!typolet.start())
         return 0;
 
@@ -90,7 +90,7 @@ int main(int argc, char* argv[]) {
     if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) == 0) {
         auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, app.get());
         QObject::connect(notifier, &QSocketNotifier::activated, app.get(),
-                         [&typolet] { typolet.appDelegate()->terminateWithoutAsking(); });
+                         [&typolet] { typolet.trayController()->terminateWithoutAsking(); });
         std::signal(SIGTERM, onTerminationSignal);
         std::signal(SIGINT, onTerminationSignal);
     }

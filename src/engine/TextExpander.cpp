@@ -6,7 +6,7 @@
 #include "KeyTranslator.h"
 #include "KeyboardOutput.h"
 #include "PermissionProbe.h"
-#include "ShortcutDataManager.h"
+#include "SnippetStore.h"
 
 #include <chrono>
 
@@ -23,12 +23,12 @@ bool isBackspace(const QString& character) {
 }
 } // namespace
 
-TextExpander::TextExpander(ShortcutDataManager& store, KeyboardOutput* output, Clock clock,
+TextExpander::TextExpander(SnippetStore& store, KeyboardOutput* output, Clock clock,
                            QObject* parent)
     : QObject(parent), m_store(store), m_output(output),
       m_clock(clock ? std::move(clock) : Clock(wallClockSeconds)), m_lastKeyDownTime(m_clock()) {}
 
-TextExpander::TextExpander(ShortcutDataManager& store, const EnginePlatform& platform, Clock clock,
+TextExpander::TextExpander(SnippetStore& store, const EnginePlatform& platform, Clock clock,
                            QObject* parent)
     : TextExpander(store, platform.output, std::move(clock), parent) {
     m_platform = platform;
@@ -139,7 +139,7 @@ bool TextExpander::applyKey(const QString& character) {
         return false;
     }
     if (character == QChar(KeyTranslator::chordText)) {
-        // A shortcut such as Control+Backspace changed the text in ways the buffer cannot follow.
+        // A snippet such as Control+Backspace changed the text in ways the buffer cannot follow.
         m_buffer.clear();
         return false;
     }
@@ -160,10 +160,10 @@ void TextExpander::checkForMatch() {
     qCInfo(lcKeys).noquote() << QStringLiteral("Checking buffer: '") + m_buffer.text() +
                        QLatin1Char('\'');
 
-    const QList<Shortcut>& shortcuts = m_store.shortcuts();
-    if (m_indexedRevision != m_store.shortcutsRevision()) {
-        m_index.rebuild(shortcuts);
-        m_indexedRevision = m_store.shortcutsRevision();
+    const QList<Snippet>& snippets = m_store.snippets();
+    if (m_indexedRevision != m_store.snippetsRevision()) {
+        m_index.rebuild(snippets);
+        m_indexedRevision = m_store.snippetsRevision();
     }
     const auto found = m_index.match(m_buffer);
     if (!found)
@@ -174,7 +174,7 @@ void TextExpander::checkForMatch() {
         m_buffer.clear();
         return;
     }
-    expand(shortcuts[*found]); // a copy: later edits don't change what is typed
+    expand(snippets[*found]); // a copy: later edits don't change what is typed
 }
 
 QString TextExpander::typeableText(const QString& content, int& leftOut) {
@@ -194,12 +194,12 @@ Expansion TextExpander::replacement(int erased, const QString& text) {
     return {ExpansionAction::erase(erased), ExpansionAction::type(text)};
 }
 
-void TextExpander::expand(const Shortcut& shortcut) {
-    qCInfo(lcKeys).noquote() << QStringLiteral("Match found: '") + shortcut.command +
-                       QStringLiteral("' -> '") + shortcut.content + QLatin1Char('\'');
-    int erased = static_cast<int>(GraphemeText::count(shortcut.command));
+void TextExpander::expand(const Snippet& snippet) {
+    qCInfo(lcKeys).noquote() << QStringLiteral("Match found: '") + snippet.command +
+                       QStringLiteral("' -> '") + snippet.content + QLatin1Char('\'');
+    int erased = static_cast<int>(GraphemeText::count(snippet.command));
     int leftOut = 0;
-    QString typed = typeableText(shortcut.content, leftOut);
+    QString typed = typeableText(snippet.content, leftOut);
     if (leftOut > 0)
         qCWarning(lcEngine).noquote()
             << QStringLiteral("Left out %1 control character(s) of a snippet's content: only "
@@ -232,7 +232,7 @@ void TextExpander::expand(const Shortcut& shortcut) {
                         isAccepted(*text);
         }
         if (!plainText) {
-            // An editing key or a shortcut followed the command at once: the command may no
+            // An editing key or a snippet followed the command at once: the command may no
             // longer be before the caret, so erasing it could destroy other text.
             qCInfo(lcKeys).noquote() << QStringLiteral("Expansion skipped: other keys reached the "
                                               "application first");

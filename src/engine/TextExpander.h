@@ -13,8 +13,8 @@
 #include <functional>
 
 class KeyboardOutput;
-struct Shortcut;
-class ShortcutDataManager;
+struct Snippet;
+class SnippetStore;
 
 // The expansion engine's core: keeps what the user has just typed and, after every accepted
 // character, looks for a snippet whose command the typed text ends with. On a match it holds
@@ -33,11 +33,11 @@ public:
     static constexpr double bufferTimeout = 3.0;
 
     // An engine that only matches: keys come in through handleKeyPress.
-    TextExpander(ShortcutDataManager& store, KeyboardOutput* output, Clock clock = {},
+    TextExpander(SnippetStore& store, KeyboardOutput* output, Clock clock = {},
                  QObject* parent = nullptr);
     // A listening engine: checks the permissions, starts the key monitor and observes
     // "ShortcutsUpdated".
-    TextExpander(ShortcutDataManager& store, const EnginePlatform& platform, Clock clock = {},
+    TextExpander(SnippetStore& store, const EnginePlatform& platform, Clock clock = {},
                  QObject* parent = nullptr);
     ~TextExpander() override;
 
@@ -75,14 +75,14 @@ private:
     // Applies one key's text to the buffer; true when it was appended.
     bool applyKey(const QString& character);
     void checkForMatch();
-    void expand(const Shortcut& shortcut);
+    void expand(const Snippet& snippet);
     bool heldKey(const KeyStroke& stroke);
     void expansionFinished();
 
     EnginePlatform m_platform;
     bool m_monitoring = false;
 
-    ShortcutDataManager& m_store;
+    SnippetStore& m_store;
     KeyboardOutput* m_output;
     Clock m_clock;
     KeystrokeBuffer m_buffer;

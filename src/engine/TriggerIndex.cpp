@@ -45,15 +45,15 @@ quint32 TriggerIndex::addChild(quint32 node, quint32 symbol) {
     return created;
 }
 
-void TriggerIndex::rebuild(const QList<Shortcut>& shortcuts) {
+void TriggerIndex::rebuild(const QList<Snippet>& snippets) {
     m_symbols.clear();
     m_edges.clear();
     m_best.clear();
     m_best.emplace_back();
-    m_edges.reserve(shortcuts.size() * 4);
-    m_best.reserve(shortcuts.size() * 4);
-    for (qsizetype i = 0; i < shortcuts.size(); ++i) {
-        const QString& command = shortcuts[i].command;
+    m_edges.reserve(snippets.size() * 4);
+    m_best.reserve(snippets.size() * 4);
+    for (qsizetype i = 0; i < snippets.size(); ++i) {
+        const QString& command = snippets[i].command;
         // A command of nothing (or only blanks) would fire on every key, or on every space.
         if (command.trimmed().isEmpty())
             continue;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Shortcut.h"
+#include "Snippet.h"
 
 #include <QHash>
 #include <QList>
@@ -20,7 +20,7 @@ class KeystrokeBuffer;
 // node remembers the snippet that would come first in that order.
 class TriggerIndex {
 public:
-    void rebuild(const QList<Shortcut>& shortcuts);
+    void rebuild(const QList<Snippet>& snippets);
 
     // Position in the indexed list of the matching snippet, if any.
     std::optional<qsizetype> match(const KeystrokeBuffer& buffer) const;

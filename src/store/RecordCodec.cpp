@@ -45,7 +45,7 @@ std::optional<QUuid> uuidField(const object& record, std::string_view key) {
     return text ? RecordCodec::parseUuid(*text) : std::nullopt;
 }
 
-std::optional<Shortcut> decodeShortcut(const element& value) {
+std::optional<Snippet> decodeSnippet(const element& value) {
     object record;
     if (value.get_object().get(record) != simdjson::SUCCESS)
         return std::nullopt;
@@ -56,7 +56,7 @@ std::optional<Shortcut> decodeShortcut(const element& value) {
     const auto categoryId = uuidField(record, "categoryId");
     if (!id || !command || !content || !createdAt || !categoryId)
         return std::nullopt;
-    return Shortcut(*id, *command, *content, *createdAt, *categoryId);
+    return Snippet(*id, *command, *content, *createdAt, *categoryId);
 }
 
 std::optional<CategoryRef> decodeCategory(const element& value) {
@@ -74,7 +74,7 @@ std::optional<CategoryRef> decodeCategory(const element& value) {
 // Qt's reader, for the documents simdjson refuses while QJsonDocument reads them: Qt writes
 // whole times from 2^53 up as integer literals longer than 64 bits, and an escaped lone
 // surrogate may be in a hand-edited file. What one reader keeps, the other keeps too.
-std::optional<Shortcut> decodeShortcut(const QJsonValue& value) {
+std::optional<Snippet> decodeSnippet(const QJsonValue& value) {
     const QJsonObject record = value.toObject();
     const auto text = [&](const char* key) {
         const QJsonValue field = record.value(QLatin1String(key));
@@ -91,7 +91,7 @@ std::optional<Shortcut> decodeShortcut(const QJsonValue& value) {
     const auto categoryId = uuid("categoryId");
     if (!value.isObject() || !id || !command || !content || !createdAt.isDouble() || !categoryId)
         return std::nullopt;
-    return Shortcut(*id, *command, *content, createdAt.toDouble(), *categoryId);
+    return Snippet(*id, *command, *content, createdAt.toDouble(), *categoryId);
 }
 
 std::optional<CategoryRef> decodeCategory(const QJsonValue& value) {
@@ -114,8 +114,8 @@ std::optional<QList<Record>> decodeListWithQt(const QByteArray& json, int* unrea
     QList<Record> records;
     for (const QJsonValue& value : document.array()) {
         std::optional<Record> record;
-        if constexpr (std::is_same_v<Record, Shortcut>)
-            record = decodeShortcut(value);
+        if constexpr (std::is_same_v<Record, Snippet>)
+            record = decodeSnippet(value);
         else
             record = decodeCategory(value);
         if (record)
@@ -141,8 +141,8 @@ std::optional<QList<Record>> decodeList(const QByteArray& json, int* unreadable)
     records.reserve(qsizetype(array.size()));
     for (const element value : array) {
         std::optional<Record> record;
-        if constexpr (std::is_same_v<Record, Shortcut>)
-            record = decodeShortcut(value);
+        if constexpr (std::is_same_v<Record, Snippet>)
+            record = decodeSnippet(value);
         else
             record = decodeCategory(value);
         if (record)
@@ -174,13 +174,13 @@ std::optional<QUuid> RecordCodec::parseUuid(const QString& text) {
 }
 
 // Keys are inserted in the object's own (sorted) order so that each insert is an append.
-QJsonObject RecordCodec::encode(const Shortcut& shortcut) {
+QJsonObject RecordCodec::encode(const Snippet& snippet) {
     QJsonObject object;
-    object.insert(QLatin1String("categoryId"), uuidString(shortcut.categoryId));
-    object.insert(QLatin1String("command"), shortcut.command);
-    object.insert(QLatin1String("content"), shortcut.content);
-    object.insert(QLatin1String("createdAt"), shortcut.createdAt);
-    object.insert(QLatin1String("id"), uuidString(shortcut.id));
+    object.insert(QLatin1String("categoryId"), uuidString(snippet.categoryId));
+    object.insert(QLatin1String("command"), snippet.command);
+    object.insert(QLatin1String("content"), snippet.content);
+    object.insert(QLatin1String("createdAt"), snippet.createdAt);
+    object.insert(QLatin1String("id"), uuidString(snippet.id));
     return object;
 }
 
@@ -192,12 +192,12 @@ QJsonObject RecordCodec::encode(const Category& category) {
     return object;
 }
 
-std::optional<QByteArray> RecordCodec::encodeShortcuts(const QList<Shortcut>& shortcuts) {
+std::optional<QByteArray> RecordCodec::encodeSnippets(const QList<Snippet>& snippets) {
     QJsonArray array;
-    for (const Shortcut& shortcut : shortcuts) {
-        if (!std::isfinite(shortcut.createdAt))
+    for (const Snippet& snippet : snippets) {
+        if (!std::isfinite(snippet.createdAt))
             return std::nullopt;
-        array.append(encode(shortcut));
+        array.append(encode(snippet));
     }
     return compact(array);
 }
@@ -212,9 +212,9 @@ std::optional<QByteArray> RecordCodec::encodeCategories(const QList<CategoryRef>
     return compact(array);
 }
 
-std::optional<QList<Shortcut>> RecordCodec::decodeShortcuts(const QByteArray& json,
+std::optional<QList<Snippet>> RecordCodec::decodeSnippets(const QByteArray& json,
                                                              int* unreadable) {
-    return decodeList<Shortcut>(json, unreadable);
+    return decodeList<Snippet>(json, unreadable);
 }
 
 std::optional<QList<CategoryRef>> RecordCodec::decodeCategories(const QByteArray& json,

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Category.h"
-#include "Shortcut.h"
+#include "Snippet.h"
 
 #include <QByteArray>
 #include <QJsonObject>
@@ -17,15 +17,15 @@
 // Keys nobody knows are ignored.
 class RecordCodec {
 public:
-    static QJsonObject encode(const Shortcut& shortcut);
+    static QJsonObject encode(const Snippet& snippet);
     static QJsonObject encode(const Category& category);
 
     // nullopt when a record cannot be represented (a time that is not a finite number).
-    static std::optional<QByteArray> encodeShortcuts(const QList<Shortcut>& shortcuts);
+    static std::optional<QByteArray> encodeSnippets(const QList<Snippet>& snippets);
     static std::optional<QByteArray> encodeCategories(const QList<CategoryRef>& categories);
     // nullopt when the value is not a JSON array; records that do not decode are left out and
     // added to `*unreadable`.
-    static std::optional<QList<Shortcut>> decodeShortcuts(const QByteArray& json,
+    static std::optional<QList<Snippet>> decodeSnippets(const QByteArray& json,
                                                           int* unreadable = nullptr);
     static std::optional<QList<CategoryRef>> decodeCategories(const QByteArray& json,
                                                               int* unreadable = nullptr);

@@ -1,17 +1,17 @@
 #include "CategoryListModel.h"
 
-#include "ShortcutDataManager.h"
+#include "SnippetStore.h"
 
-CategoryListModel::CategoryListModel(ShortcutDataManager& dataManager, QObject* parent)
-    : QAbstractListModel(parent), m_dataManager(dataManager),
-      m_categories(dataManager.categories()) {
+CategoryListModel::CategoryListModel(SnippetStore& store, QObject* parent)
+    : QAbstractListModel(parent), m_store(store),
+      m_categories(store.categories()) {
     recount();
-    connect(&m_dataManager, &ShortcutDataManager::categoriesChanged, this, [this] {
+    connect(&m_store, &SnippetStore::categoriesChanged, this, [this] {
         beginResetModel();
-        m_categories = m_dataManager.categories();
+        m_categories = m_store.categories();
         endResetModel();
     });
-    connect(&m_dataManager, &ShortcutDataManager::shortcutsChanged, this, [this] {
+    connect(&m_store, &SnippetStore::snippetsChanged, this, [this] {
         recount();
         if (!m_categories.isEmpty())
             emit dataChanged(index(0), index(int(m_categories.size()) - 1), {CountRole});
@@ -20,8 +20,8 @@ CategoryListModel::CategoryListModel(ShortcutDataManager& dataManager, QObject* 
 
 void CategoryListModel::recount() {
     m_counts.clear();
-    for (const Shortcut& shortcut : m_dataManager.shortcuts())
-        ++m_counts[shortcut.categoryId];
+    for (const Snippet& snippet : m_store.snippets())
+        ++m_counts[snippet.categoryId];
 }
 
 int CategoryListModel::rowCount(const QModelIndex& parent) const {
@@ -39,7 +39,7 @@ QVariant CategoryListModel::data(const QModelIndex& index, int role) const {
     case IdRole:
         return category->id();
     case CountRole:
-        return shortcutCount(category->id());
+        return snippetCount(category->id());
     case ProtectedRole:
         return Category::isProtected(category->id());
     default:
@@ -59,6 +59,6 @@ int CategoryListModel::rowOf(const QUuid& id) const {
     return -1;
 }
 
-int CategoryListModel::shortcutCount(const QUuid& categoryId) const {
+int CategoryListModel::snippetCount(const QUuid& categoryId) const {
     return m_counts.value(categoryId, 0);
 }

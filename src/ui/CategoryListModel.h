@@ -6,7 +6,7 @@
 #include <QHash>
 #include <QUuid>
 
-class ShortcutDataManager;
+class SnippetStore;
 
 // The store's categories, in stored order, for the sidebar. Each row also knows how many
 // snippets belong to its category. A change of the category list resets the model; a change
@@ -16,19 +16,19 @@ class CategoryListModel : public QAbstractListModel {
 public:
     enum Role { IdRole = Qt::UserRole + 1, CountRole, ProtectedRole };
 
-    explicit CategoryListModel(ShortcutDataManager& dataManager, QObject* parent = nullptr);
+    explicit CategoryListModel(SnippetStore& store, QObject* parent = nullptr);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
 
     CategoryRef categoryAt(int row) const;
     int rowOf(const QUuid& id) const; // -1 when absent
-    int shortcutCount(const QUuid& categoryId) const;
+    int snippetCount(const QUuid& categoryId) const;
 
 private:
     void recount();
 
-    ShortcutDataManager& m_dataManager;
+    SnippetStore& m_store;
     QList<CategoryRef> m_categories;
     QHash<QUuid, int> m_counts;
 };

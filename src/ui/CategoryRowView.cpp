@@ -1,10 +1,10 @@
 #include "CategoryRowView.h"
 
-#include "EditCategoryView.h"
+#include "EditCategoryDialog.h"
 #include "ElidedLabel.h"
 #include "FormParts.h"
 #include "PlainButton.h"
-#include "ShortcutDataManager.h"
+#include "SnippetStore.h"
 #include "SymbolView.h"
 #include "UiTheme.h"
 
@@ -15,10 +15,10 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-CategoryRowView::CategoryRowView(ShortcutDataManager& dataManager, CategoryRef category,
-                                 int shortcutCount, QWidget* parent)
-    : QWidget(parent), m_dataManager(dataManager), m_category(std::move(category)),
-      m_shortcutCount(shortcutCount) {
+CategoryRowView::CategoryRowView(SnippetStore& store, CategoryRef category,
+                                 int snippetCount, QWidget* parent)
+    : QWidget(parent), m_store(store), m_category(std::move(category)),
+      m_snippetCount(snippetCount) {
     setObjectName(QStringLiteral("categoryRow"));
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(14, 4, 14, 4);
@@ -66,20 +66,20 @@ bool CategoryRowView::isProtected() const {
 }
 
 QString CategoryRowView::countText() const {
-    return tr("%n snippet(s)", nullptr, m_shortcutCount);
+    return tr("%n snippet(s)", nullptr, m_snippetCount);
 }
 
 QString CategoryRowView::deleteMessage() const {
     return tr("Are you sure you want to delete '%1'?\nThis will permanently delete all %n "
               "snippet(s) in this category.",
-              nullptr, m_shortcutCount)
+              nullptr, m_snippetCount)
         .arg(m_category->name());
 }
 
-void CategoryRowView::setShortcutCount(int count) {
-    if (m_shortcutCount == count)
+void CategoryRowView::setSnippetCount(int count) {
+    if (m_snippetCount == count)
         return;
-    m_shortcutCount = count;
+    m_snippetCount = count;
     m_count->setText(countText());
 }
 
@@ -115,7 +115,7 @@ void CategoryRowView::changeEvent(QEvent* event) {
 void CategoryRowView::showEditSheet() {
     if (isProtected() || showingEditSheet())
         return;
-    m_editSheet = new EditCategoryView(m_dataManager, m_category, window());
+    m_editSheet = new EditCategoryDialog(m_store, m_category, window());
     m_editSheet->setAttribute(Qt::WA_DeleteOnClose);
     m_editSheet->open();
 }
@@ -126,13 +126,13 @@ void CategoryRowView::showDeleteAlert() {
     m_deleteAlert =
         FormParts::deleteAlert(tr("Delete Category"), deleteMessage(), window());
     const CategoryRef category = m_category;
-    ShortcutDataManager* dataManager = &m_dataManager;
+    SnippetStore* store = &m_store;
     QAbstractButton* confirm =
         m_deleteAlert->findChild<QPushButton*>(QStringLiteral("alertDeleteButton"));
     // The row itself goes away with its category, so the action holds what it needs.
     QWidget* window = this->window();
-    connect(confirm, &QAbstractButton::clicked, dataManager, [dataManager, category, window] {
-        FormParts::refused(dataManager->deleteCategory(*category), window);
+    connect(confirm, &QAbstractButton::clicked, store, [store, category, window] {
+        FormParts::refused(store->deleteCategory(*category), window);
     });
     m_deleteAlert->open();
 }

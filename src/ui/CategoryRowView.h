@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Category.h"
-#include "EditCategoryView.h"
+#include "EditCategoryDialog.h"
 
 #include <QMessageBox>
 #include <QPointer>
@@ -10,7 +10,7 @@
 class ElidedLabel;
 class PlainButton;
 class SymbolView;
-class ShortcutDataManager;
+class SnippetStore;
 
 // One row of the category sidebar: a folder symbol, the name and "<count> snippets", and,
 // except for the built-in and reserved categories, an edit and a delete symbol. The row owns
@@ -18,12 +18,12 @@ class ShortcutDataManager;
 class CategoryRowView : public QWidget {
     Q_OBJECT
 public:
-    CategoryRowView(ShortcutDataManager& dataManager, CategoryRef category, int shortcutCount,
+    CategoryRowView(SnippetStore& store, CategoryRef category, int snippetCount,
                     QWidget* parent = nullptr);
 
     CategoryRef category() const { return m_category; }
-    int shortcutCount() const { return m_shortcutCount; }
-    void setShortcutCount(int count);
+    int snippetCount() const { return m_snippetCount; }
+    void setSnippetCount(int count);
 
     bool isSelected() const { return m_isSelected; }
     void setSelected(bool selected);
@@ -40,7 +40,7 @@ public:
     SymbolView* folderSymbol() const { return m_folder; }
     PlainButton* editButton() const { return m_editButton; }
     PlainButton* deleteButton() const { return m_deleteButton; }
-    EditCategoryView* editSheet() const { return m_editSheet; }
+    EditCategoryDialog* editSheet() const { return m_editSheet; }
     QMessageBox* deleteAlert() const { return m_deleteAlert; }
 
     void showEditSheet();
@@ -52,9 +52,9 @@ protected:
 private:
     void applyColors();
 
-    ShortcutDataManager& m_dataManager;
+    SnippetStore& m_store;
     CategoryRef m_category;
-    int m_shortcutCount;
+    int m_snippetCount;
     bool m_isSelected = false;
 
     SymbolView* m_folder;
@@ -62,6 +62,6 @@ private:
     ElidedLabel* m_count;
     PlainButton* m_editButton = nullptr;
     PlainButton* m_deleteButton = nullptr;
-    QPointer<EditCategoryView> m_editSheet;
+    QPointer<EditCategoryDialog> m_editSheet;
     QPointer<QMessageBox> m_deleteAlert;
 };

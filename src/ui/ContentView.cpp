@@ -1,7 +1,7 @@
 #include "ContentView.h"
 
-#include "AddCategoryView.h"
-#include "AddShortcutView.h"
+#include "AddCategoryDialog.h"
+#include "AddSnippetDialog.h"
 #include "CategoryListModel.h"
 #include "CategoryRowDelegate.h"
 #include "CategoryRowView.h"
@@ -10,11 +10,11 @@
 #include "FocusableTextField.h"
 #include "FormParts.h"
 #include "PlainButton.h"
-#include "ShortcutDataManager.h"
-#include "ShortcutDetailView.h"
-#include "ShortcutFilterModel.h"
-#include "ShortcutListModel.h"
-#include "ShortcutRowView.h"
+#include "SnippetStore.h"
+#include "SnippetDetailView.h"
+#include "SnippetFilterModel.h"
+#include "SnippetListModel.h"
+#include "SnippetRowDelegate.h"
 #include "UiTheme.h"
 
 #include <QHBoxLayout>
@@ -58,11 +58,11 @@ void styleList(QListView* list) {
 }
 } // namespace
 
-ContentView::ContentView(ShortcutDataManager& dataManager, QWidget* parent)
-    : QWidget(parent), m_dataManager(dataManager),
-      m_categoryModel(new CategoryListModel(dataManager, this)),
-      m_shortcutModel(new ShortcutListModel(dataManager, this)),
-      m_filterModel(new ShortcutFilterModel(*m_shortcutModel, this)) {
+ContentView::ContentView(SnippetStore& store, QWidget* parent)
+    : QWidget(parent), m_store(store),
+      m_categoryModel(new CategoryListModel(store, this)),
+      m_snippetModel(new SnippetListModel(store, this)),
+      m_filterModel(new SnippetFilterModel(*m_snippetModel, this)) {
     setObjectName(QStringLiteral("contentView"));
     auto* outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
@@ -76,15 +76,15 @@ ContentView::ContentView(ShortcutDataManager& dataManager, QWidget* parent)
     m_problemBanner->setStyleSheet(QStringLiteral("background: #fff3cd; color: #664d03;"));
     m_problemBanner->setVisible(false);
     outer->addWidget(m_problemBanner);
-    if (const int unreadable = dataManager.unreadableRecords(); unreadable > 0) {
-        const QString kept = dataManager.backupPath().isEmpty() ? dataManager.settingsPath()
-                                                                : dataManager.backupPath();
+    if (const int unreadable = store.unreadableRecords(); unreadable > 0) {
+        const QString kept = store.backupPath().isEmpty() ? store.settingsPath()
+                                                                : store.backupPath();
         showProblem(tr("%n record(s) in your library could not be read and are not shown. The "
                        "file as it was is kept in %1.",
                        nullptr, unreadable)
                         .arg(kept));
     }
-    connect(&m_dataManager, &ShortcutDataManager::saveFailed, this, [this](const QString& why) {
+    connect(&m_store, &SnippetStore::saveFailed, this, [this](const QString& why) {
         showProblem(tr("Your last change is kept in Typolet but is not on disk yet. %1").arg(why));
     });
     auto* root = new QHBoxLayout;
@@ -100,10 +100,10 @@ ContentView::ContentView(ShortcutDataManager& dataManager, QWidget* parent)
 
     // The models hear about store changes first (they connected first), so these handlers
     // see the new rows.
-    connect(&m_dataManager, &ShortcutDataManager::categoriesChanged, this,
+    connect(&m_store, &SnippetStore::categoriesChanged, this,
             &ContentView::categoriesChanged);
-    connect(&m_dataManager, &ShortcutDataManager::shortcutsChanged, this,
-            &ContentView::shortcutsChanged);
+    connect(&m_store, &SnippetStore::snippetsChanged, this,
+            &ContentView::snippetsChanged);
     connect(m_categoryModel, &QAbstractItemModel::dataChanged, this,
             &ContentView::updateCategoryCounts);
 
@@ -183,18 +183,18 @@ QWidget* ContentView::buildSnippetColumn() {
     header->addWidget(m_addSnippetButton);
     column->addLayout(header);
 
-    m_shortcutList = new QListView(panel);
-    m_shortcutList->setObjectName(QStringLiteral("shortcutList"));
-    styleList(m_shortcutList);
-    m_shortcutList->setItemDelegate(
-        new ShortcutRowView([this](const QUuid& id) { requestDelete(id); }, m_shortcutList));
-    m_shortcutList->setModel(m_filterModel);
-    column->addWidget(m_shortcutList, 1);
+    m_snippetList = new QListView(panel);
+    m_snippetList->setObjectName(QStringLiteral("shortcutList"));
+    styleList(m_snippetList);
+    m_snippetList->setItemDelegate(
+        new SnippetRowDelegate([this](const QUuid& id) { requestDelete(id); }, m_snippetList));
+    m_snippetList->setModel(m_filterModel);
+    column->addWidget(m_snippetList, 1);
 
     connect(m_searchField, &QLineEdit::textChanged, this, &ContentView::setSearchText);
     connect(m_addSnippetButton, &QAbstractButton::clicked, this, &ContentView::showAddSheet);
-    connect(m_shortcutList->selectionModel(), &QItemSelectionModel::selectionChanged, this,
-            &ContentView::userSelectedShortcut);
+    connect(m_snippetList->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &ContentView::userSelectedSnippet);
     return panel;
 }
 
@@ -211,11 +211,11 @@ QWidget* ContentView::buildDetailPane() {
 
 // ---- state
 
-QList<Shortcut> ContentView::filteredShortcuts() const {
-    QList<Shortcut> shown;
+QList<Snippet> ContentView::filteredSnippets() const {
+    QList<Snippet> shown;
     shown.reserve(m_filterModel->rowCount());
     for (int row = 0; row < m_filterModel->rowCount(); ++row)
-        shown.append(m_shortcutModel->shortcutAt(
+        shown.append(m_snippetModel->snippetAt(
             m_filterModel->mapToSource(m_filterModel->index(row, 0)).row()));
     return shown;
 }
@@ -246,16 +246,16 @@ void ContentView::setSelectedCategory(CategoryRef category) {
             m_selectedCategory ? std::optional<QUuid>(m_selectedCategory->id()) : std::nullopt);
     }
     syncCategorySelection();
-    syncShortcutSelection();
+    syncSnippetSelection();
     emit selectionChanged();
 }
 
-void ContentView::setSelectedShortcut(std::optional<Shortcut> shortcut) {
-    m_selectedShortcut = std::move(shortcut);
+void ContentView::setSelectedSnippet(std::optional<Snippet> snippet) {
+    m_selectedSnippet = std::move(snippet);
     // The category follows the snippet; clearing the snippet leaves the category alone.
-    if (m_selectedShortcut)
-        setSelectedCategory(m_dataManager.category(m_selectedShortcut->categoryId));
-    syncShortcutSelection();
+    if (m_selectedSnippet)
+        setSelectedCategory(m_store.category(m_selectedSnippet->categoryId));
+    syncSnippetSelection();
     updateDetailPane();
     emit selectionChanged();
 }
@@ -268,7 +268,7 @@ void ContentView::setSearchText(const QString& text) {
         QScopedValueRollback guard(m_syncing, true);
         m_filterModel->setSearchText(text);
     }
-    syncShortcutSelection();
+    syncSnippetSelection();
 }
 
 void ContentView::syncCategorySelection() {
@@ -289,19 +289,19 @@ void ContentView::syncCategorySelection() {
     }
 }
 
-void ContentView::syncShortcutSelection() {
+void ContentView::syncSnippetSelection() {
     QScopedValueRollback guard(m_syncing, true);
-    QItemSelectionModel* selection = m_shortcutList->selectionModel();
-    const int sourceRow = m_selectedShortcut ? m_shortcutModel->rowOf(m_selectedShortcut->id) : -1;
+    QItemSelectionModel* selection = m_snippetList->selectionModel();
+    const int sourceRow = m_selectedSnippet ? m_snippetModel->rowOf(m_selectedSnippet->id) : -1;
     const QModelIndex index = sourceRow < 0
                                   ? QModelIndex()
-                                  : m_filterModel->mapFromSource(m_shortcutModel->index(sourceRow));
+                                  : m_filterModel->mapFromSource(m_snippetModel->index(sourceRow));
     if (!index.isValid()) {
         selection->clearSelection();
         return;
     }
     selection->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
-    m_shortcutList->scrollTo(index);
+    m_snippetList->scrollTo(index);
 }
 
 void ContentView::userSelectedCategory() {
@@ -312,35 +312,35 @@ void ContentView::userSelectedCategory() {
                                        : m_categoryModel->categoryAt(rows.first().row()));
 }
 
-void ContentView::userSelectedShortcut() {
+void ContentView::userSelectedSnippet() {
     if (m_syncing)
         return;
-    const QModelIndexList rows = m_shortcutList->selectionModel()->selectedRows();
+    const QModelIndexList rows = m_snippetList->selectionModel()->selectedRows();
     if (rows.isEmpty()) {
-        setSelectedShortcut(std::nullopt);
+        setSelectedSnippet(std::nullopt);
         return;
     }
-    setSelectedShortcut(
-        m_shortcutModel->shortcutAt(m_filterModel->mapToSource(rows.first()).row()));
+    setSelectedSnippet(
+        m_snippetModel->snippetAt(m_filterModel->mapToSource(rows.first()).row()));
 }
 
 void ContentView::updateDetailPane() {
-    if (!m_selectedShortcut) {
+    if (!m_selectedSnippet) {
         m_detailStack->setCurrentWidget(m_detailPlaceholder);
         return;
     }
     if (!m_detailView) {
-        m_detailView = new ShortcutDetailView(
-            m_dataManager, *m_selectedShortcut,
+        m_detailView = new SnippetDetailView(
+            m_store, *m_selectedSnippet,
             [this](const QString&, const QString&) { updateFromDetail(); },
             [this] {
                 if (m_detailView)
-                    requestDelete(m_detailView->shortcutId());
+                    requestDelete(m_detailView->snippetId());
             },
             m_detailStack);
         m_detailStack->addWidget(m_detailView);
     } else {
-        m_detailView->setShortcut(*m_selectedShortcut);
+        m_detailView->setShortcut(*m_selectedSnippet);
     }
     m_detailStack->setCurrentWidget(m_detailView);
 }
@@ -352,8 +352,8 @@ void ContentView::rebuildCategoryRows() {
     for (int row = 0; row < m_categoryModel->rowCount(); ++row) {
         const QModelIndex index = m_categoryModel->index(row);
         auto* rowView = new CategoryRowView(
-            m_dataManager, m_categoryModel->categoryAt(row),
-            m_categoryModel->shortcutCount(m_categoryModel->categoryAt(row)->id()));
+            m_store, m_categoryModel->categoryAt(row),
+            m_categoryModel->snippetCount(m_categoryModel->categoryAt(row)->id()));
         m_categoryList->setIndexWidget(index, rowView);
     }
 }
@@ -362,8 +362,8 @@ void ContentView::updateCategoryCounts() {
     for (int row = 0; row < m_categoryModel->rowCount(); ++row) {
         if (auto* rowView = qobject_cast<CategoryRowView*>(
                 m_categoryList->indexWidget(m_categoryModel->index(row))))
-            rowView->setShortcutCount(
-                m_categoryModel->shortcutCount(m_categoryModel->categoryAt(row)->id()));
+            rowView->setSnippetCount(
+                m_categoryModel->snippetCount(m_categoryModel->categoryAt(row)->id()));
     }
 }
 
@@ -371,35 +371,35 @@ void ContentView::categoriesChanged() {
     // A rename replaces the category object; keep the selection on the current one, and drop
     // it when the category is gone.
     if (m_selectedCategory)
-        setSelectedCategory(m_dataManager.category(m_selectedCategory->id()));
+        setSelectedCategory(m_store.category(m_selectedCategory->id()));
     else
         syncCategorySelection();
 }
 
-void ContentView::shortcutsChanged() {
-    if (m_selectedShortcut && m_shortcutModel->rowOf(m_selectedShortcut->id) < 0) {
+void ContentView::snippetsChanged() {
+    if (m_selectedSnippet && m_snippetModel->rowOf(m_selectedSnippet->id) < 0) {
         // Deleted with its category, or elsewhere: there is nothing left to show.
-        m_selectedShortcut.reset();
+        m_selectedSnippet.reset();
         updateDetailPane();
         emit selectionChanged();
     }
-    syncShortcutSelection();
+    syncSnippetSelection();
 }
 
 // ---- actions
 
 void ContentView::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    if (!m_selectedCategory && !m_dataManager.categories().isEmpty())
-        setSelectedCategory(m_dataManager.categories().first());
+    if (!m_selectedCategory && !m_store.categories().isEmpty())
+        setSelectedCategory(m_store.categories().first());
 }
 
 void ContentView::showAddSheet() {
     if (showingAddSheet() || !m_selectedCategory)
         return;
-    m_addSheet = new AddShortcutView(
-        m_dataManager, m_selectedCategory ? m_selectedCategory->id() : Category::defaultCategoryId,
-        [this](const Shortcut& added) { setSelectedShortcut(added); }, window());
+    m_addSheet = new AddSnippetDialog(
+        m_store, m_selectedCategory ? m_selectedCategory->id() : Category::defaultCategoryId,
+        [this](const Snippet& added) { setSelectedSnippet(added); }, window());
     m_addSheet->setAttribute(Qt::WA_DeleteOnClose);
     m_addSheet->open();
     m_addSheet->commandField()->setFocus(Qt::OtherFocusReason);
@@ -408,8 +408,8 @@ void ContentView::showAddSheet() {
 void ContentView::showAddCategorySheet() {
     if (showingAddCategorySheet())
         return;
-    m_addCategorySheet = new AddCategoryView(
-        m_dataManager,
+    m_addCategorySheet = new AddCategoryDialog(
+        m_store,
         [this](const CategoryRef& category) {
             // Selected once the sheet has started closing.
             QTimer::singleShot(0, this, [this, category] { setSelectedCategory(category); });
@@ -420,16 +420,16 @@ void ContentView::showAddCategorySheet() {
     m_addCategorySheet->nameField()->setFocus(Qt::OtherFocusReason);
 }
 
-void ContentView::requestDelete(const QUuid& shortcutId) {
-    const QList<Shortcut>& shortcuts = m_dataManager.shortcuts();
-    const auto found = std::find_if(shortcuts.cbegin(), shortcuts.cend(),
-                                    [&](const Shortcut& s) { return s.id == shortcutId; });
-    if (found == shortcuts.cend() || showingDeleteAlert())
+void ContentView::requestDelete(const QUuid& snippetId) {
+    const QList<Snippet>& snippets = m_store.snippets();
+    const auto found = std::find_if(snippets.cbegin(), snippets.cend(),
+                                    [&](const Snippet& s) { return s.id == snippetId; });
+    if (found == snippets.cend() || showingDeleteAlert())
         return;
-    m_shortcutToDelete = *found;
+    m_snippetToDelete = *found;
     m_deleteAlert = FormParts::deleteAlert(tr("Confirm Delete"),
                                            tr("Are you sure you want to delete '%1'?")
-                                               .arg(m_shortcutToDelete->command),
+                                               .arg(m_snippetToDelete->command),
                                            window());
     auto* confirm = m_deleteAlert->findChild<QPushButton*>(QStringLiteral("alertDeleteButton"));
     connect(confirm, &QAbstractButton::clicked, this, &ContentView::deleteConfirmed);
@@ -437,21 +437,21 @@ void ContentView::requestDelete(const QUuid& shortcutId) {
 }
 
 void ContentView::deleteConfirmed() {
-    if (!m_shortcutToDelete)
+    if (!m_snippetToDelete)
         return;
-    const QUuid id = m_shortcutToDelete->id;
-    FormParts::refused(m_dataManager.removeShortcut(id), window());
-    setSelectedShortcut(std::nullopt);
-    m_shortcutToDelete.reset();
+    const QUuid id = m_snippetToDelete->id;
+    FormParts::refused(m_store.removeSnippet(id), window());
+    setSelectedSnippet(std::nullopt);
+    m_snippetToDelete.reset();
 }
 
 void ContentView::updateFromDetail() {
     if (!m_detailView)
         return;
-    const QUuid id = m_detailView->shortcutId();
-    for (const Shortcut& stored : m_dataManager.shortcuts()) {
+    const QUuid id = m_detailView->snippetId();
+    for (const Snippet& stored : m_store.snippets()) {
         if (stored.id == id) {
-            setSelectedShortcut(stored);
+            setSelectedSnippet(stored);
             return;
         }
     }

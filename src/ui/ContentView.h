@@ -1,9 +1,9 @@
 #pragma once
 
-#include "AddCategoryView.h"
-#include "AddShortcutView.h"
+#include "AddCategoryDialog.h"
+#include "AddSnippetDialog.h"
 #include "Category.h"
-#include "Shortcut.h"
+#include "Snippet.h"
 
 #include <QMessageBox>
 #include <QPointer>
@@ -18,10 +18,10 @@ class QLabel;
 class QLineEdit;
 class QListView;
 class QStackedWidget;
-class ShortcutDataManager;
-class ShortcutDetailView;
-class ShortcutFilterModel;
-class ShortcutListModel;
+class SnippetStore;
+class SnippetDetailView;
+class SnippetFilterModel;
+class SnippetListModel;
 
 // The editor in the main window: categories on the left (250 wide), the snippets of the
 // selected category with a search field in the middle (450 wide), and the selected snippet's
@@ -37,20 +37,20 @@ public:
     static constexpr int sidebarWidth = 250;
     static constexpr int snippetColumnWidth = 450;
 
-    explicit ContentView(ShortcutDataManager& dataManager, QWidget* parent = nullptr);
+    explicit ContentView(SnippetStore& store, QWidget* parent = nullptr);
     ~ContentView() override;
 
-    ShortcutDataManager& dataManager() const { return m_dataManager; }
+    SnippetStore& store() const { return m_store; }
 
     CategoryRef selectedCategory() const { return m_selectedCategory; }
-    std::optional<Shortcut> selectedShortcut() const { return m_selectedShortcut; }
-    std::optional<Shortcut> shortcutToDelete() const { return m_shortcutToDelete; }
+    std::optional<Snippet> selectedSnippet() const { return m_selectedSnippet; }
+    std::optional<Snippet> snippetToDelete() const { return m_snippetToDelete; }
     QString searchText() const { return m_searchText; }
     // The snippets the middle column shows, in order.
-    QList<Shortcut> filteredShortcuts() const;
+    QList<Snippet> filteredSnippets() const;
 
     void setSelectedCategory(CategoryRef category);
-    void setSelectedShortcut(std::optional<Shortcut> shortcut);
+    void setSelectedSnippet(std::optional<Snippet> snippet);
     void setSearchText(const QString& text);
 
     // A sheet or alert that has closed may linger until its deferred deletion; it no longer
@@ -64,20 +64,20 @@ public:
     void showAddSheet();
     void showAddCategorySheet();
     // Asks for confirmation before deleting the snippet with this id.
-    void requestDelete(const QUuid& shortcutId);
+    void requestDelete(const QUuid& snippetId);
 
     // The parts tests and screenshots reach for.
     QListView* categoryList() const { return m_categoryList; }
-    QListView* shortcutList() const { return m_shortcutList; }
+    QListView* snippetList() const { return m_snippetList; }
     QLineEdit* searchField() const { return m_searchField; }
     PlainButton* addSnippetButton() const { return m_addSnippetButton; }
     PlainButton* addCategoryButton() const { return m_addCategoryButton; }
     QString title() const;
     CategoryRowView* categoryRow(const QUuid& categoryId) const;
-    ShortcutDetailView* detailView() const { return m_detailView; }
+    SnippetDetailView* detailView() const { return m_detailView; }
     bool showingDetailPlaceholder() const;
-    AddShortcutView* addSheet() const { return m_addSheet; }
-    AddCategoryView* addCategorySheet() const { return m_addCategorySheet; }
+    AddSnippetDialog* addSheet() const { return m_addSheet; }
+    AddCategoryDialog* addCategorySheet() const { return m_addCategorySheet; }
     QMessageBox* deleteAlert() const { return m_deleteAlert; }
 
 signals:
@@ -96,23 +96,23 @@ private:
     void deleteConfirmed();
     void updateFromDetail();
     void categoriesChanged();
-    void shortcutsChanged();
+    void snippetsChanged();
     void rebuildCategoryRows();
     void updateCategoryCounts();
     void syncCategorySelection();
-    void syncShortcutSelection();
+    void syncSnippetSelection();
     void updateDetailPane();
     void userSelectedCategory();
-    void userSelectedShortcut();
+    void userSelectedSnippet();
 
-    ShortcutDataManager& m_dataManager;
+    SnippetStore& m_store;
     CategoryListModel* m_categoryModel;
-    ShortcutListModel* m_shortcutModel;
-    ShortcutFilterModel* m_filterModel;
+    SnippetListModel* m_snippetModel;
+    SnippetFilterModel* m_filterModel;
 
     CategoryRef m_selectedCategory;
-    std::optional<Shortcut> m_selectedShortcut;
-    std::optional<Shortcut> m_shortcutToDelete;
+    std::optional<Snippet> m_selectedSnippet;
+    std::optional<Snippet> m_snippetToDelete;
     QString m_searchText;
     bool m_syncing = false; // selection is being set by the program, not the user
 
@@ -121,13 +121,13 @@ private:
     ElidedLabel* m_title = nullptr;
     QLineEdit* m_searchField = nullptr;
     PlainButton* m_addSnippetButton = nullptr;
-    QListView* m_shortcutList = nullptr;
+    QListView* m_snippetList = nullptr;
     QStackedWidget* m_detailStack = nullptr;
     QLabel* m_detailPlaceholder = nullptr;
     QLabel* m_problemBanner = nullptr;
-    ShortcutDetailView* m_detailView = nullptr;
+    SnippetDetailView* m_detailView = nullptr;
 
-    QPointer<AddShortcutView> m_addSheet;
-    QPointer<AddCategoryView> m_addCategorySheet;
+    QPointer<AddSnippetDialog> m_addSheet;
+    QPointer<AddCategoryDialog> m_addCategorySheet;
     QPointer<QMessageBox> m_deleteAlert;
 };

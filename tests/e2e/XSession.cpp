@@ -1,7 +1,7 @@
 #include "XSession.h"
 
 #include "RecordCodec.h"
-#include "Shortcut.h"
+#include "Snippet.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -129,13 +129,13 @@ bool XSession::waitFor(const std::function<bool()>& condition, int timeoutMs) {
 }
 
 void XSession::writeSnippets(const QList<std::pair<QString, QString>>& snippets) const {
-    QList<Shortcut> shortcuts;
+    QList<Snippet> records;
     for (const auto& [command, content] : snippets)
-        shortcuts.append(Shortcut::create(command, content, QUuid()));
+        records.append(Snippet::create(command, content, QUuid()));
     QDir().mkpath(m_dir.filePath(QStringLiteral("Typolet")));
     QSettings settings(m_dir.filePath(QStringLiteral("Typolet/Typolet.conf")),
                        QSettings::NativeFormat);
-    settings.setValue(QStringLiteral("Shortcuts"), *RecordCodec::encodeShortcuts(shortcuts));
+    settings.setValue(QStringLiteral("Shortcuts"), *RecordCodec::encodeSnippets(records));
     settings.sync();
 }
 

@@ -7,7 +7,7 @@
 #include "KeyTranslator.h"
 #include "RecordingKeyboardOutput.h"
 #include "ReferenceMatcher.h"
-#include "ShortcutDataManager.h"
+#include "SnippetStore.h"
 #include "TemporarySettings.h"
 #include "TextExpander.h"
 
@@ -64,7 +64,7 @@ struct Fixture {
     char* argv[2] = {name, nullptr};
     QCoreApplication app{argc, argv};
     TemporarySettings settings;
-    ShortcutDataManager store{settings.path()};
+    SnippetStore store{settings.path()};
 };
 
 // One input's engine and output, on a clock the program moves.
@@ -75,12 +75,12 @@ struct Session {
     qsizetype typedUnits = 0; // accepted text since the last reset, in UTF-16 units
     TextExpander engine;
 
-    explicit Session(ShortcutDataManager& store) : engine(store, &output, [this] { return now; }) {
+    explicit Session(SnippetStore& store) : engine(store, &output, [this] { return now; }) {
         output.finishAtOnce = false;
     }
 };
 
-void key(Session& s, const QList<Shortcut>& shortcuts, const QString& text) {
+void key(Session& s, const QList<Snippet>& snippets, const QString& text) {
     const QString before = s.engine.buffer();
     const bool wasExpanding = s.engine.isExpanding();
     const qsizetype performed = s.output.performed.size();
@@ -106,7 +106,7 @@ void key(Session& s, const QList<Shortcut>& shortcuts, const QString& text) {
     } else {
         const QString typed = base + text;
         s.typedUnits += text.size();
-        const auto match = ReferenceMatcher::match(shortcuts, typed);
+        const auto match = ReferenceMatcher::match(snippets, typed);
         if (s.output.performed.size() > performed) {
             const Expansion& e = s.output.performed.last();
             require(e.size() == 2 && e[0].kind == ExpansionAction::Kind::Erase &&
@@ -116,11 +116,11 @@ void key(Session& s, const QList<Shortcut>& shortcuts, const QString& text) {
             require(erased >= 1 && erased <= s.typedUnits, "erases only what was typed since the reset");
             const QStringList clusters = GraphemeText::clusters(typed);
             require(erased <= clusters.size(), "erases no more characters than the buffer holds");
-            require(!ShortcutDataManager::isBlankCommand(clusters.mid(clusters.size() - erased).join(QString())),
+            require(!SnippetStore::isBlankCommand(clusters.mid(clusters.size() - erased).join(QString())),
                     "never expands on a blank command");
         }
         if (match && !wasExpanding) {
-            const Shortcut& hit = shortcuts[*match];
+            const Snippet& hit = snippets[*match];
             int leftOut = 0;
             require(s.output.performed.size() > performed &&
                         s.output.performed.last() ==
@@ -139,35 +139,35 @@ void key(Session& s, const QList<Shortcut>& shortcuts, const QString& text) {
     require(after.size() <= s.typedUnits, "the buffer holds no more than was typed since the reset");
 }
 
-void edit(ShortcutDataManager& store, Reader& in) {
+void edit(SnippetStore& store, Reader& in) {
     const uint8_t how = in.next();
-    const QList<Shortcut> old = store.shortcuts();
+    const QList<Snippet> old = store.snippets();
     if (how % 3 == 0 || old.isEmpty()) {
         const QString command = in.text(1 + how / 3 % 4); // read in order, command first
-        const Shortcut added = Shortcut::create(command, in.text(how / 12 % 4), Category::defaultCategoryId);
-        const bool blank = ShortcutDataManager::isBlankCommand(added.command);
+        const Snippet added = Snippet::create(command, in.text(how / 12 % 4), Category::defaultCategoryId);
+        const bool blank = SnippetStore::isBlankCommand(added.command);
         if (how & 0x80) { // as a list read from a file arrives: blank commands and all
-            store.setShortcuts(QList<Shortcut>(old) << added);
+            store.setSnippets(QList<Snippet>(old) << added);
         } else {
-            store.appendShortcut(added);
-            require(store.shortcuts().size() == old.size() + (blank ? 0 : 1), "blank commands are refused");
+            store.appendSnippet(added);
+            require(store.snippets().size() == old.size() + (blank ? 0 : 1), "blank commands are refused");
         }
         return;
     }
-    const Shortcut target = old[in.next() % old.size()];
+    const Snippet target = old[in.next() % old.size()];
     if (how % 3 == 1) {
-        require(!store.removeShortcut(target.id), "the removal is saved");
-        require(store.shortcuts().size() == old.size() - 1, "the snippet is removed");
+        require(!store.removeSnippet(target.id), "the removal is saved");
+        require(store.snippets().size() == old.size() - 1, "the snippet is removed");
         return;
     }
     const QString command = in.text(1 + how / 3 % 4);
-    const bool refused = ShortcutDataManager::isBlankCommand(command) ||
-                         std::any_of(old.cbegin(), old.cend(), [&](const Shortcut& other) {
+    const bool refused = SnippetStore::isBlankCommand(command) ||
+                         std::any_of(old.cbegin(), old.cend(), [&](const Snippet& other) {
                              return other.command == command && other.id != target.id;
                          });
-    const std::optional<DataError> error = store.updateShortcut(target, command, target.content);
-    const auto found = std::find(store.shortcuts().cbegin(), store.shortcuts().cend(), target);
-    require(found != store.shortcuts().cend(), "a changed snippet stays in the list");
+    const std::optional<DataError> error = store.updateSnippet(target, command, target.content);
+    const auto found = std::find(store.snippets().cbegin(), store.snippets().cend(), target);
+    require(found != store.snippets().cend(), "a changed snippet stays in the list");
     require(refused ? error && found->command == target.command : found->command == command,
             "a command changes unless it is blank or another snippet's");
 }
@@ -177,8 +177,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const QtMessageHandler previous = qInstallMessageHandler(quiet);
     (void)previous;
     static Fixture fixture;
-    ShortcutDataManager& store = fixture.store;
-    store.setShortcuts({});
+    SnippetStore& store = fixture.store;
+    store.setSnippets({});
 
     Reader in(data, size);
     {
@@ -187,10 +187,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             switch (in.next() % 11) {
             case 4: {
                 const uint8_t low = in.next();
-                key(session, store.shortcuts(), QChar(char16_t(low | in.next() << 8)));
+                key(session, store.snippets(), QChar(char16_t(low | in.next() << 8)));
                 break;
             }
-            case 5: key(session, store.shortcuts(), QChar(in.next() & 1 ? 0x7F : 0x08)); break;
+            case 5: key(session, store.snippets(), QChar(in.next() & 1 ? 0x7F : 0x08)); break;
             case 6: session.now += (in.next() % 16) * 0.25; break;
             case 7:
             case 8: edit(store, in); break;
@@ -198,7 +198,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 session.output.finish();
                 require(!session.engine.isExpanding(), "a finished output ends the expansion");
                 break;
-            default: key(session, store.shortcuts(), in.key()); break;
+            default: key(session, store.snippets(), in.key()); break;
             }
         }
     }

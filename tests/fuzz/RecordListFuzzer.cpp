@@ -1,7 +1,7 @@
 // Stored snippet and category lists as the store reads them from a settings file: any bytes at
 // all must decode without harm, and whatever decodes must write out and read back unchanged.
 #include "RecordCodec.h"
-#include "ShortcutListEncoder.h"
+#include "SnippetListEncoder.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -21,15 +21,15 @@ void require(bool holds, const char* what) {
 }
 
 // Every field, the time bit for bit: records compare equal by id alone.
-auto fields(const Shortcut& s) {
+auto fields(const Snippet& s) {
     return std::tuple(s.id, s.command, s.content, std::bit_cast<quint64>(s.createdAt), s.categoryId);
 }
 auto fields(const CategoryRef& c) {
     return std::tuple(c->id(), c->name(), std::bit_cast<quint64>(c->createdAt()));
 }
-QUuid idOf(const Shortcut& s) { return s.id; }
+QUuid idOf(const Snippet& s) { return s.id; }
 QUuid idOf(const CategoryRef& c) { return c->id(); }
-double timeOf(const Shortcut& s) { return s.createdAt; }
+double timeOf(const Snippet& s) { return s.createdAt; }
 double timeOf(const CategoryRef& c) { return c->createdAt(); }
 template <typename T>
 bool sameRecords(const QList<T>& a, const QList<T>& b) {
@@ -94,23 +94,23 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         arrayLength = document.array().size();
     }
 
-    const auto shortcuts = check(
+    const auto snippets = check(
         json, arrayLength, asQt,
-        [](const QByteArray& j, int* u) { return RecordCodec::decodeShortcuts(j, u); },
-        [](const QList<Shortcut>& l) { return RecordCodec::encodeShortcuts(l); });
+        [](const QByteArray& j, int* u) { return RecordCodec::decodeSnippets(j, u); },
+        [](const QList<Snippet>& l) { return RecordCodec::encodeSnippets(l); });
     check(json, arrayLength, asQt,
           [](const QByteArray& j, int* u) { return RecordCodec::decodeCategories(j, u); },
           [](const QList<CategoryRef>& l) { return RecordCodec::encodeCategories(l); });
 
     // Saving reuses each snippet's earlier JSON; fresh and reused, the bytes are the codec's.
-    if (shortcuts) {
-        ShortcutListEncoder encoder;
-        const auto list = *RecordCodec::decodeShortcuts(*shortcuts);
-        require(encoder.encode(list) == shortcuts, "the list encoder writes what the codec writes");
-        QList<Shortcut> reversed(list.crbegin(), list.crend());
+    if (snippets) {
+        SnippetListEncoder encoder;
+        const auto list = *RecordCodec::decodeSnippets(*snippets);
+        require(encoder.encode(list) == snippets, "the list encoder writes what the codec writes");
+        QList<Snippet> reversed(list.crbegin(), list.crend());
         if (!reversed.isEmpty())
             reversed.first().command += QLatin1Char('x');
-        require(encoder.encode(reversed) == RecordCodec::encodeShortcuts(reversed),
+        require(encoder.encode(reversed) == RecordCodec::encodeSnippets(reversed),
                 "the list encoder's reused JSON stays the codec's after an edit");
     }
     return 0;

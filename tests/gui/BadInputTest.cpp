@@ -4,7 +4,7 @@
 #include "CustomTextEditor.h"
 #include "ElidedLabel.h"
 #include "GuiTestSupport.h"
-#include "ShortcutDetailView.h"
+#include "SnippetDetailView.h"
 
 #include <QLineEdit>
 #include <QListView>
@@ -25,11 +25,11 @@ private slots:
         const CategoryRef huge = fixture.addCategory(QString(100000, QChar(u'N')));
         const QString command(100000, QChar(u'c'));
         const QString content = QStringLiteral("line\n").repeated(20000);
-        fixture.addShortcut(command, content, huge->id());
+        fixture.addSnippet(command, content, huge->id());
         ContentView* view = fixture.show();
         const int detailWidth = widthOf(view, "detailPane");
         view->setSelectedCategory(huge);
-        GuiInput::clickRow(view->shortcutList(), 0);
+        GuiInput::clickRow(view->snippetList(), 0);
         QCOMPARE(widthOf(view, "detailPane"), detailWidth);
         QVERIFY(view->window()->width() < 2000);
         QCOMPARE(view->detailView()->command(), command);
@@ -41,10 +41,10 @@ private slots:
         view->detailView()->contentEditor()->moveCursor(QTextCursor::End);
         QTest::keyClicks(view->detailView()->contentEditor(), QStringLiteral("end"));
         view->detailView()->save();
-        QCOMPARE(fixture.store().shortcuts().first().content, content + QStringLiteral("end"));
-        QCOMPARE(fixture.reloaded()->shortcuts().first().command, command);
+        QCOMPARE(fixture.store().snippets().first().content, content + QStringLiteral("end"));
+        QCOMPARE(fixture.reloaded()->snippets().first().command, command);
         QTest::keyClicks(view->searchField(), QStringLiteral("LINE"));
-        QCOMPARE(view->shortcutList()->model()->rowCount(), 1);
+        QCOMPARE(view->snippetList()->model()->rowCount(), 1);
         // The side columns keep their widths; a wider window widens the detail pane alone.
         view->window()->resize(1600, 800);
         QTRY_VERIFY(widthOf(view, "detailPane") > 800);
@@ -57,51 +57,51 @@ private slots:
         const CategoryRef spaces = fixture.addCategory(QStringLiteral("   "));
         const CategoryRef hebrew = fixture.addCategory(QStringLiteral("עבודה 🚀"));
         const QString content = QStringLiteral("مرحبا 👋🏽👨‍👩‍👧‍👦");
-        fixture.addShortcut(QStringLiteral(";שלום"), content, hebrew->id());
+        fixture.addSnippet(QStringLiteral(";שלום"), content, hebrew->id());
         ContentView* view = fixture.show(spaces);
         QCOMPARE(Shown::rowLabel(view->categoryRow(spaces->id()), "categoryName"),
                  QStringLiteral("   "));
         QCOMPARE(view->title(), QStringLiteral("   "));
         view->setSelectedCategory(hebrew);
-        GuiInput::clickRow(view->shortcutList(), 0);
+        GuiInput::clickRow(view->snippetList(), 0);
         QCOMPARE(Shown::snippets(view), (QStringList{"עבודה 🚀", "*;שלום"}));
         QCOMPARE((QStringList{view->detailView()->command(), view->detailView()->content()}),
                  (QStringList{";שלום", content}));
         // Search finds emoji and right-to-left text.
         GuiInput::commitText(view->searchField(), QStringLiteral("👨‍👩‍👧‍👦"));
         QCOMPARE(view->searchText(), QStringLiteral("👨‍👩‍👧‍👦"));
-        QCOMPARE(view->shortcutList()->model()->rowCount(), 1);
+        QCOMPARE(view->snippetList()->model()->rowCount(), 1);
         GuiInput::retype(view->searchField(), QString());
         GuiInput::commitText(view->searchField(), QStringLiteral("שלום"));
-        QCOMPARE(view->shortcutList()->model()->rowCount(), 1);
+        QCOMPARE(view->snippetList()->model()->rowCount(), 1);
     }
 
     void tenThousandSnippetsFilterScrollAndSelect() {
         EditorFixture fixture;
         const CategoryRef even = fixture.addCategory(QStringLiteral("Even"));
         const CategoryRef odd = fixture.addCategory(QStringLiteral("Odd"));
-        QList<Shortcut> many;
+        QList<Snippet> many;
         for (int i = 0; i < 10000; ++i)
-            many.append(Shortcut::create(QStringLiteral(";s%1").arg(i),
+            many.append(Snippet::create(QStringLiteral(";s%1").arg(i),
                                          QStringLiteral("Snippet number %1").arg(i),
                                          (i % 2 ? odd : even)->id()));
-        fixture.store().setShortcuts(many);
-        fixture.store().saveShortcuts();
+        fixture.store().setSnippets(many);
+        fixture.store().saveSnippets();
         ContentView* view = fixture.show();
         view->setSelectedCategory({});
-        QCOMPARE(view->shortcutList()->model()->rowCount(), 10000);
+        QCOMPARE(view->snippetList()->model()->rowCount(), 10000);
         view->setSelectedCategory(odd);
-        QCOMPARE(view->shortcutList()->model()->rowCount(), 5000);
+        QCOMPARE(view->snippetList()->model()->rowCount(), 5000);
         QCOMPARE(view->categoryRow(odd->id())->countText(), QStringLiteral("5000 snippets"));
-        view->categoryRow(odd->id())->setShortcutCount(1);
+        view->categoryRow(odd->id())->setSnippetCount(1);
         QCOMPARE(view->categoryRow(odd->id())->countText(), QStringLiteral("1 snippet"));
         // Scroll to the end and pick the last row.
-        QScrollBar* scroll = view->shortcutList()->verticalScrollBar();
-        view->shortcutList()->scrollToBottom();
+        QScrollBar* scroll = view->snippetList()->verticalScrollBar();
+        view->snippetList()->scrollToBottom();
         QCoreApplication::processEvents();
         QCOMPARE(scroll->value(), scroll->maximum());
-        GuiInput::clickRow(view->shortcutList(), 4999);
-        QCOMPARE(view->selectedShortcut()->command, QStringLiteral(";s9999"));
+        GuiInput::clickRow(view->snippetList(), 4999);
+        QCOMPARE(view->selectedSnippet()->command, QStringLiteral(";s9999"));
         // Each keystroke refilters all of them. Found: the odd numbers starting with 99, the
         // selected one still selected.
         QTest::keyClicks(view->searchField(), QStringLiteral("NUMBER 99"));
@@ -110,7 +110,7 @@ private slots:
             if (i < 1000 || i / 100 == 99)
                 expected << QStringLiteral(";s%1").arg(i);
         expected.last().prepend(u'*');
-        QCOMPARE(Shown::rows(view->shortcutList()), expected);
+        QCOMPARE(Shown::rows(view->snippetList()), expected);
     }
 };
 

@@ -1,7 +1,7 @@
 // The category sidebar: rows, adding, renaming and deleting categories.
-#include "AddCategoryView.h"
+#include "AddCategoryDialog.h"
 #include "CategoryRowView.h"
-#include "EditCategoryView.h"
+#include "EditCategoryDialog.h"
 #include "FocusableTextField.h"
 #include "GuiTestSupport.h"
 #include "PlainButton.h"
@@ -12,11 +12,11 @@
 #include <QPushButton>
 
 namespace {
-AddCategoryView* openAddSheet(ContentView* view) {
+AddCategoryDialog* openAddSheet(ContentView* view) {
     return GuiInput::openSheet(view->addCategoryButton(),
                                [view] { return view->addCategorySheet(); });
 }
-EditCategoryView* openEditSheet(ContentView* view, const CategoryRef& category) {
+EditCategoryDialog* openEditSheet(ContentView* view, const CategoryRef& category) {
     CategoryRowView* row = view->categoryRow(category->id());
     return GuiInput::openSheet(row->editButton(), [row] { return row->editSheet(); });
 }
@@ -36,7 +36,7 @@ private slots:
             {Category::defaultCategory(),
              CategoryRef::create(Category::reservedCategoryId, QStringLiteral("Reserved"), 0.0),
              work, home});
-        fixture.addShortcut(QStringLiteral(";a"), QStringLiteral("A"), work->id());
+        fixture.addSnippet(QStringLiteral(";a"), QStringLiteral("A"), work->id());
         ContentView* view = fixture.show();
         CategoryRowView* row = view->categoryRow(work->id());
         CategoryRowView* other = view->categoryRow(home->id());
@@ -44,7 +44,7 @@ private slots:
         QCOMPARE(Shown::rowLabel(row, "categoryName"), QStringLiteral("Work"));
         QCOMPARE(Shown::rowLabel(row, "categoryCount"), QStringLiteral("1 snippet"));
         QCOMPARE(Shown::rowLabel(other, "categoryCount"), QStringLiteral("0 snippets"));
-        fixture.addShortcut(QStringLiteral(";b"), QStringLiteral("B"), work->id());
+        fixture.addSnippet(QStringLiteral(";b"), QStringLiteral("B"), work->id());
         QCOMPARE(Shown::rowLabel(row, "categoryCount"), QStringLiteral("2 snippets"));
         // The built-in and the reserved category can be neither renamed nor deleted.
         for (const QUuid& id : {Category::defaultCategoryId, Category::reservedCategoryId})
@@ -55,7 +55,7 @@ private slots:
         EditorFixture fixture;
         fixture.addCategory(QStringLiteral("Work"));
         ContentView* view = fixture.show();
-        AddCategoryView* sheet = openAddSheet(view);
+        AddCategoryDialog* sheet = openAddSheet(view);
         QVERIFY(sheet);
         QVERIFY(!sheet->addButton()->isEnabled());
         // Letter case alone does not make a new name; typing hides the message.
@@ -67,7 +67,7 @@ private slots:
         // Return alone does not submit; Escape cancels.
         QTest::keyClick(sheet->nameField(), Qt::Key_Return);
         QVERIFY(sheet->isVisible());
-        QPointer<AddCategoryView> closing = sheet;
+        QPointer<AddCategoryDialog> closing = sheet;
         QTest::keyClick(sheet->nameField(), Qt::Key_Escape);
         QTRY_VERIFY(closing.isNull());
         QCOMPARE(namesOf(fixture.store().categories()), (QStringList{"Uncategory", "Work"}));
@@ -97,15 +97,15 @@ private slots:
         EditorFixture fixture;
         const CategoryRef work = fixture.addCategory(QStringLiteral("Work"));
         const CategoryRef home = fixture.addCategory(QStringLiteral("Home"));
-        fixture.addShortcut(QStringLiteral(";w"), QStringLiteral("W"), work->id());
-        fixture.addShortcut(QStringLiteral(";h"), QStringLiteral("H"), home->id());
+        fixture.addSnippet(QStringLiteral(";w"), QStringLiteral("W"), work->id());
+        fixture.addSnippet(QStringLiteral(";h"), QStringLiteral("H"), home->id());
         ContentView* view = fixture.show(work);
         // Escape and Cancel keep the name.
         for (bool byEscape : {true, false}) {
-            EditCategoryView* sheet = openEditSheet(view, work);
+            EditCategoryDialog* sheet = openEditSheet(view, work);
             QVERIFY(sheet);
             GuiInput::retype(sheet->nameField(), QStringLiteral("Play"));
-            QPointer<EditCategoryView> closing = sheet;
+            QPointer<EditCategoryDialog> closing = sheet;
             if (byEscape)
                 QTest::keyClick(sheet->nameField(), Qt::Key_Escape);
             else
@@ -113,7 +113,7 @@ private slots:
             QTRY_VERIFY(closing.isNull());
             QCOMPARE(work->name(), QStringLiteral("Work"));
         }
-        EditCategoryView* sheet = openEditSheet(view, work);
+        EditCategoryDialog* sheet = openEditSheet(view, work);
         QVERIFY(sheet);
         QCOMPARE(sheet->nameField()->text(), QStringLiteral("Work"));
         // Unchanged or empty: nothing to save.
@@ -136,7 +136,7 @@ private slots:
                  QStringLiteral("WORK"));
         QCOMPARE(Shown::snippets(view), (QStringList{"WORK", ";w"}));
         // Deleting asks first, then takes the category's snippets along.
-        GuiInput::clickRow(view->shortcutList(), 0);
+        GuiInput::clickRow(view->snippetList(), 0);
         for (const QString& answer : {QStringLiteral("Cancel"), QStringLiteral("Delete")}) {
             GuiInput::click(view->categoryRow(work->id())->deleteButton());
             QCOMPARE(GuiInput::answerAlert(QStringLiteral("Delete Category"), answer),
@@ -145,9 +145,9 @@ private slots:
             QCOMPARE(fixture.store().categories().size(), answer == "Cancel" ? 3 : 2);
         }
         const auto reloaded = fixture.reloaded();
-        for (ShortcutDataManager* store : {&fixture.store(), reloaded.get()}) {
+        for (SnippetStore* store : {&fixture.store(), reloaded.get()}) {
             QCOMPARE(namesOf(store->categories()), (QStringList{"Uncategory", "Home"}));
-            QCOMPARE(commandsOf(store->shortcuts()), QStringList{";h"});
+            QCOMPARE(commandsOf(store->snippets()), QStringList{";h"});
         }
         // Nothing is left to show of the deleted category or its snippet.
         QCOMPARE(Shown::rows(view->categoryList()), (QStringList{"Uncategory", "Home"}));

@@ -3,7 +3,7 @@
 #include "CategoryRowView.h"
 #include "GuiTestSupport.h"
 #include "PlainButton.h"
-#include "ShortcutDetailView.h"
+#include "SnippetDetailView.h"
 #include "SymbolView.h"
 
 #include <QApplication>
@@ -25,7 +25,7 @@ struct Library {
               {";Sig", "Best regards,\nAda", work->id()},
               {";mtg", "Meeting@10", work->id()},
               {";lost", "Its category is gone", QUuid::createUuid()}})
-            fixture.addShortcut(QString::fromUtf8(command), QString::fromUtf8(content), category);
+            fixture.addSnippet(QString::fromUtf8(command), QString::fromUtf8(content), category);
     }
 };
 // The snippet column: title, then rows.
@@ -55,7 +55,7 @@ private slots:
         GuiInput::click(view->addSnippetButton());
         QVERIFY(!view->showingAddSheet());
         // A snippet picked from another category selects that category.
-        GuiInput::clickRow(view->shortcutList(), 1);
+        GuiInput::clickRow(view->snippetList(), 1);
         QCOMPARE(Shown::rows(categories), (QStringList{"Uncategory", "Work", "*Personal"}));
         QCOMPARE(Shown::snippets(view), (QStringList{"Personal", "*;home"}));
         QCOMPARE(view->detailView()->command(), QStringLiteral(";home"));
@@ -67,14 +67,14 @@ private slots:
         QCOMPARE(view->detailView()->command(), QStringLiteral(";home"));
         // One of a category that does not exist: no category, every snippet listed.
         view->setSelectedCategory({});
-        GuiInput::clickRow(view->shortcutList(), 4);
+        GuiInput::clickRow(view->snippetList(), 4);
         QCOMPARE(view->detailView()->command(), QStringLiteral(";lost"));
         QCOMPARE(Shown::rows(categories), (QStringList{"Uncategory", "Work", "Personal"}));
         QCOMPARE(Shown::snippets(view), all.mid(0, 5) << QStringLiteral("*;lost"));
         // A snippet added meanwhile shows at once, search applied.
         QTest::keyClicks(view->searchField(), QStringLiteral("new"));
         QCOMPARE(Shown::snippets(view), QStringList{"All Snippets"});
-        lib.fixture.addShortcut(QStringLiteral(";new"), QStringLiteral("x"), lib.personal->id());
+        lib.fixture.addSnippet(QStringLiteral(";new"), QStringLiteral("x"), lib.personal->id());
         QCOMPARE(Shown::snippets(view), (QStringList{"All Snippets", ";new"}));
     }
 
@@ -114,28 +114,28 @@ private slots:
         ContentView* view = lib.fixture.show(lib.work);
         const QString title = QStringLiteral("Confirm Delete");
         const QString question = QStringLiteral("Are you sure you want to delete '%1'?");
-        GuiInput::clickRow(view->shortcutList(), 1); // ;Sig
+        GuiInput::clickRow(view->snippetList(), 1); // ;Sig
         // The detail pane's Delete asks about the snippet shown; Cancel keeps it.
         GuiInput::click(view->detailView()->deleteButton());
         QCOMPARE(GuiInput::answerAlert(title, QStringLiteral("Cancel")), question.arg(";Sig"));
-        QCOMPARE(commandsOf(lib.fixture.store().shortcuts()), all.mid(1));
+        QCOMPARE(commandsOf(lib.fixture.store().snippets()), all.mid(1));
         QVERIFY(!view->showingDetailPlaceholder());
         // The command is quoted as typed: not as markup, double space kept.
         const QString odd = QStringLiteral("<b>it's</b>  & co ");
-        lib.fixture.addShortcut(odd, QStringLiteral("x"), lib.work->id());
-        GuiInput::clickTrash(view->shortcutList(), 3);
+        lib.fixture.addSnippet(odd, QStringLiteral("x"), lib.work->id());
+        GuiInput::clickTrash(view->snippetList(), 3);
         QCOMPARE(GuiInput::answerAlert(title, QStringLiteral("Cancel")), question.arg(odd));
         // Another row's trash asks about that row without selecting it. Delete removes that
         // one, saves, and clears the selection.
-        GuiInput::clickTrash(view->shortcutList(), 2);
+        GuiInput::clickTrash(view->snippetList(), 2);
         QCOMPARE(Shown::snippets(view), (QStringList{"Work", ";addr", "*;Sig", ";mtg", odd}));
         QCOMPARE(GuiInput::answerAlert(title, QStringLiteral("Delete")), question.arg(";mtg"));
         const QStringList left{";addr", ";home", ";Sig", ";lost", odd};
-        QCOMPARE(commandsOf(lib.fixture.store().shortcuts()), left);
-        QCOMPARE(commandsOf(lib.fixture.reloaded()->shortcuts()), left);
+        QCOMPARE(commandsOf(lib.fixture.store().snippets()), left);
+        QCOMPARE(commandsOf(lib.fixture.reloaded()->snippets()), left);
         QCOMPARE(Shown::snippets(view), (QStringList{"Work", ";addr", ";Sig", odd}));
         QVERIFY(view->showingDetailPlaceholder());
-        QVERIFY(!view->selectedShortcut() && !view->shortcutToDelete());
+        QVERIFY(!view->selectedSnippet() && !view->snippetToDelete());
     }
 };
 

@@ -4,7 +4,7 @@
 #include "CategoryRowView.h"
 #include "ElidedLabel.h"
 #include "RecordCodec.h"
-#include "ShortcutRowView.h"
+#include "SnippetRowDelegate.h"
 
 #include <QApplication>
 #include <QInputMethodEvent>
@@ -16,14 +16,14 @@
 namespace {
 QString preparedPath(const TemporarySettings& settings, const QList<CategoryRef>& categories) {
     if (!categories.isEmpty())
-        settings.write(QLatin1String(ShortcutDataManager::categoriesKey),
+        settings.write(QLatin1String(SnippetStore::categoriesKey),
                        *RecordCodec::encodeCategories(categories));
     return settings.path();
 }
 } // namespace
 
 EditorFixture::EditorFixture(const QList<CategoryRef>& storedCategories)
-    : m_store(std::make_unique<ShortcutDataManager>(preparedPath(m_settings, storedCategories))) {
+    : m_store(std::make_unique<SnippetStore>(preparedPath(m_settings, storedCategories))) {
     // The texts as the program shows them, plural forms included.
     static const bool translated = (Translations::install(*QCoreApplication::instance()), true);
     Q_UNUSED(translated);
@@ -41,12 +41,12 @@ CategoryRef EditorFixture::addCategory(const QString& name) {
     return m_store->categories().last();
 }
 
-Shortcut EditorFixture::addShortcut(const QString& command, const QString& content,
+Snippet EditorFixture::addSnippet(const QString& command, const QString& content,
                                     const QUuid& categoryId) {
-    const Shortcut shortcut = Shortcut::create(command, content, categoryId);
-    m_store->appendShortcut(shortcut);
-    m_store->saveShortcuts();
-    return shortcut;
+    const Snippet snippet = Snippet::create(command, content, categoryId);
+    m_store->appendSnippet(snippet);
+    m_store->saveSnippets();
+    return snippet;
 }
 
 ContentView* EditorFixture::show(const CategoryRef& category) {
@@ -81,7 +81,7 @@ void GuiInput::clickRow(QListView* list, int row, Qt::KeyboardModifiers modifier
 void GuiInput::clickTrash(QListView* list, int row) {
     const QModelIndex index = list->model()->index(row, 0);
     list->scrollTo(index);
-    const QRect rect = ShortcutRowView::trashRect(list->visualRect(index));
+    const QRect rect = SnippetRowDelegate::trashRect(list->visualRect(index));
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, rect.center());
 }
 
@@ -104,7 +104,7 @@ bool GuiInput::waitActive(QWidget* window) {
     if (!window)
         return false;
     // Not isActiveWindow(): it can say yes for a sheet before the application agrees, and
-    // keyboard shortcuts go by the application.
+    // keyboard snippets go by the application.
     window->activateWindow();
     return QTest::qWaitFor([window] { return QApplication::activeWindow() == window; });
 }
@@ -135,17 +135,17 @@ QStringList Shown::rows(const QAbstractItemView* list) {
 }
 
 QStringList Shown::snippets(const ContentView* view) {
-    return QStringList{view->title()} + rows(view->shortcutList());
+    return QStringList{view->title()} + rows(view->snippetList());
 }
 
 QString Shown::rowLabel(const CategoryRowView* row, const char* label) {
     return row->findChild<ElidedLabel*>(QString::fromLatin1(label))->text();
 }
 
-QStringList commandsOf(const QList<Shortcut>& shortcuts) {
+QStringList commandsOf(const QList<Snippet>& snippets) {
     QStringList commands;
-    for (const Shortcut& shortcut : shortcuts)
-        commands << shortcut.command;
+    for (const Snippet& snippet : snippets)
+        commands << snippet.command;
     return commands;
 }
 

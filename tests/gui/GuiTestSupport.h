@@ -3,8 +3,8 @@
 #include "Category.h"
 #include "ContentView.h"
 #include "ContentView.h"
-#include "Shortcut.h"
-#include "ShortcutDataManager.h"
+#include "Snippet.h"
+#include "SnippetStore.h"
 #include "TemporarySettings.h"
 
 #include <QAbstractButton>
@@ -22,21 +22,21 @@ public:
     explicit EditorFixture(const QList<CategoryRef>& storedCategories = {});
     ~EditorFixture();
 
-    ShortcutDataManager& store() { return *m_store; }
+    SnippetStore& store() { return *m_store; }
     TemporarySettings& settings() { return m_settings; }
     CategoryRef addCategory(const QString& name);
     // Appends and saves a snippet the way the editor does.
-    Shortcut addShortcut(const QString& command, const QString& content, const QUuid& categoryId);
+    Snippet addSnippet(const QString& command, const QString& content, const QUuid& categoryId);
     // Shows the window, active, with `category` selected when one is given.
     ContentView* show(const CategoryRef& category = {});
     // Reads the store back from disk, as the next start of the program would.
-    std::unique_ptr<ShortcutDataManager> reloaded() const {
-        return std::make_unique<ShortcutDataManager>(m_settings.path());
+    std::unique_ptr<SnippetStore> reloaded() const {
+        return std::make_unique<SnippetStore>(m_settings.path());
     }
 
 private:
     TemporarySettings m_settings;
-    std::unique_ptr<ShortcutDataManager> m_store;
+    std::unique_ptr<SnippetStore> m_store;
     std::unique_ptr<ContentView> m_window; // a window of its own, as in the program
 };
 
@@ -57,7 +57,7 @@ public:
     // Types text the way an input method commits it: any script, emoji included.
     static void commitText(QWidget* widget, const QString& text);
 
-    // Waits until `window` is the active window (keyboard shortcuts need that).
+    // Waits until `window` is the active window (keyboard snippets need that).
     static bool waitActive(QWidget* window);
     // Clicks `button`; returns the sheet `sheet()` gives once it has the keyboard, or null.
     template <typename Getter> static auto openSheet(QAbstractButton* button, Getter sheet) {
@@ -80,5 +80,5 @@ QStringList snippets(const ContentView* view);
 QString rowLabel(const CategoryRowView* row, const char* label);
 } // namespace Shown
 
-QStringList commandsOf(const QList<Shortcut>& shortcuts);
+QStringList commandsOf(const QList<Snippet>& snippets);
 QStringList namesOf(const QList<CategoryRef>& categories);

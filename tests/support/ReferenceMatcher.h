@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Shortcut.h"
+#include "Snippet.h"
 
 #include <QList>
 #include <optional>
@@ -10,5 +10,5 @@
 // The engine's index must always agree with it; benchmarks measure against it.
 class ReferenceMatcher {
 public:
-    static std::optional<qsizetype> match(const QList<Shortcut>& shortcuts, const QString& text);
+    static std::optional<qsizetype> match(const QList<Snippet>& snippets, const QString& text);
 };

@@ -1,7 +1,7 @@
 // A save killed at any moment leaves the library as it was before or after that save, never a
 // broken file or a mix of the two.
 #include "RecordCodec.h"
-#include "ShortcutDataManager.h"
+#include "SnippetStore.h"
 
 #include <QProcess>
 #include <QRandomGenerator>
@@ -13,23 +13,23 @@
 namespace {
 constexpr int snippetCount = 2000;
 
-QList<Shortcut> library(int round) {
-    QList<Shortcut> shortcuts;
+QList<Snippet> library(int round) {
+    QList<Snippet> snippets;
     const QString padding(1000, QLatin1Char('x'));
     for (int i = 0; i < snippetCount; ++i)
-        shortcuts.append(Shortcut(QUuid::createUuidV5(QUuid(), QString::number(i)),
+        snippets.append(Snippet(QUuid::createUuidV5(QUuid(), QString::number(i)),
                                   QStringLiteral(";s%1").arg(i),
                                   QStringLiteral("round %1 ").arg(round) + padding, 0,
                                   Category::defaultCategoryId));
-    return shortcuts;
+    return snippets;
 }
 
 // Saves a new version of the whole library, again and again, until it is killed.
 [[noreturn]] void saveForever(const QString& path) {
-    ShortcutDataManager store(path);
+    SnippetStore store(path);
     for (int round = 1;; ++round) {
-        store.setShortcuts(library(round));
-        store.saveShortcuts();
+        store.setSnippets(library(round));
+        store.saveSnippets();
         if (round == 1) {
             std::puts("saved");
             std::fflush(stdout);
@@ -56,15 +56,15 @@ private slots:
             QSettings settings(path, QSettings::NativeFormat);
             QCOMPARE(settings.status(), QSettings::NoError);
             int unreadable = 0;
-            const auto stored = RecordCodec::decodeShortcuts(
+            const auto stored = RecordCodec::decodeSnippets(
                 settings.value(QStringLiteral("Shortcuts")).toByteArray(), &unreadable);
             QVERIFY(stored);
             QCOMPARE(unreadable, 0);
             QCOMPARE(stored->size(), snippetCount);
             // One save's version throughout.
             const QString round = stored->first().content.section(QLatin1Char(' '), 0, 1);
-            for (const Shortcut& shortcut : *stored)
-                QVERIFY(shortcut.content.startsWith(round + QLatin1Char(' ')));
+            for (const Snippet& snippet : *stored)
+                QVERIFY(snippet.content.startsWith(round + QLatin1Char(' ')));
         }
     }
 };

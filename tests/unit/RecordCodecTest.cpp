@@ -1,6 +1,6 @@
 #include "RecordCodec.h"
 #include "Category.h"
-#include "ShortcutListEncoder.h"
+#include "SnippetListEncoder.h"
 #include "Timestamp.h"
 
 #include <QJsonArray>
@@ -15,7 +15,7 @@ const QUuid kId{QStringLiteral("6f1c2b7e-0a9d-4c4b-9f43-1e2d3c4b5a69")};
 const QUuid kCategory{QStringLiteral("a1b2c3d4-e5f6-4789-abcd-ef0123456789")};
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-QJsonObject validShortcutObject() {
+QJsonObject validSnippetObject() {
     return QJsonObject{{"id", "6F1C2B7E-0A9D-4C4B-9F43-1E2D3C4B5A69"},
                        {"command", ";addr"},
                        {"content", "1 Main St"},
@@ -32,18 +32,18 @@ class RecordCodecTest : public QObject {
     Q_OBJECT
 private slots:
     void identityIsTheIdAlone() {
-        const Shortcut a(kId, ";a", "one", 1, kCategory);
-        const Shortcut b(kId, ";b", "two", 2, QUuid::createUuid());
+        const Snippet a(kId, ";a", "one", 1, kCategory);
+        const Snippet b(kId, ";b", "two", 2, QUuid::createUuid());
         QCOMPARE(a, b);
         QCOMPARE(qHash(a), qHash(b));
-        QCOMPARE(QSet<Shortcut>({a, b}).size(), 1);
-        QVERIFY(!(a == Shortcut(QUuid::createUuid(), ";a", "one", 1, kCategory)));
+        QCOMPARE(QSet<Snippet>({a, b}).size(), 1);
+        QVERIFY(!(a == Snippet(QUuid::createUuid(), ";a", "one", 1, kCategory)));
         QCOMPARE(qHash(Category(kCategory, "Work", 3)), qHash(Category(kCategory, "Office", 4)));
     }
 
     void writesCompactJsonWithEveryKeyAndUpperCaseIds() {
         QCOMPARE(
-            *RecordCodec::encodeShortcuts({Shortcut(kId, "", "", -1.25, kCategory)}),
+            *RecordCodec::encodeSnippets({Snippet(kId, "", "", -1.25, kCategory)}),
             R"([{"categoryId":"A1B2C3D4-E5F6-4789-ABCD-EF0123456789","command":"","content":"",)"
             R"("createdAt":-1.25,"id":"6F1C2B7E-0A9D-4C4B-9F43-1E2D3C4B5A69"}])");
         const CategoryRef category = Category::defaultCategory();
@@ -57,7 +57,7 @@ private slots:
     void roundTripsExactly() {
         // Any finite time must read back bit for bit, and any text whatever its content.
         auto* random = QRandomGenerator::global();
-        QList<Shortcut> shortcuts;
+        QList<Snippet> snippets;
         for (int i = 0; i < 200; ++i) {
             double time = std::bit_cast<double>(random->generate64());
             if (!std::isfinite(time))
@@ -65,31 +65,31 @@ private slots:
             QString content = "\n\t\"\\";
             for (int c = 0; c < 20; ++c)
                 content.append(QChar(char16_t(random->bounded(1, 0xD7FF))));
-            shortcuts.append(Shortcut(QUuid::createUuid(), ";c" + QString::number(i), content, time,
+            snippets.append(Snippet(QUuid::createUuid(), ";c" + QString::number(i), content, time,
                                       QUuid::createUuid()));
         }
-        shortcuts.first().createdAt = 33896568936174910000.0; // written as a 20-digit integer
-        const auto decoded = RecordCodec::decodeShortcuts(*RecordCodec::encodeShortcuts(shortcuts));
+        snippets.first().createdAt = 33896568936174910000.0; // written as a 20-digit integer
+        const auto decoded = RecordCodec::decodeSnippets(*RecordCodec::encodeSnippets(snippets));
         QVERIFY(decoded);
-        QCOMPARE(decoded->size(), shortcuts.size());
-        const auto fields = [](const Shortcut& s) {
+        QCOMPARE(decoded->size(), snippets.size());
+        const auto fields = [](const Snippet& s) {
             return std::tuple(s.id, s.command, s.content, std::bit_cast<quint64>(s.createdAt),
                               s.categoryId);
         };
-        for (qsizetype i = 0; i < shortcuts.size(); ++i)
-            QVERIFY2(fields(decoded->at(i)) == fields(shortcuts[i]),
+        for (qsizetype i = 0; i < snippets.size(); ++i)
+            QVERIFY2(fields(decoded->at(i)) == fields(snippets[i]),
                      qPrintable(QString::number(i)));
     }
 
     void readsLowerCaseIdsAndIgnoresUnknownKeys() {
-        QJsonObject object = validShortcutObject();
+        QJsonObject object = validSnippetObject();
         object["id"] = "6f1c2b7e-0a9d-4c4b-9f43-1e2d3c4b5a69";
         object["extra"] = QJsonArray{1, 2};
-        const auto decoded = RecordCodec::decodeShortcuts(arrayOf({object}));
+        const auto decoded = RecordCodec::decodeSnippets(arrayOf({object}));
         QVERIFY(decoded && decoded->size() == 1);
-        const auto shortcut = decoded->constFirst();
-        QCOMPARE(shortcut.id, kId);
-        QCOMPARE(RecordCodec::encode(shortcut).value("id").toString(),
+        const auto snippet = decoded->constFirst();
+        QCOMPARE(snippet.id, kId);
+        QCOMPARE(RecordCodec::encode(snippet).value("id").toString(),
                  "6F1C2B7E-0A9D-4C4B-9F43-1E2D3C4B5A69");
         const auto categories = RecordCodec::decodeCategories(
             R"([{"id":"a1b2c3d4-e5f6-4789-abcd-ef0123456789","name":"Work","createdAt":5.5,"x":1}])");
@@ -97,7 +97,7 @@ private slots:
         QCOMPARE(categories->at(0)->id(), kCategory);
         QCOMPARE(categories->at(0)->name(), "Work");
         QCOMPARE(categories->at(0)->createdAt(), 5.5);
-        QCOMPARE(RecordCodec::decodeShortcuts("[]")->size(), 0);
+        QCOMPARE(RecordCodec::decodeSnippets("[]")->size(), 0);
         QCOMPARE(RecordCodec::decodeCategories("[]")->size(), 0);
     }
 
@@ -109,9 +109,9 @@ private slots:
             {"id", "not-a-uuid-at-all-but-36-characters!"}, {"createdAt", "12.5"},
             {"command", 5}, {"content", QJsonArray{"a"}}};
         // clang-format on
-        QVERIFY(RecordCodec::decodeShortcuts(arrayOf({validShortcutObject()})));
+        QVERIFY(RecordCodec::decodeSnippets(arrayOf({validSnippetObject()})));
         for (const auto& [key, value] : breaks) {
-            QJsonObject broken = validShortcutObject();
+            QJsonObject broken = validSnippetObject();
             if (value.isUndefined())
                 broken.remove(key);
             else
@@ -119,7 +119,7 @@ private slots:
             // A bad record is left out and counted; the rest of the list is kept.
             int unreadable = 0;
             const auto kept =
-                RecordCodec::decodeShortcuts(arrayOf({validShortcutObject(), broken}), &unreadable);
+                RecordCodec::decodeSnippets(arrayOf({validSnippetObject(), broken}), &unreadable);
             QVERIFY(kept && kept->size() == 1);
             QCOMPARE(unreadable, 1);
         }
@@ -128,13 +128,13 @@ private slots:
     void rejectsDocumentsThatAreNotArraysOfRecords() {
         const QByteArray noName = R"([{"id":"a1b2c3d4-e5f6-4789-abcd-ef0123456789","createdAt":0)";
         for (const QByteArray& json :
-             {QByteArray(), arrayOf({validShortcutObject()}).chopped(3), QByteArray("{}"),
+             {QByteArray(), arrayOf({validSnippetObject()}).chopped(3), QByteArray("{}"),
               QByteArray("[1,2]"), QByteArray(100000, '[') + QByteArray(100000, ']'),
               QByteArray("\x00\xff\xfe[", 4), noName + "}]", noName + R"(,"name":null}])"}) {
             // Not a list at all, or a list of which nothing can be read.
             int unreadable = 0;
-            const auto shortcuts = RecordCodec::decodeShortcuts(json, &unreadable);
-            QVERIFY2(!shortcuts || (shortcuts->isEmpty() && unreadable > 0), json.left(60).constData());
+            const auto snippets = RecordCodec::decodeSnippets(json, &unreadable);
+            QVERIFY2(!snippets || (snippets->isEmpty() && unreadable > 0), json.left(60).constData());
             unreadable = 0;
             const auto categories = RecordCodec::decodeCategories(json, &unreadable);
             QVERIFY2(!categories || (categories->isEmpty() && unreadable > 0),
@@ -146,28 +146,28 @@ private slots:
         // Saving reuses each snippet's earlier JSON; after any mix of edits the bytes must
         // still be exactly the codec's.
         auto* random = QRandomGenerator::global();
-        ShortcutListEncoder encoder;
-        QList<Shortcut> shortcuts;
+        SnippetListEncoder encoder;
+        QList<Snippet> snippets;
         for (int i = 0; i < 50; ++i)
-            shortcuts.append(Shortcut::create(";s" + QString::number(i), "c", QUuid()));
+            snippets.append(Snippet::create(";s" + QString::number(i), "c", QUuid()));
         for (int round = 0; round < 200; ++round) {
-            Shortcut& s = shortcuts[random->bounded(shortcuts.size())];
+            Snippet& s = snippets[random->bounded(snippets.size())];
             // clang-format off
             switch (random->bounded(6)) {
             case 0: s.command += u'é'; break;
             case 1: s.content = QString::number(round) + "\n\""; break;
             case 2: s.createdAt = (round % 2) ? 0.0 : -0.0; break;
             case 3: s.categoryId = QUuid::createUuid(); break;
-            case 4: shortcuts.append(Shortcut::create(";n", "", QUuid())); break;
-            case 5: shortcuts.removeAt(random->bounded(shortcuts.size())); break;
+            case 4: snippets.append(Snippet::create(";n", "", QUuid())); break;
+            case 5: snippets.removeAt(random->bounded(snippets.size())); break;
             }
             // clang-format on
-            QCOMPARE(*encoder.encode(shortcuts), *RecordCodec::encodeShortcuts(shortcuts));
+            QCOMPARE(*encoder.encode(snippets), *RecordCodec::encodeSnippets(snippets));
         }
         // Times that JSON cannot hold are not written.
-        shortcuts[0].createdAt = std::numeric_limits<double>::quiet_NaN();
-        QVERIFY(!encoder.encode(shortcuts));
-        QVERIFY(!RecordCodec::encodeShortcuts(shortcuts));
+        snippets[0].createdAt = std::numeric_limits<double>::quiet_NaN();
+        QVERIFY(!encoder.encode(snippets));
+        QVERIFY(!RecordCodec::encodeSnippets(snippets));
         QVERIFY(!RecordCodec::encodeCategories({CategoryRef::create(kCategory, "x", kInfinity)}));
     }
 };

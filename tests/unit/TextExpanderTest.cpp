@@ -8,7 +8,7 @@
 #include "FakePermissionProbe.h"
 #include "KeyTranslator.h"
 #include "RecordingKeyboardOutput.h"
-#include "ShortcutDataManager.h"
+#include "SnippetStore.h"
 #include "TemporarySettings.h"
 
 #include <QtTest>
@@ -28,7 +28,7 @@ Expansions expansion(int erased, const QString& content) {
 // A store, a recording keyboard and an engine that only matches, on a clock the test moves.
 struct Rig {
     TemporarySettings settings;
-    ShortcutDataManager store{settings.path()};
+    SnippetStore store{settings.path()};
     Output output;
     double now = 1000;
     TextExpander engine{store, &output, [this] { return now; }};
@@ -36,7 +36,7 @@ struct Rig {
     QStringList& lines = diagnostics.lines;
 
     void add(const QString& command, const QString& content) {
-        store.appendShortcut(Shortcut::create(command, content, Category::defaultCategoryId));
+        store.appendSnippet(Snippet::create(command, content, Category::defaultCategoryId));
     }
     // One key 0.1 s after the previous.
     void key(const QString& character) {
@@ -53,7 +53,7 @@ struct Rig {
 // The same store with a listening engine over fake platform pieces, created by start().
 struct Listening {
     TemporarySettings settings;
-    ShortcutDataManager store{settings.path()};
+    SnippetStore store{settings.path()};
     CompiledKeymapSource keymaps{QStringLiteral("us"), QStringLiteral("intl")};
     KeyTranslator translator{keymaps, QStringLiteral("en_US.UTF-8")};
     FakePermissionProbe permissions{true, true};
@@ -69,7 +69,7 @@ struct Listening {
         return engine.emplace(store, EnginePlatform{&permissions, &monitor, &translator, &output});
     }
     void add(const QString& command, const QString& content) {
-        store.appendShortcut(Shortcut::create(command, content, Category::defaultCategoryId));
+        store.appendSnippet(Snippet::create(command, content, Category::defaultCategoryId));
     }
     void press(std::initializer_list<uint32_t> keys) {
         for (const uint32_t key : keys)
@@ -177,7 +177,7 @@ private slots:
         rig.add(";bc", "appended"); // not saved: the very next key must still see it
         rig.type("c");
         QCOMPARE(rig.output.performed, expansion(3, "appended"));
-        QVERIFY(!rig.store.updateShortcut(rig.store.shortcuts().at(0), ";q", "renamed"));
+        QVERIFY(!rig.store.updateSnippet(rig.store.snippets().at(0), ";q", "renamed"));
         rig.type(";a");
         QCOMPARE(rig.output.performed.size(), 1);
         rig.type(";q");
@@ -187,8 +187,8 @@ private slots:
     void blankCommandsNeverFireAndControlCharactersAreNotTyped() {
         Rig rig;
         // As if the stored data held them: the store refuses them from any view.
-        rig.store.setShortcuts({Shortcut::create("", "on every key", Category::defaultCategoryId),
-                                Shortcut::create("  ", "on every space", Category::defaultCategoryId)});
+        rig.store.setSnippets({Snippet::create("", "on every key", Category::defaultCategoryId),
+                                Snippet::create("  ", "on every space", Category::defaultCategoryId)});
         rig.add(";bs", u"a\bb\u007Fc\u001Bd\te\r\nf"_qs);
         rig.type("x y ");
         QVERIFY(rig.output.performed.isEmpty());

@@ -2,7 +2,7 @@
 #include "GraphemeText.h"
 #include "KeystrokeBuffer.h"
 #include "ReferenceMatcher.h"
-#include "Shortcut.h"
+#include "Snippet.h"
 
 #include <QRandomGenerator>
 #include <QtTest>
@@ -31,16 +31,16 @@ void typeInto(KeystrokeBuffer& buffer, const QString& text) {
         buffer.append(QString::fromUcs4(&codePoint, 1));
 }
 
-QList<Shortcut> shortcutsFor(const QStringList& commands) {
-    QList<Shortcut> shortcuts;
+QList<Snippet> snippetsFor(const QStringList& commands) {
+    QList<Snippet> snippets;
     for (const QString& command : commands)
-        shortcuts.append(Shortcut::create(command, command + " content", QUuid()));
-    return shortcuts;
+        snippets.append(Snippet::create(command, command + " content", QUuid()));
+    return snippets;
 }
 
-std::optional<qsizetype> indexMatch(const QList<Shortcut>& shortcuts, const QString& typed) {
+std::optional<qsizetype> indexMatch(const QList<Snippet>& snippets, const QString& typed) {
     TriggerIndex index;
-    index.rebuild(shortcuts);
+    index.rebuild(snippets);
     KeystrokeBuffer buffer;
     typeInto(buffer, typed);
     return index.match(buffer);
@@ -51,18 +51,18 @@ class TriggerIndexTest : public QObject {
     Q_OBJECT
 private slots:
     void picksTheLongestThenTheEarliest() {
-        const auto shortcuts = shortcutsFor({"2", "sig2", ";sig2", ";sig2", "x;sig2"});
-        QCOMPARE(indexMatch(shortcuts, "a;sig2"), 2);
-        QCOMPARE(indexMatch(shortcuts, "sig2"), 1);
-        QCOMPARE(indexMatch(shortcuts, "x;sig2"), 4);
-        QCOMPARE(indexMatch(shortcuts, ";sig"), std::nullopt);
+        const auto snippets = snippetsFor({"2", "sig2", ";sig2", ";sig2", "x;sig2"});
+        QCOMPARE(indexMatch(snippets, "a;sig2"), 2);
+        QCOMPARE(indexMatch(snippets, "sig2"), 1);
+        QCOMPARE(indexMatch(snippets, "x;sig2"), 4);
+        QCOMPARE(indexMatch(snippets, ";sig"), std::nullopt);
         QCOMPARE(indexMatch({}, "anything"), std::nullopt);
         // Both spell "café": the first in the list wins, whichever spelling was typed.
-        const auto cafes = shortcutsFor({u"caf\u00e9"_qs, u"cafe\u0301"_qs});
+        const auto cafes = snippetsFor({u"caf\u00e9"_qs, u"cafe\u0301"_qs});
         QCOMPARE(indexMatch(cafes, u"cafe\u0301"_qs), 0);
         QCOMPARE(indexMatch(cafes, u"caf\u00e9"_qs), 0);
         // A lone mark is not the end of a character that it belongs to.
-        QCOMPARE(indexMatch(shortcutsFor({u"\u0301"_qs}), u"e\u0301"_qs), std::nullopt);
+        QCOMPARE(indexMatch(snippetsFor({u"\u0301"_qs}), u"e\u0301"_qs), std::nullopt);
     }
 
     void agreesWithTheSortAndScanRule() {
@@ -77,12 +77,12 @@ private slots:
                 else
                     commands.append(randomText(random, 4));
             }
-            const QList<Shortcut> shortcuts = shortcutsFor(commands);
+            const QList<Snippet> snippets = snippetsFor(commands);
             QString typed = randomText(random, 8);
             if (random.bounded(2))
                 typed += commands.at(random.bounded(commands.size()));
-            const auto expected = ReferenceMatcher::match(shortcuts, typed);
-            QVERIFY2(indexMatch(shortcuts, typed) == expected,
+            const auto expected = ReferenceMatcher::match(snippets, typed);
+            QVERIFY2(indexMatch(snippets, typed) == expected,
                      qPrintable("typed [" + typed + "] commands [" + commands.join("] [") + "]"));
             matches += expected.has_value();
         }

@@ -2,8 +2,8 @@
 // shell alone does under a real X server: the tray icon and its menu, the quit question, the
 // single-instance guard. The same checks run against the full program when it is built.
 
-#include "LoginItemManager.h"
-#include "LoginPreferences.h"
+#include "Autostart.h"
+#include "AutostartPreferences.h"
 #include "TypoletApp.h"
 #include "XdgAutostartBackend.h"
 
@@ -15,8 +15,8 @@ int main(int argc, char* argv[]) {
     QApplication::setOrganizationName(QStringLiteral("Typolet"));
     QApplication::setApplicationName(QStringLiteral("Typolet"));
 
-    LoginItemManager loginItems(std::make_unique<XdgAutostartBackend>());
-    LoginPreferences preferences;
+    Autostart autostart(std::make_unique<XdgAutostartBackend>());
+    AutostartPreferences preferences;
     TypoletApp typolet({{},
                         {},
                         [] {
@@ -24,7 +24,7 @@ int main(int argc, char* argv[]) {
                             editor->setAlignment(Qt::AlignCenter);
                             return editor;
                         }},
-                       loginItems, preferences);
+                       autostart, preferences);
     if (!typolet.start())
         return 0;
     return QApplication::exec();

@@ -4,10 +4,10 @@
 #include "PreferencesView.h"
 #include "CapsuleBadge.h"
 #include "IsolatedTestMain.h"
-#include "LoginItemManager.h"
-#include "LoginPreferences.h"
+#include "Autostart.h"
+#include "AutostartPreferences.h"
 #include "PreferenceCard.h"
-#include "RecordingLoginItemBackend.h"
+#include "RecordingAutostartBackend.h"
 #include "SectionHeader.h"
 #include "SymbolImage.h"
 #include "UiTheme.h"
@@ -23,10 +23,10 @@ namespace {
 // A Preferences view over its own settings file and a recording login-item backend.
 struct Fixture {
     TemporarySettings settings;
-    LoginPreferences preferences{settings.path()};
-    RecordingLoginItemBackend* backend = new RecordingLoginItemBackend;
-    LoginItemManager loginItems{std::unique_ptr<LoginItemBackend>(backend)};
-    PreferencesView view{loginItems, preferences};
+    AutostartPreferences preferences{settings.path()};
+    RecordingAutostartBackend* backend = new RecordingAutostartBackend;
+    Autostart autostart{std::unique_ptr<AutostartBackend>(backend)};
+    PreferencesView view{autostart, preferences};
 
     void show(QWidget* widget = nullptr) {
         widget = widget ? widget : &view;

@@ -4,10 +4,10 @@
 #include "AboutView.h"
 #include "ActivationPolicy.h"
 #include "IsolatedTestMain.h"
-#include "LoginItemManager.h"
-#include "LoginPreferences.h"
+#include "Autostart.h"
+#include "AutostartPreferences.h"
 #include "PreferencesView.h"
-#include "RecordingLoginItemBackend.h"
+#include "RecordingAutostartBackend.h"
 #include "TemporarySettings.h"
 
 #include <QDialog>
@@ -34,9 +34,9 @@ void ShellWindowsTest::eachWindowIsBuiltOnceAndReused() {
     QFETCH(bool, about);
     QFETCH(QString, title);
     TemporarySettings settings;
-    LoginPreferences preferences(settings.path());
-    LoginItemManager loginItems(std::make_unique<RecordingLoginItemBackend>());
-    ShellWindows windows(loginItems, preferences);
+    AutostartPreferences preferences(settings.path());
+    Autostart autostart(std::make_unique<RecordingAutostartBackend>());
+    ShellWindows windows(autostart, preferences);
     const auto open = [&] {
         about ? windows.openAboutWindow() : windows.openPreferencesWindow();
         return about ? windows.aboutWindow() : windows.preferencesWindow();

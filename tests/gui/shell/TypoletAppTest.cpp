@@ -2,11 +2,11 @@
 
 #include "TypoletApp.h"
 #include "ActivationPolicy.h"
-#include "AppDelegate.h"
+#include "TrayController.h"
 #include "IsolatedTestMain.h"
-#include "LoginItemManager.h"
-#include "LoginPreferences.h"
-#include "RecordingLoginItemBackend.h"
+#include "Autostart.h"
+#include "AutostartPreferences.h"
+#include "RecordingAutostartBackend.h"
 #include "TemporarySettings.h"
 
 #include <QLabel>
@@ -20,8 +20,8 @@ namespace {
 struct Fixture {
     TemporarySettings settings;
     QTemporaryDir runtime;
-    LoginPreferences preferences{settings.path()};
-    LoginItemManager loginItems{std::make_unique<RecordingLoginItemBackend>()};
+    AutostartPreferences preferences{settings.path()};
+    Autostart autostart{std::make_unique<RecordingAutostartBackend>()};
     QStringList steps;
 
     TypoletApp::Parts parts() {
@@ -44,33 +44,33 @@ private slots:
 
 void TypoletAppTest::startsThePiecesInOrderAndOnlyOnce() {
     Fixture first;
-    TypoletApp running(first.parts(), first.loginItems, first.preferences, first.serverName());
+    TypoletApp running(first.parts(), first.autostart, first.preferences, first.serverName());
     QVERIFY(running.start());
     QCOMPARE(first.steps, QStringList({QStringLiteral("engine"), QStringLiteral("permissions"),
                                        QStringLiteral("main view")}));
     QMainWindow* window = running.mainWindow();
-    QVERIFY(running.appDelegate() && window && window->isVisible());
+    QVERIFY(running.trayController() && window && window->isVisible());
     QCOMPARE(window->windowTitle(), QStringLiteral("Typolet"));
     QVERIFY(qobject_cast<QLabel*>(window->centralWidget()) != nullptr);
     QVERIFY(window->width() >= TypoletApp::mainWidth);
     // The delegate's launch steps ran on this window.
-    const QMenu* menu = running.appDelegate()->applicationMenu();
+    const QMenu* menu = running.trayController()->applicationMenu();
     QVERIFY(menu && window->menuBar()->actions().contains(menu->menuAction()));
 
     // A second launch while this one runs in the background starts nothing and wakes this one.
-    running.appDelegate()->showPreferences();
-    ActivationPolicy& policy = running.appDelegate()->activationPolicy();
+    running.trayController()->showPreferences();
+    ActivationPolicy& policy = running.trayController()->activationPolicy();
     policy.setActivationPolicy(ActivationPolicy::Policy::Accessory);
     policy.hideApplication();
     QVERIFY(!window->isVisible());
     Fixture second;
-    TypoletApp late(second.parts(), second.loginItems, second.preferences, first.serverName());
+    TypoletApp late(second.parts(), second.autostart, second.preferences, first.serverName());
     QVERIFY(!late.start());
     QCOMPARE(second.steps, QStringList());
-    QVERIFY(!late.appDelegate() && !late.mainWindow());
+    QVERIFY(!late.trayController() && !late.mainWindow());
     // The request arrives through the running one's event loop.
     QTRY_VERIFY_WITH_TIMEOUT(window->isVisible(), 20000);
-    QVERIFY(running.appDelegate()->preferencesWindow()->isVisible());
+    QVERIFY(running.trayController()->preferencesWindow()->isVisible());
     QCOMPARE(policy.policy(), ActivationPolicy::Policy::Regular);
 }
 

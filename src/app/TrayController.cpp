@@ -1,0 +1,196 @@
+#include "TrayController.h"
+
+#include "SymbolImage.h"
+#include "UiTheme.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCursor>
+#include <QEvent>
+#include <QKeyEvent>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QScreen>
+#include <QSessionManager>
+#include <QSystemTrayIcon>
+
+TrayController::TrayController(Autostart& autostart, AutostartPreferences& preferences,
+                         QObject* parent)
+    : QObject(parent), m_confirmation(m_policy), m_windows(autostart, preferences) {
+    // Quit requests reach the application object as QEvent::Quit, whoever sends them.
+    qApp->installEventFilter(this);
+    connect(qApp, &QGuiApplication::commitDataRequest, this, &TrayController::commitData,
+            Qt::DirectConnection);
+}
+
+TrayController::~TrayController() {
+    if (qApp != nullptr)
+        qApp->removeEventFilter(this);
+}
+
+void TrayController::applicationDidFinishLaunching(QMainWindow* mainWindow) {
+    // Closing the last window hides it; Typolet keeps running in the tray.
+    QApplication::setQuitOnLastWindowClosed(false);
+    m_policy.setActivationPolicy(ActivationPolicy::Policy::Regular);
+    setupMainMenu(mainWindow);
+    setupStatusItem();
+}
+
+void TrayController::setupMainMenu(QMainWindow* mainWindow) {
+    m_applicationMenu = mainWindow->menuBar()->addMenu(QStringLiteral("Typolet"));
+
+    QAction* about = m_applicationMenu->addAction(tr("About Typolet"));
+    connect(about, &QAction::triggered, this, &TrayController::showAbout);
+    m_applicationMenu->addSeparator();
+    QAction* preferences = m_applicationMenu->addAction(tr("Preferences..."));
+    preferences->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    connect(preferences, &QAction::triggered, this, &TrayController::showPreferences);
+    m_applicationMenu->addSeparator();
+    QAction* quit = m_applicationMenu->addAction(tr("Quit Typolet"));
+    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    quit->setMenuRole(QAction::NoRole);
+    connect(quit, &QAction::triggered, this, &TrayController::quitApp);
+
+    // The snippets work in the main window (they live on its menu bar) and are also given to
+    // the Preferences and About windows when those are built; they stay window-wide rather
+    // than application-wide so the tray menu's own Ctrl+Q is never ambiguous with them.
+    for (QAction* action : {about, preferences, quit})
+        action->setShortcutContext(Qt::WindowShortcut);
+}
+
+void TrayController::setupStatusItem() {
+    m_statusMenu = std::make_unique<QMenu>();
+    QAction* open = m_statusMenu->addAction(tr("Open Typolet"));
+    open->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
+    connect(open, &QAction::triggered, this, &TrayController::openApp);
+    m_statusMenu->addSeparator();
+    QAction* quit = m_statusMenu->addAction(tr("Quit"));
+    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    quit->setMenuRole(QAction::NoRole);
+    connect(quit, &QAction::triggered, this, &TrayController::quitApp);
+    // The menu shows its keys; they act while it is open (see eventFilter). As snippets of
+    // their own they would clash with the menu bar's Ctrl+Q, so they never match as such.
+    for (QAction* action : {open, quit})
+        action->setShortcutContext(Qt::WidgetShortcut);
+    m_statusMenu->installEventFilter(this);
+
+    m_statusItem.reset();
+    // No tray on this desktop: no tray icon. A later launch of Typolet still brings the
+    // windows back (see SingleInstanceGuard).
+    if (!QSystemTrayIcon::isSystemTrayAvailable())
+        return;
+    m_statusItem = std::make_unique<QSystemTrayIcon>();
+    m_statusItem->setIcon(SymbolImage::trayIcon());
+    m_statusItem->setContextMenu(m_statusMenu.get());
+    // A left click opens the same menu as a right click does; a quick second click arrives as
+    // a double click and must open it too.
+    connect(m_statusItem.get(), &QSystemTrayIcon::activated, this,
+            [this](QSystemTrayIcon::ActivationReason reason) {
+                if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)
+                    popUpStatusMenu();
+            });
+    m_statusItem->show();
+}
+
+void TrayController::popUpStatusMenu() {
+    if (!m_statusMenu || m_statusMenu->isVisible())
+        return;
+    // Next to the icon rather than under the pointer, so the menu does not cover the icon
+    // and a second click on the icon does not land on an entry: below it on a top panel,
+    // above it when there is no room below.
+    const QRect icon = m_statusItem ? m_statusItem->geometry() : QRect();
+    if (!icon.isValid()) {
+        m_statusMenu->popup(QCursor::pos());
+        return;
+    }
+    QPoint position = icon.bottomLeft() + QPoint(0, 1);
+    const QScreen* screen = QGuiApplication::screenAt(icon.center());
+    const QSize menuSize = m_statusMenu->sizeHint();
+    if (screen != nullptr && position.y() + menuSize.height() > screen->geometry().bottom())
+        position = icon.topLeft() - QPoint(0, menuSize.height() + 1);
+    m_statusMenu->popup(position);
+}
+
+void TrayController::showPreferences() {
+    const bool firstTime = m_windows.preferencesWindow() == nullptr;
+    m_windows.openPreferencesWindow();
+    if (firstTime && m_applicationMenu != nullptr)
+        m_windows.preferencesWindow()->addActions(m_applicationMenu->actions());
+}
+
+void TrayController::showAbout() {
+    const bool firstTime = m_windows.aboutWindow() == nullptr;
+    m_windows.openAboutWindow();
+    if (firstTime && m_applicationMenu != nullptr)
+        m_windows.aboutWindow()->addActions(m_applicationMenu->actions());
+}
+
+void TrayController::openApp() {
+    m_policy.bringAllWindowsForward();
+}
+
+void TrayController::quitApp() {
+    if (applicationShouldTerminate() != QuitConfirmation::TerminateReply::Now)
+        return;
+    // Approved: the Quit event this sends must not ask again.
+    QCoreApplication::quit();
+}
+
+QuitConfirmation::TerminateReply TrayController::applicationShouldTerminate() {
+    if (m_terminationApproved)
+        return QuitConfirmation::TerminateReply::Now;
+    // One question at a time: a second request while it is open is refused.
+    if (m_asking)
+        return QuitConfirmation::TerminateReply::Cancel;
+    m_asking = true;
+    const QuitConfirmation::TerminateReply reply = m_confirmation.confirmQuit();
+    m_asking = false;
+    if (reply == QuitConfirmation::TerminateReply::Now) {
+        m_terminationApproved = true;
+        emit terminating();
+    }
+    return reply;
+}
+
+bool TrayController::allowSessionEnd() {
+    return applicationShouldTerminate() == QuitConfirmation::TerminateReply::Now;
+}
+
+void TrayController::terminateWithoutAsking() {
+    m_terminationApproved = true;
+    emit terminating();
+    QCoreApplication::quit();
+}
+
+void TrayController::commitData(QSessionManager& manager) {
+    // Without interaction allowed the session ends regardless; nothing can be asked.
+    if (!manager.allowsInteraction())
+        return;
+    if (allowSessionEnd())
+        manager.release(); // done asking; the session may end
+    else
+        manager.cancel(); // "Run in Background" or "Cancel": the log-out is refused
+}
+
+bool TrayController::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_statusMenu.get() && event->type() == QEvent::KeyPress) {
+        const auto* press = static_cast<QKeyEvent*>(event);
+        const QKeySequence pressed(press->keyCombination());
+        const QList<QAction*> actions = m_statusMenu->actions();
+        for (QAction* action : actions) {
+            if (!action->shortcut().isEmpty() && action->shortcut() == pressed) {
+                m_statusMenu->hide();
+                action->trigger();
+                return true;
+            }
+        }
+    }
+    if (watched == qApp && event->type() == QEvent::Quit) {
+        if (applicationShouldTerminate() != QuitConfirmation::TerminateReply::Now) {
+            event->ignore();
+            return true; // refused: the application keeps running
+        }
+    }
+    return QObject::eventFilter(watched, event);
+}

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "ActivationPolicy.h"
+#include "QuitConfirmation.h"
+#include "ShellWindows.h"
+
+#include <QObject>
+#include <memory>
+
+class Autostart;
+class AutostartPreferences;
+class QAction;
+class QMainWindow;
+class QMenu;
+class QSessionManager;
+class QSystemTrayIcon;
+
+// Everything the user reaches around the main window: the "Typolet" application menu, the
+// tray icon with its menu, the Preferences and About windows, and the question that stands
+// in front of every way of quitting.
+//
+// Quitting: every termination request (the two Quit entries, Ctrl+Q, a quit request from the
+// desktop, the end of the session) goes through applicationShouldTerminate(), which asks the
+// quit question. Only "Quit" ends the program; "Run in Background" hides every window and
+// leaves the tray icon and the engine running; "Cancel" leaves everything as it was. Closing
+// the main window does not quit either.
+class TrayController : public QObject {
+    Q_OBJECT
+public:
+    TrayController(Autostart& autostart, AutostartPreferences& preferences,
+                QObject* parent = nullptr);
+    ~TrayController() override;
+
+    // The launch steps, once the main window exists: regular presentation, the application
+    // menu on `mainWindow`'s menu bar, the tray icon. The delegate does not keep `mainWindow`.
+    void applicationDidFinishLaunching(QMainWindow* mainWindow);
+
+    // Asks the quit question and acts on it; Now means the program may end.
+    QuitConfirmation::TerminateReply applicationShouldTerminate();
+
+    // Menu actions.
+    void showPreferences();
+    void openApp(); // brings every window forward, back in regular presentation
+    void quitApp(); // a termination request, as from "Quit Typolet"
+    void showAbout();
+
+    // The tray icon; null when the desktop offers no system tray.
+    QSystemTrayIcon* statusItem() const { return m_statusItem.get(); }
+    QWidget* preferencesWindow() const { return m_windows.preferencesWindow(); }
+    QWidget* aboutWindow() const { return m_windows.aboutWindow(); }
+    ShellWindows& windows() { return m_windows; }
+    ActivationPolicy& activationPolicy() { return m_policy; }
+
+    // The menus, built at launch (the tray menu exists even without a tray, so it can be
+    // inspected).
+    QMenu* applicationMenu() const { return m_applicationMenu; }
+    QMenu* statusMenu() const { return m_statusMenu.get(); }
+
+    // Whether the session may end now (asks the quit question). Used for the session
+    // manager's request at log-out.
+    bool allowSessionEnd();
+
+    // Ends the program without asking, for requests nobody can answer (SIGTERM from a
+    // service manager or a shutdown script, Ctrl+C in a terminal).
+    void terminateWithoutAsking();
+
+signals:
+    // The quit question was answered "Quit": the program is about to end.
+    void terminating();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void setupMainMenu(QMainWindow* mainWindow);
+    void setupStatusItem();
+    void popUpStatusMenu();
+    void commitData(QSessionManager& manager);
+
+    ActivationPolicy m_policy;
+    QuitConfirmation m_confirmation;
+    ShellWindows m_windows;
+    std::unique_ptr<QSystemTrayIcon> m_statusItem;
+    std::unique_ptr<QMenu> m_statusMenu;
+    QMenu* m_applicationMenu = nullptr; // owned by the main window's menu bar
+    bool m_asking = false;
+    bool m_terminationApproved = false;
+};

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QList>
+#include <QMetaType>
+#include <QString>
+#include <QUuid>
+
+// One snippet: typing `command` replaces it with `content`. A value record; two snippets are
+// the same snippet exactly when their ids are equal, whatever else differs.
+struct Snippet {
+    QUuid id;
+    QString command;
+    QString content;
+    double createdAt = 0; // seconds since 2001-01-01 UTC (see Timestamp)
+    QUuid categoryId;
+
+    Snippet() = default;
+    Snippet(QUuid id, QString command, QString content, double createdAt, QUuid categoryId);
+
+    // A new snippet with a fresh random id, created now.
+    static Snippet create(QString command, QString content, QUuid categoryId);
+
+    friend bool operator==(const Snippet& a, const Snippet& b) { return a.id == b.id; }
+};
+
+size_t qHash(const Snippet& snippet, size_t seed = 0) noexcept;
+
+Q_DECLARE_METATYPE(Snippet)

@@ -1,0 +1,247 @@
+#include "SnippetStore.h"
+
+#include "Logging.h"
+#include "RecordCodec.h"
+#include "SettingsFile.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QSettings>
+#include <QVariant>
+
+
+SnippetStore::SnippetStore(const QString& settingsFile, QObject* parent)
+    : QObject(parent),
+      m_settings(SettingsFile::open(settingsFile)) {
+    loadCategories();
+    loadSnippets();
+    for (const CategoryRef& category : std::as_const(m_categories)) {
+        if (category->id() == Category::defaultCategoryId)
+            return;
+    }
+    QList<CategoryRef> categories = m_categories;
+    categories.append(defaultCategory());
+    setCategories(std::move(categories));
+    saveCategories();
+}
+
+SnippetStore::~SnippetStore() = default;
+
+QString SnippetStore::settingsPath() const { return m_settings->fileName(); }
+
+void SnippetStore::setSnippets(QList<Snippet> snippets) {
+    m_snippets = std::move(snippets);
+    ++m_snippetsRevision;
+    emit snippetsChanged();
+}
+
+bool SnippetStore::isBlankCommand(const QString& command) {
+    return command.trimmed().isEmpty();
+}
+
+void SnippetStore::appendSnippet(const Snippet& snippet) {
+    if (isBlankCommand(snippet.command)) {
+        qCWarning(lcStore).noquote() << QStringLiteral("Refused a snippet with a blank command");
+        return;
+    }
+    m_snippets.append(snippet);
+    ++m_snippetsRevision;
+    emit snippetsChanged();
+}
+
+std::optional<DataError> SnippetStore::commandError(const QString& command,
+                                                           const QUuid& snippetId) const {
+    if (isBlankCommand(command))
+        return DataError::blankCommand();
+    for (const Snippet& other : m_snippets) {
+        if (other.command == command && other.id != snippetId)
+            return DataError::duplicateCommand();
+    }
+    return std::nullopt;
+}
+
+std::optional<DataError> SnippetStore::addSnippet(const Snippet& snippet) {
+    if (const auto error = commandError(snippet.command, snippet.id))
+        return error;
+    appendSnippet(snippet);
+    return saved(saveSnippets());
+}
+
+std::optional<DataError> SnippetStore::removeSnippet(const QUuid& id) {
+    if (m_snippets.removeIf([&](const Snippet& s) { return s.id == id; }) == 0)
+        return std::nullopt;
+    ++m_snippetsRevision;
+    emit snippetsChanged();
+    return saved(saveSnippets());
+}
+
+std::optional<DataError> SnippetStore::saved(const std::optional<QString>& saveError) {
+    return saveError ? std::optional(DataError::notSaved(*saveError)) : std::nullopt;
+}
+
+void SnippetStore::setCategories(QList<CategoryRef> categories) {
+    m_categories = std::move(categories);
+    emit categoriesChanged();
+}
+
+CategoryRef SnippetStore::category(const QUuid& id) const {
+    for (const CategoryRef& category : m_categories) {
+        if (category->id() == id)
+            return category;
+    }
+    return {};
+}
+
+bool SnippetStore::isDuplicateCategoryName(const QString& name,
+                                                  std::optional<QUuid> excluding) const {
+    // Full Unicode lower-casing, no trimming: "Work" clashes with "work", not with " Work".
+    const QString candidate = name.toLower();
+    for (const CategoryRef& category : m_categories) {
+        if (excluding && category->id() == *excluding)
+            continue;
+        if (category->name().toLower() == candidate)
+            return true;
+    }
+    return false;
+}
+
+std::optional<DataError> SnippetStore::addCategory(const QString& name) {
+    if (isDuplicateCategoryName(name, std::nullopt))
+        return DataError::duplicateCategoryName();
+    QList<CategoryRef> categories = m_categories;
+    categories.append(Category::create(name));
+    setCategories(std::move(categories));
+    return saved(saveCategories());
+}
+
+std::optional<DataError> SnippetStore::updateCategory(const Category& category,
+                                                             const QString& newName) {
+    if (isDuplicateCategoryName(newName, category.id()))
+        return DataError::duplicateCategoryName();
+    const auto found = std::find_if(m_categories.cbegin(), m_categories.cend(),
+                                    [&](const CategoryRef& c) { return c->id() == category.id(); });
+    if (found == m_categories.cend())
+        return std::nullopt;
+    // A new object rather than a rename in place: holders of the old object keep what they had.
+    QList<CategoryRef> categories = m_categories;
+    categories[found - m_categories.cbegin()] =
+        CategoryRef::create(category.id(), newName, category.createdAt());
+    setCategories(std::move(categories));
+    return saved(saveCategories());
+}
+
+std::optional<DataError> SnippetStore::deleteCategory(const Category& category) {
+    const QUuid id = category.id(); // `category` may be one of the objects removed below
+    if (id == Category::defaultCategoryId)
+        return std::nullopt;
+    QList<Snippet> snippets = m_snippets;
+    snippets.removeIf([&](const Snippet& s) { return s.categoryId == id; });
+    setSnippets(std::move(snippets));
+    QList<CategoryRef> categories = m_categories;
+    categories.removeIf([&](const CategoryRef& c) { return c->id() == id; });
+    setCategories(std::move(categories));
+    // One write carries both lists when the first fails (see write()).
+    const std::optional<QString> categoriesError = saveCategories();
+    const std::optional<QString> snippetsError = saveSnippets();
+    return saved(snippetsError ? snippetsError : categoriesError);
+}
+
+std::optional<DataError> SnippetStore::updateSnippet(const Snippet& snippet,
+                                                             const QString& command,
+                                                             const QString& content,
+                                                             std::optional<QUuid> categoryId) {
+    if (const auto error = commandError(command, snippet.id))
+        return error;
+    const auto found = std::find_if(m_snippets.cbegin(), m_snippets.cend(),
+                                    [&](const Snippet& s) { return s.id == snippet.id; });
+    if (found == m_snippets.cend())
+        return std::nullopt;
+    const qsizetype index = found - m_snippets.cbegin();
+    m_snippets[index] = Snippet(snippet.id, command, content, snippet.createdAt,
+                                  categoryId.value_or(snippet.categoryId));
+    ++m_snippetsRevision;
+    emit snippetsChanged();
+    return saved(saveSnippets());
+}
+
+std::optional<QString> SnippetStore::write(const char* key, const QByteArray& data) {
+    // A list whose last save failed goes out again with this one.
+    m_unsaved.insert(QLatin1String(key), data);
+    const std::optional<QString> error = SettingsFile::save(*m_settings, m_unsaved);
+    if (!error) {
+        m_unsaved.clear();
+        return std::nullopt;
+    }
+    const QString message = QStringLiteral("Could not save %1 to %2: %3")
+                                .arg(QStringList(m_unsaved.keys()).join(QStringLiteral(" and ")),
+                                     settingsPath(), *error);
+    qCWarning(lcStore).noquote() << message;
+    emit saveFailed(message);
+    return message;
+}
+
+std::optional<QString> SnippetStore::saveSnippets() {
+    const auto data = m_snippetEncoder.encode(m_snippets);
+    if (!data)
+        return std::nullopt;
+    std::optional<QString> error = write(snippetsKey, *data);
+    // Observers run after the action that saved has finished; the list they get is the one
+    // current at delivery.
+    QMetaObject::invokeMethod(
+        this, [this] { emit snippetsSaved(m_snippets); }, Qt::QueuedConnection);
+    return error;
+}
+
+std::optional<QString> SnippetStore::saveCategories() {
+    const auto data = RecordCodec::encodeCategories(m_categories);
+    if (!data)
+        return std::nullopt;
+    return write(categoriesKey, *data);
+}
+
+void SnippetStore::loadSnippets() {
+    const QVariant value = m_settings->value(QLatin1String(snippetsKey));
+    if (!value.isValid())
+        return;
+    int unreadable = 0;
+    auto snippets = value.typeId() == QMetaType::QByteArray
+                         ? RecordCodec::decodeSnippets(value.toByteArray(), &unreadable)
+                         : std::nullopt;
+    if (!snippets || unreadable > 0)
+        noteUnreadable(QLatin1String(snippetsKey), snippets ? unreadable : -1);
+    if (snippets)
+        setSnippets(std::move(*snippets));
+}
+
+void SnippetStore::loadCategories() {
+    const QVariant value = m_settings->value(QLatin1String(categoriesKey));
+    if (!value.isValid())
+        return;
+    int unreadable = 0;
+    auto categories = value.typeId() == QMetaType::QByteArray
+                          ? RecordCodec::decodeCategories(value.toByteArray(), &unreadable)
+                          : std::nullopt;
+    if (!categories || unreadable > 0)
+        noteUnreadable(QLatin1String(categoriesKey), categories ? unreadable : -1);
+    if (categories)
+        setCategories(std::move(*categories));
+}
+
+void SnippetStore::noteUnreadable(const QString& key, int records) {
+    m_unreadableRecords += std::max(records, 1);
+    const QString what = records < 0 ? QStringLiteral("none of the %1 could be read").arg(key)
+                                     : QStringLiteral("%1 of the %2 could not be read")
+                                           .arg(records)
+                                           .arg(key);
+    // The next save rewrites the file: first keep it as it is, once, beside it.
+    if (m_backupPath.isEmpty()) {
+        const QString backup = settingsPath() + QStringLiteral(".unreadable-") +
+                               QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+        if (QFile::copy(settingsPath(), backup))
+            m_backupPath = backup;
+    }
+    qCWarning(lcStore).noquote() << QStringLiteral("In %1 %2; the file as it was is kept in %3")
+                                        .arg(settingsPath(), what,
+                                             m_backupPath.isEmpty() ? QStringLiteral("(no copy could be made)")
+                                                                    : m_backupPath);
+}

@@ -1,0 +1,109 @@
+#pragma once
+
+#include "Category.h"
+#include "DataError.h"
+#include "Snippet.h"
+#include "SnippetListEncoder.h"
+
+#include <QList>
+#include <QMap>
+#include <QVariant>
+#include <QObject>
+#include <memory>
+#include <optional>
+
+class QSettings;
+
+// The single owner of the snippet and category lists. Loads both from the user's settings
+// file when created, guarantees the default category, validates category names, writes a
+// list back after every change and announces every snippet save with snippetsSaved().
+//
+// Lists keep their stored order and are scanned from the front: the record with a given id is
+// always the first one with that id.
+class SnippetStore : public QObject {
+    Q_OBJECT
+public:
+    // A store over the given settings file (tests use their own); an empty path means the
+    // user's standard $XDG_CONFIG_HOME/Typolet/Typolet.conf. Loads at once.
+    explicit SnippetStore(const QString& settingsFile = {}, QObject* parent = nullptr);
+    ~SnippetStore() override;
+
+    const QList<Snippet>& snippets() const { return m_snippets; }
+    const QList<CategoryRef>& categories() const { return m_categories; }
+
+    // Bumped on every change to snippets(), so derived indexes know when to rebuild.
+    quint64 snippetsRevision() const { return m_snippetsRevision; }
+
+    // The changes the windows make. Each checks the change, makes it, saves, and returns why
+    // it was refused (nothing changed) or could not be saved (the change stays in memory and
+    // goes out with the next save). A command must not be blank (it would expand on every key)
+    // nor another snippet's; a category name must not be another category's, ignoring case.
+    [[nodiscard]] std::optional<DataError> addSnippet(const Snippet& snippet);
+    [[nodiscard]] std::optional<DataError> updateSnippet(const Snippet& snippet,
+                                                          const QString& command,
+                                                          const QString& content,
+                                                          std::optional<QUuid> categoryId = std::nullopt);
+    // Every snippet with that id.
+    [[nodiscard]] std::optional<DataError> removeSnippet(const QUuid& id);
+    [[nodiscard]] std::optional<DataError> addCategory(const QString& name);
+    [[nodiscard]] std::optional<DataError> updateCategory(const Category& category,
+                                                          const QString& newName);
+    // The category and its snippets; the default category stays.
+    [[nodiscard]] std::optional<DataError> deleteCategory(const Category& category);
+
+    // Direct changes to the snippet list for loading many at once (and for tests); they are
+    // not saved until saveSnippets(). Appending a snippet with a blank command is refused.
+    void setSnippets(QList<Snippet> snippets);
+    void appendSnippet(const Snippet& snippet);
+
+    // Write a list; return why it could not be saved (also announced with saveFailed()).
+    std::optional<QString> saveSnippets();
+    std::optional<QString> saveCategories();
+
+    // Only blanks, or nothing: never a command.
+    static bool isBlankCommand(const QString& command);
+    void loadSnippets();
+    void loadCategories();
+
+    static CategoryRef defaultCategory() { return Category::defaultCategory(); }
+
+    // The first category with this id, or null.
+    CategoryRef category(const QUuid& id) const;
+
+    // Where the lists are kept on disk.
+    QString settingsPath() const;
+
+    // Records in the file that could not be read when it was loaded (a list that could not be
+    // read at all counts as one), and the copy of the file as it was before anything rewrote it.
+    int unreadableRecords() const { return m_unreadableRecords; }
+    QString backupPath() const { return m_backupPath; }
+
+    static constexpr const char* snippetsKey = "Shortcuts";
+    static constexpr const char* categoriesKey = "Categories";
+
+signals:
+    void snippetsChanged();
+    void categoriesChanged();
+    // A write reached no disk; the in-memory lists keep the change.
+    void saveFailed(const QString& message);
+    // After each snippet save, once the action that saved has finished; carries the list
+    // current at delivery.
+    void snippetsSaved(const QList<Snippet>& snippets);
+
+private:
+    std::optional<DataError> commandError(const QString& command, const QUuid& snippetId) const;
+    static std::optional<DataError> saved(const std::optional<QString>& saveError);
+    bool isDuplicateCategoryName(const QString& name, std::optional<QUuid> excluding) const;
+    void setCategories(QList<CategoryRef> categories);
+    std::optional<QString> write(const char* key, const QByteArray& data);
+    void noteUnreadable(const QString& key, int records);
+
+    std::unique_ptr<QSettings> m_settings;
+    QMap<QString, QVariant> m_unsaved; // keys whose last save failed, with their new value
+    int m_unreadableRecords = 0;
+    QString m_backupPath;
+    QList<Snippet> m_snippets;
+    QList<CategoryRef> m_categories;
+    quint64 m_snippetsRevision = 0;
+    SnippetListEncoder m_snippetEncoder;
+};

@@ -1,0 +1,285 @@
+#include "SnippetDetailView.h"
+
+#include "CustomTextEditor.h"
+#include "FormBand.h"
+#include "FormParts.h"
+#include "InputFieldFrame.h"
+#include "PlainButton.h"
+#include "SnippetStore.h"
+#include "ToastView.h"
+#include "UiTheme.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPropertyAnimation>
+#include <QPushButton>
+#include <QShortcut>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <limits>
+
+namespace {
+constexpr int toastTop = 20;
+}
+
+SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet,
+                                       UpdateHandler onUpdate, DeleteHandler onDelete,
+                                       QWidget* parent)
+    : QWidget(parent), m_store(store), m_snippetId(snippet.id),
+      m_onUpdate(std::move(onUpdate)), m_onDelete(std::move(onDelete)) {
+    setObjectName(QStringLiteral("shortcutDetailView"));
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+
+    // Toolbar: Save, then Delete, at the right.
+    auto* toolbar = new FormBand(this);
+    auto* toolbarRow = new QHBoxLayout(toolbar);
+    toolbarRow->setContentsMargins(16, 12, 16, 12);
+    toolbarRow->setSpacing(8);
+    toolbarRow->addStretch();
+    m_saveButton =
+        FormParts::primaryButton(QStringLiteral("square.and.arrow.down.fill"),
+                                 tr("Save"), 4, toolbar, QMargins(0, 6, 0, 6), 80);
+    m_saveButton->setObjectName(QStringLiteral("saveButton"));
+    m_saveButton->setToolTip(tr("Save Changes"));
+    toolbarRow->addWidget(m_saveButton);
+    m_deleteButton =
+        new PlainButton(QStringLiteral("trash.circle.fill"), tr("Delete"), toolbar);
+    m_deleteButton->setObjectName(QStringLiteral("deleteButton"));
+    m_deleteButton->setFont(UiTheme::system(14));
+    m_deleteButton->setSymbolSize(14);
+    m_deleteButton->setSpacing(4);
+    m_deleteButton->setPadding(QMargins(0, 6, 0, 6));
+    m_deleteButton->setMinimumWidth(80);
+    m_deleteButton->setColor(UiTheme::red());
+    m_deleteButton->setToolTip(tr("Delete Snippet"));
+    toolbarRow->addWidget(m_deleteButton);
+    column->addWidget(toolbar);
+
+    // Form
+    auto* form = new QVBoxLayout();
+    form->setContentsMargins(24, 20, 24, 20);
+    form->setSpacing(24);
+
+    auto* commandSection = new QVBoxLayout();
+    commandSection->setSpacing(6);
+    commandSection->addWidget(
+        FormParts::secondaryText(tr("Command"), UiTheme::subheadline(), this));
+    m_commandField = new QLineEdit(this);
+    m_commandField->setObjectName(QStringLiteral("commandField"));
+    m_commandField->setPlaceholderText(tr("Command"));
+    // QLineEdit stops at 32767 characters by default; saving must never cut a command.
+    m_commandField->setMaxLength(std::numeric_limits<int>::max());
+    m_commandField->setAccessibleName(tr("Command"));
+    m_commandField->setFont(UiTheme::body());
+    commandSection->addWidget(m_commandField);
+    m_duplicateError = FormParts::coloredText(tr("This command already exists"),
+                                              UiTheme::caption(), UiTheme::red(), this);
+    m_duplicateError->setObjectName(QStringLiteral("duplicateError"));
+    m_duplicateError->setVisible(false);
+    commandSection->addWidget(m_duplicateError);
+    form->addLayout(commandSection);
+
+    auto* contentSection = new QVBoxLayout();
+    contentSection->setSpacing(6);
+    contentSection->addWidget(
+        FormParts::secondaryText(tr("Content"), UiTheme::subheadline(), this));
+    auto* contentFrame = new InputFieldFrame(6, 8, this);
+    m_contentEditor = new CustomTextEditor(contentFrame);
+    m_contentEditor->setObjectName(QStringLiteral("contentEditor"));
+    m_contentEditor->setFont(UiTheme::system(13));
+    contentFrame->row()->addWidget(m_contentEditor);
+    contentSection->addWidget(contentFrame, 1);
+    m_cutContentNote = FormParts::secondaryText(QString(), UiTheme::caption(), this);
+    m_cutContentNote->setObjectName(QStringLiteral("cutContentNote"));
+    m_cutContentNote->setWordWrap(true);
+    m_cutContentNote->setVisible(false);
+    contentSection->addWidget(m_cutContentNote);
+    form->addLayout(contentSection, 1);
+    column->addLayout(form, 1);
+
+    // The toast floats above everything, at the top centre.
+    m_toast = new ToastView(tr(toastMessage), this);
+    m_toast->hide();
+    m_toastAnimation = new QPropertyAnimation(m_toast, "pos", this);
+    m_toastAnimation->setDuration(300);
+    connect(m_toastAnimation, &QPropertyAnimation::finished, this, [this] {
+        if (!m_showingToast)
+            m_toast->hide();
+    });
+
+    connect(m_saveButton, &QAbstractButton::clicked, this, &SnippetDetailView::save);
+    connect(m_deleteButton, &QAbstractButton::clicked, this, [this] {
+        if (m_onDelete)
+            m_onDelete();
+    });
+    for (const QKeySequence& keys :
+         {QKeySequence(Qt::CTRL | Qt::Key_Return), QKeySequence(Qt::CTRL | Qt::Key_Enter)}) {
+        // Window-wide, like a key equivalent: wherever the keyboard is in the window, the
+        // pane's Save answers it (only while the pane is shown and Save is enabled).
+        auto* binding = new QShortcut(keys, this);
+        binding->setContext(Qt::WindowShortcut);
+        connect(binding, &QShortcut::activated, this, [this] {
+            if (m_saveButton->isEnabled())
+                save();
+        });
+    }
+    connect(m_commandField, &QLineEdit::textChanged, this, [this] {
+        if (m_loading)
+            return;
+        setEdited(true);
+        setShowingDuplicateError(false);
+    });
+    connect(m_contentEditor, &CustomTextEditor::textEdited, this, [this] {
+        if (!m_loading)
+            setEdited(true);
+    });
+
+    // The texts as given, then as stored (they differ when the snippet changed meanwhile).
+    m_commandField->setText(snippet.command);
+    showContent(snippet.content);
+    load();
+    setEdited(false);
+}
+
+QString SnippetDetailView::command() const {
+    return m_commandField->text();
+}
+QString SnippetDetailView::content() const {
+    return m_cutContent ? *m_cutContent : m_contentEditor->text();
+}
+
+void SnippetDetailView::setShortcut(const Snippet& snippet) {
+    if (snippet.id == m_snippetId)
+        return;
+    m_snippetId = snippet.id;
+    reload();
+}
+
+void SnippetDetailView::load() {
+    for (const Snippet& stored : m_store.snippets()) {
+        if (stored.id != m_snippetId)
+            continue;
+        // Loading is not an edit: Save stays as it is.
+        m_loading = true;
+        m_commandField->setText(stored.command);
+        m_commandField->setCursorPosition(0);
+        showContent(stored.content);
+        m_loading = false;
+        return;
+    }
+}
+
+bool SnippetDetailView::isEditable(const QString& content) {
+    if (content.size() > editableContentLimit)
+        return false;
+    qsizetype lineStart = 0;
+    for (qsizetype i = 0; i < content.size(); ++i) {
+        const QChar c = content.at(i);
+        if (c == u'\n' || c == u'\r' || c == QChar::LineSeparator || c == QChar::ParagraphSeparator)
+            lineStart = i + 1;
+        else if (i - lineStart >= editableLineLimit)
+            return false;
+    }
+    return true;
+}
+
+void SnippetDetailView::showContent(const QString& content) {
+    if (isEditable(content)) {
+        m_cutContent.reset();
+        m_contentEditor->setReadOnly(false);
+        m_contentEditor->setText(content);
+        m_cutContentNote->setVisible(false);
+        return;
+    }
+    m_cutContent = content;
+    qsizetype shown = editableLineLimit;
+    if (content.at(shown - 1).isHighSurrogate())
+        --shown; // never half a character
+    m_contentEditor->setReadOnly(true);
+    m_contentEditor->setText(content.left(shown));
+    m_cutContentNote->setText(
+        tr("This content is %L1 characters long. The editor shows the first %L2 and cannot "
+           "change it; the command can still be changed and saved.")
+            .arg(content.size())
+            .arg(shown));
+    m_cutContentNote->setVisible(true);
+}
+
+void SnippetDetailView::reload() {
+    load();
+    setEdited(false);
+    setShowingDuplicateError(false);
+}
+
+void SnippetDetailView::setEdited(bool edited) {
+    m_isEdited = edited;
+    m_saveButton->setEnabled(edited);
+}
+
+void SnippetDetailView::setShowingDuplicateError(bool showing) {
+    m_showingDuplicateError = showing;
+    m_duplicateError->setVisible(showing);
+}
+
+void SnippetDetailView::save() {
+    const QString command = this->command();
+    const QString content = this->content();
+    const QList<Snippet>& snippets = m_store.snippets();
+    const auto stored = std::find_if(snippets.cbegin(), snippets.cend(),
+                                     [&](const Snippet& s) { return s.id == m_snippetId; });
+    if (stored == snippets.cend())
+        return; // deleted meanwhile; nothing to save into
+    const Snippet original = *stored;
+    const std::optional<DataError> error = m_store.updateSnippet(original, command, content);
+    if (FormParts::refused(error, this)) {
+        m_duplicateError->setText(error->description());
+        setShowingDuplicateError(true);
+        return;
+    }
+    if (m_onUpdate)
+        m_onUpdate(command, content);
+    setEdited(false);
+    setShowingToast(true);
+    // Each save schedules its own hide; an earlier save's hide may end a later toast early,
+    // which is fine for a confirmation that only says "it worked".
+    QTimer::singleShot(int(toastDuration * 1000), this, [this] { setShowingToast(false); });
+}
+
+void SnippetDetailView::setShowingToast(bool showing) {
+    if (m_showingToast == showing)
+        return;
+    m_showingToast = showing;
+    placeToast(showing);
+    emit toastVisibilityChanged(showing);
+}
+
+void SnippetDetailView::placeToast(bool shown) {
+    m_toast->adjustSize();
+    const int x = (width() - m_toast->width()) / 2;
+    const QPoint visible(x, toastTop - ToastView::shadowMargin);
+    const QPoint above(x, -m_toast->height());
+    m_toastAnimation->stop();
+    if (shown) {
+        m_toast->move(above);
+        m_toast->show();
+        m_toast->raise();
+        m_toastAnimation->setEasingCurve(QEasingCurve::OutBack);
+        m_toastAnimation->setStartValue(above);
+        m_toastAnimation->setEndValue(visible);
+    } else {
+        m_toastAnimation->setEasingCurve(QEasingCurve::InCubic);
+        m_toastAnimation->setStartValue(m_toast->pos());
+        m_toastAnimation->setEndValue(above);
+    }
+    m_toastAnimation->start();
+}
+
+void SnippetDetailView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    if (m_showingToast && m_toastAnimation->state() != QAbstractAnimation::Running)
+        m_toast->move((width() - m_toast->width()) / 2, toastTop - ToastView::shadowMargin);
+}

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "Snippet.h"
+
+#include <QUuid>
+#include <QWidget>
+#include <functional>
+#include <optional>
+
+class CustomTextEditor;
+class PlainButton;
+class QLabel;
+class QLineEdit;
+class QPropertyAnimation;
+class QPushButton;
+class SnippetStore;
+class ToastView;
+
+// The right-hand pane for the selected snippet: its command and content in editable fields,
+// "Save" (enabled once either text has been changed; Ctrl+Return) and "Delete" (handed back
+// to the window, which asks for confirmation). A save is refused with "This command already
+// exists" when another snippet uses the same command exactly; the snippet's own command never
+// counts. A successful save shows "Changes saved successfully!" for two seconds.
+class SnippetDetailView : public QWidget {
+    Q_OBJECT
+public:
+    using UpdateHandler = std::function<void(const QString& command, const QString& content)>;
+    using DeleteHandler = std::function<void()>;
+
+    static constexpr double toastDuration = 2.0; // seconds
+    // Longer contents, or contents with a longer line, are shown in part and cannot be edited
+    // here: laying out megabytes of text, or one line of a few hundred thousand characters,
+    // would freeze the window (and the engine with it) for seconds.
+    static constexpr qsizetype editableContentLimit = 1000000;
+    static constexpr qsizetype editableLineLimit = 20000;
+    static constexpr const char* toastMessage = QT_TR_NOOP("Changes saved successfully!");
+
+    SnippetDetailView(SnippetStore& store, const Snippet& snippet,
+                       UpdateHandler onUpdate, DeleteHandler onDelete, QWidget* parent = nullptr);
+
+    // Shows another snippet. Edits not yet saved are dropped: the texts come from the store.
+    // Showing the snippet already shown changes nothing.
+    void setShortcut(const Snippet& snippet);
+
+    QUuid snippetId() const { return m_snippetId; }
+    QString command() const;
+    QString content() const;
+    bool isEdited() const { return m_isEdited; }
+    bool showingDuplicateError() const { return m_showingDuplicateError; }
+    bool showingToast() const { return m_showingToast; }
+    // The content is longer than the editor takes: it shows the start, read-only.
+    bool contentIsCut() const { return m_cutContent.has_value(); }
+
+    QLineEdit* commandField() const { return m_commandField; }
+    CustomTextEditor* contentEditor() const { return m_contentEditor; }
+    QPushButton* saveButton() const { return m_saveButton; }
+    PlainButton* deleteButton() const { return m_deleteButton; }
+    ToastView* toast() const { return m_toast; }
+
+    void save();
+
+signals:
+    // The toast appeared or went away.
+    void toastVisibilityChanged(bool showing);
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void load();
+    void showContent(const QString& content);
+    static bool isEditable(const QString& content);
+    void reload();
+    void setEdited(bool edited);
+    void setShowingDuplicateError(bool showing);
+    void setShowingToast(bool showing);
+    void placeToast(bool shown);
+
+    SnippetStore& m_store;
+    QUuid m_snippetId;
+    UpdateHandler m_onUpdate;
+    DeleteHandler m_onDelete;
+    bool m_isEdited = false;
+    bool m_showingDuplicateError = false;
+    bool m_showingToast = false;
+    bool m_loading = false;
+
+    QLineEdit* m_commandField;
+    QLabel* m_duplicateError;
+    CustomTextEditor* m_contentEditor;
+    QLabel* m_cutContentNote;
+    // The whole stored content while the editor shows only its start.
+    std::optional<QString> m_cutContent;
+    QPushButton* m_saveButton;
+    PlainButton* m_deleteButton;
+    ToastView* m_toast;
+    QPropertyAnimation* m_toastAnimation;
+};

@@ -1,0 +1,45 @@
+#include "SnippetListModel.h"
+
+#include "SnippetStore.h"
+
+SnippetListModel::SnippetListModel(SnippetStore& store, QObject* parent)
+    : QAbstractListModel(parent), m_store(store), m_snippets(store.snippets()) {
+    connect(&m_store, &SnippetStore::snippetsChanged, this, [this] {
+        beginResetModel();
+        m_snippets = m_store.snippets();
+        endResetModel();
+    });
+}
+
+int SnippetListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : int(m_snippets.size());
+}
+
+QVariant SnippetListModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid() || index.row() >= m_snippets.size())
+        return {};
+    const Snippet& snippet = m_snippets.at(index.row());
+    switch (role) {
+    case Qt::DisplayRole:
+    case CommandRole:
+        return snippet.command;
+    case Qt::AccessibleTextRole:
+        return snippet.command;
+    case ContentRole:
+        return snippet.content;
+    case IdRole:
+        return snippet.id;
+    case CategoryIdRole:
+        return snippet.categoryId;
+    default:
+        return {};
+    }
+}
+
+int SnippetListModel::rowOf(const QUuid& id) const {
+    for (int row = 0; row < m_snippets.size(); ++row) {
+        if (m_snippets.at(row).id == id)
+            return row;
+    }
+    return -1;
+}

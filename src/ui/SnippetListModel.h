@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Snippet.h"
+
+#include <QAbstractListModel>
+
+class SnippetStore;
+
+// Every snippet of the store, in stored order. Any change of the store's list resets the
+// model; the list is shared with the store (copy on write), so a reset costs no copy.
+class SnippetListModel : public QAbstractListModel {
+    Q_OBJECT
+public:
+    enum Role { IdRole = Qt::UserRole + 1, CommandRole, ContentRole, CategoryIdRole };
+
+    explicit SnippetListModel(SnippetStore& store, QObject* parent = nullptr);
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+
+    const Snippet& snippetAt(int row) const { return m_snippets.at(row); }
+    int rowOf(const QUuid& id) const; // -1 when absent
+
+private:
+    SnippetStore& m_store;
+    QList<Snippet> m_snippets;
+};

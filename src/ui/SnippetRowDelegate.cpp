@@ -1,0 +1,114 @@
+#include "SnippetRowDelegate.h"
+
+#include "ElidedLabel.h"
+#include "SnippetListModel.h"
+#include "SymbolImage.h"
+#include "UiTheme.h"
+
+#include <QAbstractItemView>
+#include <QHelpEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <QToolTip>
+
+SnippetRowDelegate::SnippetRowDelegate(DeleteHandler onDelete, QObject* parent)
+    : QStyledItemDelegate(parent), m_onDelete(std::move(onDelete)) {}
+
+QRect SnippetRowDelegate::trashRect(const QRect& rowRect) {
+    return QRect(rowRect.right() - horizontalPadding - trashSize + 1,
+                 rowRect.center().y() - trashSize / 2, trashSize, trashSize);
+}
+
+QSize SnippetRowDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const {
+    const int height = QFontMetrics(UiTheme::headline()).height() +
+                       QFontMetrics(UiTheme::subheadline()).height() + 2 +
+                       2 * (verticalPadding + 4);
+    return QSize(200, height);
+}
+
+void SnippetRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                            const QModelIndex& index) const {
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    const QRect row = option.rect;
+    const bool selected = option.state & QStyle::State_Selected;
+    const QWidget* widget = option.widget;
+    if (selected) {
+        QPainterPath shape;
+        shape.addRoundedRect(QRectF(row).adjusted(6, 1, -6, -1), 6, 6);
+        painter->fillPath(shape, UiTheme::accent(widget));
+    } else if (option.state & QStyle::State_MouseOver) {
+        QPainterPath shape;
+        shape.addRoundedRect(QRectF(row).adjusted(6, 1, -6, -1), 6, 6);
+        QColor hover = option.palette.color(QPalette::WindowText);
+        hover.setAlphaF(0.05f);
+        painter->fillPath(shape, hover);
+    }
+
+    const QRect trash = trashRect(row);
+    const QRect text(row.left() + horizontalPadding, row.top() + verticalPadding + 4,
+                     trash.left() - 8 - (row.left() + horizontalPadding),
+                     row.height() - 2 * (verticalPadding + 4));
+    const QColor primary = selected
+                               ? option.palette.color(QPalette::Active, QPalette::HighlightedText)
+                               : option.palette.color(QPalette::Text);
+    QColor secondary = selected ? primary : QColor(Qt::gray);
+    if (selected)
+        secondary.setAlphaF(0.8f);
+
+    const QFont headline = UiTheme::headline();
+    const QFont subheadline = UiTheme::subheadline();
+    const QFontMetrics headlineMetrics(headline);
+    const QFontMetrics subheadlineMetrics(subheadline);
+    const QString command =
+        ElidedLabel::oneLine(index.data(SnippetListModel::CommandRole).toString());
+    const QString content =
+        ElidedLabel::oneLine(index.data(SnippetListModel::ContentRole).toString());
+
+    painter->setFont(headline);
+    painter->setPen(primary);
+    const QRect commandRect(text.left(), text.top(), text.width(), headlineMetrics.height());
+    painter->drawText(commandRect, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+                      headlineMetrics.elidedText(command, Qt::ElideRight, text.width()));
+    painter->setFont(subheadline);
+    painter->setPen(secondary);
+    const QRect contentRect(text.left(), commandRect.bottom() + 3, text.width(),
+                            subheadlineMetrics.height());
+    painter->drawText(contentRect, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+                      subheadlineMetrics.elidedText(content, Qt::ElideRight, text.width()));
+
+    const qreal ratio = painter->device()->devicePixelRatioF();
+    painter->drawPixmap(trash.topLeft(),
+                        SymbolImage::pixmap(QStringLiteral("trash"), trashSize,
+                                            selected ? QColor(Qt::white) : UiTheme::red(), ratio));
+    painter->restore();
+}
+
+bool SnippetRowDelegate::editorEvent(QEvent* event, QAbstractItemModel* model,
+                                  const QStyleOptionViewItem& option, const QModelIndex& index) {
+    const bool press =
+        event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
+    const bool release = event->type() == QEvent::MouseButtonRelease;
+    if (press || release) {
+        const auto* mouse = static_cast<QMouseEvent*>(event);
+        // A little slack around the symbol makes it easier to hit.
+        if (mouse->button() == Qt::LeftButton &&
+            trashRect(option.rect).adjusted(-4, -4, 4, 4).contains(mouse->position().toPoint())) {
+            if (release && m_onDelete) {
+                m_onDelete(index.data(SnippetListModel::IdRole).toUuid());
+            }
+            return true; // the trash symbol does not select the row
+        }
+    }
+    return QStyledItemDelegate::editorEvent(event, model, option, index);
+}
+
+bool SnippetRowDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
+                                const QStyleOptionViewItem& option, const QModelIndex& index) {
+    if (event->type() == QEvent::ToolTip && trashRect(option.rect).contains(event->pos())) {
+        QToolTip::showText(event->globalPos(), tr("Delete Snippet"), view);
+        return true;
+    }
+    return QStyledItemDelegate::helpEvent(event, view, option, index);
+}

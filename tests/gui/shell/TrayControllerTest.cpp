@@ -1,0 +1,186 @@
+// The application delegate: its menus, the windows it shows, the quit question before any quit.
+
+#include "TrayController.h"
+#include "AlertDriver.h"
+#include "IsolatedTestMain.h"
+#include "Autostart.h"
+#include "AutostartPreferences.h"
+#include "RecordingAutostartBackend.h"
+#include "TemporarySettings.h"
+
+#include <QAction>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QSystemTrayIcon>
+#include <QtTest>
+
+using Policy = ActivationPolicy::Policy;
+
+namespace {
+struct Fixture {
+    TemporarySettings settings;
+    AutostartPreferences preferences{settings.path()};
+    Autostart autostart{std::make_unique<RecordingAutostartBackend>()};
+    QMainWindow mainWindow;
+    TrayController delegate{autostart, preferences};
+
+    Fixture() {
+        mainWindow.show();
+        delegate.applicationDidFinishLaunching(&mainWindow);
+    }
+    Policy policy() { return delegate.activationPolicy().policy(); }
+    // Opens the tray menu as a click on the tray icon does.
+    QMenu* openTrayMenu() {
+        delegate.statusMenu()->popup(QPoint(10, 10));
+        return QTest::qWaitForWindowExposed(delegate.statusMenu()) ? delegate.statusMenu()
+                                                                   : nullptr;
+    }
+};
+
+// Title and snippet of each entry; separators as "-".
+QStringList describe(const QMenu* menu) {
+    QStringList entries;
+    const QList<QAction*> actions = menu ? menu->actions() : QList<QAction*>();
+    for (const QAction* action : actions)
+        entries << (action->isSeparator() ? QStringLiteral("-")
+                                          : action->text() + u'|' + action->shortcut().toString());
+    return entries;
+}
+
+// Runs `work` inside the application's event loop and returns the loop's exit code: 0 when
+// the work made the program quit, 99 when the loop was still running after it.
+int runLoop(const std::function<void()>& work) {
+    QObject scope; // drops the timers below if they have not fired when this returns
+    QTimer::singleShot(0, &scope, [&scope, work] {
+        work();
+        QTimer::singleShot(0, &scope, [] { QCoreApplication::exit(99); });
+    });
+    return QCoreApplication::exec();
+}
+} // namespace
+
+class TrayControllerTest : public QObject {
+    Q_OBJECT
+private slots:
+    void launchInstallsTheMenus();
+    void runInBackgroundThenOpenTypoletBringsBackEveryWindow();
+    void everyQuitRequestAsksFirst_data();
+    void everyQuitRequestAsksFirst();
+    void signalsEndItWithoutAsking();
+};
+
+void TrayControllerTest::launchInstallsTheMenus() {
+    Fixture f;
+    QCOMPARE(f.policy(), Policy::Regular);
+    const QList<QAction*> top = f.mainWindow.menuBar()->actions();
+    QCOMPARE(top.size(), 1);
+    QCOMPARE(top.first()->text(), QStringLiteral("Typolet"));
+    QCOMPARE(top.first()->menu(), f.delegate.applicationMenu());
+    QCOMPARE(describe(f.delegate.applicationMenu()),
+             QStringList({QStringLiteral("About Typolet|"), QStringLiteral("-"),
+                          QStringLiteral("Preferences...|Ctrl+,"), QStringLiteral("-"),
+                          QStringLiteral("Quit Typolet|Ctrl+Q")}));
+    QCOMPARE(describe(f.delegate.statusMenu()),
+             QStringList({QStringLiteral("Open Typolet|Ctrl+O"), QStringLiteral("-"),
+                          QStringLiteral("Quit|Ctrl+Q")}));
+    QCOMPARE(f.delegate.preferencesWindow(), nullptr);
+    QCOMPARE(f.delegate.aboutWindow(), nullptr);
+    // The offscreen platform has no tray: no tray icon, and the program runs with its window.
+    QVERIFY(!QSystemTrayIcon::isSystemTrayAvailable());
+    QCOMPARE(f.delegate.statusItem(), nullptr);
+    // Closing that window does not quit either.
+    QVERIFY(!QApplication::quitOnLastWindowClosed());
+    QSignalSpy terminating(&f.delegate, &TrayController::terminating);
+    QCOMPARE(runLoop([&] { f.mainWindow.close(); }), 99);
+    QCOMPARE(terminating.size(), 0);
+}
+
+void TrayControllerTest::runInBackgroundThenOpenTypoletBringsBackEveryWindow() {
+    Fixture f;
+    QVERIFY(QTest::qWaitForWindowActive(&f.mainWindow));
+    QTest::keyClick(&f.mainWindow, Qt::Key_Comma, Qt::ControlModifier); // "Preferences..."
+    f.delegate.applicationMenu()->actions().constFirst()->trigger();    // "About Typolet"
+    const QList<QWidget*> windows = {&f.mainWindow, f.delegate.preferencesWindow(),
+                                     f.delegate.aboutWindow()};
+    for (const QWidget* window : windows)
+        QVERIFY(window && window->isVisible());
+    QCOMPARE(f.policy(), Policy::Regular); // showing them keeps the presentation
+    f.delegate.aboutWindow()->close();     // closed by the user: kept, and brought back too
+
+    AlertDriver driver(AlertDriver::click(QStringLiteral("Run in Background")));
+    QCOMPARE(f.delegate.applicationShouldTerminate(), QuitConfirmation::TerminateReply::Cancel);
+    QCOMPARE(f.policy(), Policy::Accessory);
+    for (const QWidget* window : windows)
+        QVERIFY(!window->isVisible());
+
+    // Ctrl+O in the open tray menu: "Open Typolet", without clashing with the menu bar's keys.
+    QMenu* menu = f.openTrayMenu();
+    QVERIFY(menu);
+    QTest::keyClick(menu, Qt::Key_O, Qt::ControlModifier);
+    QVERIFY(!menu->isVisible());
+    QCOMPARE(f.policy(), Policy::Regular);
+    for (const QWidget* window : windows)
+        QVERIFY(window->isVisible());
+}
+
+void TrayControllerTest::everyQuitRequestAsksFirst_data() {
+    QTest::addColumn<QString>("request");
+    QTest::addColumn<QString>("answer");
+    for (const char* request : {"Ctrl+Q in the main window", "Ctrl+Q in Preferences",
+                                "Ctrl+Q in the tray menu", "quit()", "session end"})
+        for (const char* answer : {"Quit", "Run in Background", "Cancel"})
+            QTest::addRow("%s, %s", request, answer)
+                << QString::fromUtf8(request) << QString::fromUtf8(answer);
+}
+
+void TrayControllerTest::everyQuitRequestAsksFirst() {
+    QFETCH(QString, request);
+    QFETCH(QString, answer);
+    Fixture f;
+    QWidget* keyTarget = nullptr;
+    if (request.endsWith(QLatin1String("main window"))) {
+        keyTarget = &f.mainWindow;
+        QVERIFY(QTest::qWaitForWindowActive(keyTarget));
+    } else if (request.endsWith(QLatin1String("Preferences"))) {
+        f.delegate.showPreferences();
+        keyTarget = f.delegate.preferencesWindow();
+        QVERIFY(QTest::qWaitForWindowActive(keyTarget));
+    } else if (request.endsWith(QLatin1String("tray menu"))) {
+        keyTarget = f.openTrayMenu();
+        QVERIFY(keyTarget != nullptr);
+    }
+    QSignalSpy terminating(&f.delegate, &TrayController::terminating);
+    AlertDriver driver(AlertDriver::click(answer));
+    // quit() is what the desktop's own quit request, or anyone else's, looks like to Typolet.
+    const bool ended = request == QLatin1String("session end")
+                           ? f.delegate.allowSessionEnd()
+                           : runLoop([&] {
+                                 if (keyTarget)
+                                     QTest::keyClick(keyTarget, Qt::Key_Q, Qt::ControlModifier);
+                                 else
+                                     QCoreApplication::quit();
+                             }) == 0;
+    QCOMPARE(driver.acted(), 1); // once, also when "Quit" let the request through
+    QCOMPARE(driver.seenText(), QStringLiteral("Quit Typolet?"));
+    const bool quits = answer == QLatin1String("Quit");
+    const bool inBackground = answer == QLatin1String("Run in Background");
+    QCOMPARE(ended, quits);
+    QCOMPARE(terminating.size(), quits ? 1 : 0);
+    QCOMPARE(f.policy(), inBackground ? Policy::Accessory : Policy::Regular);
+    if (!quits) // quitting closes the windows on its way out
+        QCOMPARE(f.mainWindow.isVisible(), !inBackground);
+}
+
+void TrayControllerTest::signalsEndItWithoutAsking() {
+    Fixture f;
+    QSignalSpy terminating(&f.delegate, &TrayController::terminating);
+    // Any question would be answered "Cancel", which would keep the loop running.
+    AlertDriver driver(AlertDriver::click(QStringLiteral("Cancel")));
+    QCOMPARE(runLoop([&] { f.delegate.terminateWithoutAsking(); }), 0);
+    QCOMPARE(driver.acted(), 0);
+    QCOMPARE(terminating.size(), 1);
+}
+
+TYPOLET_ISOLATED_TEST_MAIN(TrayControllerTest)
+#include "TrayControllerTest.moc"

@@ -1,0 +1,357 @@
+#include "SnippetStore.h"
+#include "CapturedDiagnostics.h"
+#include "RecordCodec.h"
+#include "TemporarySettings.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSignalSpy>
+#include <QtTest>
+#include <csignal>
+#include <functional>
+#include <sys/resource.h>
+
+namespace {
+enum class Fault { FolderIsAFile, FileIsAFolder, DiskFull };
+
+QByteArray contents(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+}
+
+const QUuid kWork{QStringLiteral("a1b2c3d4-e5f6-4789-abcd-ef0123456789")};
+const QUuid kDefault = Category::defaultCategoryId;
+
+QByteArray categoriesJson(const QList<CategoryRef>& categories) {
+    return *RecordCodec::encodeCategories(categories);
+}
+
+// Keeps the list each snippetsSaved() announcement carried.
+struct UpdateRecorder {
+    QObject context;
+    QList<QList<Snippet>> lists;
+    explicit UpdateRecorder(SnippetStore& store) {
+        QObject::connect(&store, &SnippetStore::snippetsSaved, &context,
+                         [this](const QList<Snippet>& saved) { lists.append(saved); });
+    }
+};
+
+QStringList commands(const QList<Snippet>& snippets) {
+    QStringList result;
+    for (const Snippet& s : snippets)
+        result.append(s.command);
+    return result;
+}
+
+QStringList names(const QList<CategoryRef>& categories) {
+    QStringList result;
+    for (const CategoryRef& c : categories)
+        result.append(c->name());
+    return result;
+}
+
+// What the settings file holds now.
+QStringList storedCommands(const TemporarySettings& settings) {
+    const auto list = RecordCodec::decodeSnippets(settings.read("Shortcuts").toByteArray());
+    return list ? commands(*list) : QStringList{"<unreadable>"};
+}
+QStringList storedNames(const TemporarySettings& settings) {
+    const auto list = RecordCodec::decodeCategories(settings.read("Categories").toByteArray());
+    return list ? names(*list) : QStringList{"<unreadable>"};
+}
+} // namespace
+
+class SnippetStoreTest : public QObject {
+    Q_OBJECT
+private slots:
+    void storedCategoriesAreKeptAndTheDefaultAppendedIfMissing() {
+        const CategoryRef work = CategoryRef::create(kWork, "Work", 5);
+        TemporarySettings withDefault, without;
+        // The default renamed and not first: the stored bytes must survive untouched.
+        const QByteArray stored = categoriesJson({work, CategoryRef::create(kDefault, "Misc", 9)});
+        withDefault.write("Categories", stored);
+        without.write("Categories", categoriesJson({work}));
+        SnippetStore kept(withDefault.path()), completed(without.path());
+        QCOMPARE(names(kept.categories()), QStringList({"Work", "Misc"}));
+        QCOMPARE(withDefault.read("Categories").toByteArray(), stored);
+        QCOMPARE(names(completed.categories()), QStringList({"Work", "Uncategory"}));
+        QCOMPARE(storedNames(without), QStringList({"Work", "Uncategory"}));
+    }
+
+    void startsWithTheDefaultCategoryWhateverIsStored_data() {
+        QTest::addColumn<QVariant>("stored"); // invalid: nothing stored
+        QTest::newRow("nothing") << QVariant();
+        QTest::newRow("truncated") << QVariant(QByteArray("[{\"id\":\"6F1C2B7E-0A9D-4C4B-9F43"));
+        QTest::newRow("huge garbage") << QVariant(QByteArray(4 * 1024 * 1024, 'x'));
+        QTest::newRow("text, not data") << QVariant(QStringLiteral("[]"));
+    }
+    void startsWithTheDefaultCategoryWhateverIsStored() {
+        QFETCH(QVariant, stored);
+        TemporarySettings settings;
+        if (stored.isValid()) {
+            settings.write("Shortcuts", stored);
+            settings.write("Categories", stored);
+        }
+        {
+            SnippetStore store(settings.path());
+            UpdateRecorder updates(store);
+            QVERIFY(store.snippets().isEmpty());
+            QCOMPARE(store.categories().size(), 1);
+            QCOMPARE(store.categories().at(0)->id(), kDefault);
+            QCOMPARE(settings.read("Categories").toByteArray(),
+                     categoriesJson({Category::defaultCategory()}));
+            // Unreadable snippets stay on disk until the user saves, so that a later fix of the
+            // file can still recover them.
+            QCOMPARE(settings.read("Shortcuts"), stored);
+            QCoreApplication::processEvents();
+            QVERIFY(updates.lists.isEmpty());
+            store.appendSnippet(Snippet::create(";new", "text", kDefault));
+            store.saveSnippets();
+        }
+        QCOMPARE(storedCommands(settings), QStringList({";new"}));
+    }
+
+    void categoryNamesClashIgnoringCaseButNotSpaces() {
+        TemporarySettings settings;
+        SnippetStore store(settings.path());
+        // Full Unicode lower-casing, no trimming.
+        const QList<std::pair<QString, bool>> attempts = {
+            {"work", true}, {"Work", false}, {"UNCATEGORY", false}, {"ÉTÉ", true},
+            {"été", false}, {"Work ", true}, {" work", true}};
+        for (const auto& [name, added] : attempts)
+            QVERIFY2(store.addCategory(name).has_value() != added, qPrintable(name));
+        QCOMPARE(store.addCategory("WORK")->description(),
+                 "A category with this name already exists");
+        QCOMPARE(storedNames(settings),
+                 QStringList({"Uncategory", "work", "ÉTÉ", "Work ", " work"}));
+
+        // A rename checks the other names only, and replaces the object.
+        const CategoryRef work = store.categories().at(1);
+        QVERIFY(!store.updateCategory(*work, "WORK"));
+        const CategoryRef renamed = store.categories().at(1);
+        QVERIFY(renamed != work);       // a new object...
+        QVERIFY(*renamed == *work);     // ...for the same category
+        QCOMPARE(work->name(), "work"); // the old object is left as it was
+        QCOMPARE(renamed->createdAt(), work->createdAt());
+        QVERIFY(store.updateCategory(*renamed, "été"));
+        QVERIFY(store.updateCategory(*renamed, "uncategory"));
+        QCOMPARE(storedNames(settings),
+                 QStringList({"Uncategory", "WORK", "ÉTÉ", "Work ", " work"}));
+
+        // A category no longer in the list: nothing happens, nothing is written.
+        const QByteArray before = settings.read("Categories").toByteArray();
+        QVERIFY(!store.updateCategory(Category(QUuid::createUuid(), "Gone", 0), "Other"));
+        QCOMPARE(store.categories().size(), 5);
+        QCOMPARE(settings.read("Categories").toByteArray(), before);
+    }
+
+    void duplicateIdsAreRenamedFirstAndDeletedAll() {
+        TemporarySettings settings;
+        settings.write("Categories", categoriesJson({Category::defaultCategory(),
+                                                     CategoryRef::create(kWork, "A", 1),
+                                                     CategoryRef::create(kWork, "B", 2)}));
+        SnippetStore store(settings.path());
+        QVERIFY(!store.updateCategory(*store.categories().at(2), "C"));
+        QCOMPARE(names(store.categories()), QStringList({"Uncategory", "C", "B"}));
+        QVERIFY(!store.deleteCategory(*store.categories().at(2)));
+        QCOMPARE(names(store.categories()), QStringList({"Uncategory"}));
+    }
+
+    void deletingACategoryTakesItsSnippetsAndAnnouncesOnce() {
+        TemporarySettings settings;
+        SnippetStore store(settings.path());
+        UpdateRecorder updates(store);
+        QVERIFY(!store.addCategory("Work"));
+        const CategoryRef work = store.categories().at(1);
+        store.appendSnippet(Snippet::create(";a", "a", work->id()));
+        store.appendSnippet(Snippet::create(";b", "b", kDefault));
+        store.appendSnippet(Snippet::create(";c", "c", work->id()));
+
+        QVERIFY(!store.deleteCategory(*Category::defaultCategory()));
+        QCOMPARE(store.categories().size(), 2);
+        QVERIFY(!settings.contains("Shortcuts")); // nothing saved
+
+        QVERIFY(!store.deleteCategory(*work));
+        QCOMPARE(names(store.categories()), QStringList({"Uncategory"}));
+        QCOMPARE(commands(store.snippets()), QStringList({";b"}));
+        QCOMPARE(storedCommands(settings), QStringList({";b"}));
+        QCOMPARE(storedNames(settings), QStringList({"Uncategory"}));
+        QVERIFY(updates.lists.isEmpty()); // announced after the action, not during it
+        QTRY_COMPARE(updates.lists.size(), 1);
+        QCOMPARE(commands(updates.lists.at(0)), QStringList({";b"}));
+    }
+
+    void updatingASnippetKeepsItsIdentity() {
+        TemporarySettings settings;
+        SnippetStore store(settings.path());
+        const Snippet original = Snippet::create(";a", "a", kWork);
+        store.appendSnippet(Snippet::create(";z", "z", kWork));
+        store.appendSnippet(original);
+
+        const auto fields = [&store] {
+            const Snippet& s = store.snippets().at(1);
+            return std::tuple(s.id, s.createdAt, s.command, s.content, s.categoryId);
+        };
+        QVERIFY(!store.updateSnippet(original, ";b", "bee", kDefault));
+        QCOMPARE(fields(), std::tuple(original.id, original.createdAt, QString(";b"),
+                                      QString("bee"), kDefault));
+        QVERIFY(!store.updateSnippet(original, ";c", "sea")); // no category given: the argument's
+        QCOMPARE(fields(),
+                 std::tuple(original.id, original.createdAt, QString(";c"), QString("sea"), kWork));
+        QCOMPARE(storedCommands(settings), QStringList({";z", ";c"}));
+
+        const quint64 revision = store.snippetsRevision();
+        QVERIFY(!store.updateSnippet(Snippet::create(";gone", "", kWork), ";x", "x"));
+        QCOMPARE(store.snippetsRevision(), revision);
+        QCOMPARE(commands(store.snippets()), QStringList({";z", ";c"}));
+        // A blank command is refused whichever view asks (it would expand on every key), and
+        // so is another snippet's command; nothing changes.
+        QCOMPARE(*store.updateSnippet(store.snippets().at(1), " \t", "sea"),
+                 DataError::blankCommand());
+        QCOMPARE(*store.updateSnippet(store.snippets().at(1), ";z", "sea"),
+                 DataError::duplicateCommand());
+        QCOMPARE(*store.addSnippet(Snippet::create(";z", "x", kDefault)),
+                 DataError::duplicateCommand());
+        QCOMPARE(*store.addSnippet(Snippet::create("", "x", kDefault)), DataError::blankCommand());
+        QCOMPARE(store.snippetsRevision(), revision);
+        QCOMPARE(commands(store.snippets()), QStringList({";z", ";c"}));
+        QVERIFY(!store.addSnippet(Snippet::create(";new", "n", kWork)));
+        QCOMPARE(storedCommands(settings), QStringList({";z", ";c", ";new"}));
+    }
+
+    void directChangesBumpTheRevisionAndSavesAnnounceTheListAtDelivery() {
+        TemporarySettings settings;
+        SnippetStore store(settings.path());
+        UpdateRecorder updates(store);
+        QSignalSpy changed(&store, &SnippetStore::snippetsChanged);
+        quint64 revision = store.snippetsRevision();
+        const Snippet a = Snippet::create(";a", "a", kDefault);
+        store.appendSnippet(a);
+        store.appendSnippet(a); // same id twice: removal takes both
+        QVERIFY(store.snippetsRevision() > revision);
+        revision = store.snippetsRevision();
+        QVERIFY(!store.removeSnippet(a.id));
+        QVERIFY(store.snippetsRevision() > revision);
+        QVERIFY(store.snippets().isEmpty());
+        QCOMPARE(changed.size(), 3);
+
+        store.appendSnippet(a);
+        store.saveSnippets();
+        store.appendSnippet(Snippet::create(";b", "b", kDefault));
+        store.saveSnippets();
+        QVERIFY(updates.lists.isEmpty());
+        QTRY_COMPARE(updates.lists.size(), 3); // the removal saved too
+        for (const QList<Snippet>& list : std::as_const(updates.lists))
+            QCOMPARE(commands(list), QStringList({";a", ";b"}));
+    }
+
+    void listsSurviveARestart() {
+        TemporarySettings settings;
+        const QString big(1024 * 1024, QChar(u'é'));
+        {
+            SnippetStore store(settings.path());
+            QVERIFY(!store.addCategory("Work"));
+            store.appendSnippet(Snippet::create(";big", big, store.categories().at(1)->id()));
+            store.appendSnippet(Snippet::create(";nl", "line 1\nline 2\ttab", QUuid()));
+            store.saveSnippets();
+        }
+        SnippetStore again(settings.path());
+        QCOMPARE(names(again.categories()), QStringList({"Uncategory", "Work"}));
+        QCOMPARE(commands(again.snippets()), QStringList({";big", ";nl"}));
+        QVERIFY(again.snippets().at(0).content == big);
+        QCOMPARE(again.snippets().at(0).categoryId, again.categories().at(1)->id());
+        QCOMPARE(again.snippets().at(1).content, "line 1\nline 2\ttab");
+    }
+
+    void oneBadRecordHidesNothingAndTheFileIsKeptBeforeItIsRewritten() {
+        TemporarySettings settings;
+        QJsonArray records;
+        for (int i = 0; i < 100; ++i)
+            records.append(RecordCodec::encode(Snippet::create(";s" + QString::number(i), "x", kDefault)));
+        QJsonObject bad = records[40].toObject();
+        bad["createdAt"] = "yesterday";
+        records[40] = bad;
+        settings.write("Shortcuts", QJsonDocument(records).toJson(QJsonDocument::Compact));
+        settings.write("Categories", QByteArray("[{\"name\": 5}]"));
+        QFile original(settings.path());
+        QVERIFY(original.open(QIODevice::ReadOnly));
+        const QByteArray before = original.readAll();
+
+        CapturedDiagnostics diagnostics;
+        SnippetStore store(settings.path());
+        QCOMPARE(store.snippets().size(), 99);
+        QCOMPARE(store.unreadableRecords(), 2);
+        // The copy was made before the default category was written back.
+        QFile backup(store.backupPath());
+        QVERIFY2(backup.open(QIODevice::ReadOnly), qPrintable(store.backupPath()));
+        QCOMPARE(backup.readAll(), before);
+        store.appendSnippet(Snippet::create(";new", "n", kDefault));
+        store.saveSnippets();
+        QCOMPARE(storedCommands(settings).size(), 100);
+        QCOMPARE(diagnostics.lines.filter(store.backupPath()).size(), 2);
+    }
+
+    // A write that cannot happen: the old file stays byte for byte, the change stays in
+    // memory, the failure names the file, and the next save writes what failed before.
+    void aFailedWriteLeavesTheFileAndIsWrittenNextTime_data() {
+        QTest::addColumn<int>("fault");
+        QTest::newRow("the folder is a plain file") << int(Fault::FolderIsAFile);
+        QTest::newRow("the file is a folder") << int(Fault::FileIsAFolder);
+        // A file size limit fails writes as a full disk does, and also for root.
+        QTest::newRow("the disk is full") << int(Fault::DiskFull);
+    }
+    void aFailedWriteLeavesTheFileAndIsWrittenNextTime() {
+        QFETCH(int, fault);
+        QTemporaryDir dir;
+        const QString folder = dir.filePath("Typolet"), path = folder + "/Typolet.conf";
+        SnippetStore store(path);
+        store.appendSnippet(Snippet::create(";old", "o", kDefault));
+        QVERIFY(!store.saveSnippets());
+        const QByteArray before = contents(path);
+
+        // Each fault moves the good file aside (or keeps it in place) and undoes itself.
+        const QString aside = dir.filePath("aside");
+        std::function<void()> undo;
+        switch (Fault(fault)) {
+        case Fault::FolderIsAFile:
+            QVERIFY(QDir().rename(folder, aside));
+            QVERIFY(QFile(folder).open(QIODevice::WriteOnly));
+            undo = [&] { QFile::remove(folder), QDir().rename(aside, folder); };
+            break;
+        case Fault::FileIsAFolder:
+            QVERIFY(QFile::rename(path, aside));
+            QVERIFY(QDir().mkdir(path));
+            undo = [&] { QDir().rmdir(path), QFile::rename(aside, path); };
+            break;
+        case Fault::DiskFull:
+            std::signal(SIGXFSZ, SIG_IGN);
+            rlimit limit{};
+            getrlimit(RLIMIT_FSIZE, &limit);
+            const rlimit full{rlim_t(before.size() + 1000), limit.rlim_max};
+            QCOMPARE(setrlimit(RLIMIT_FSIZE, &full), 0);
+            undo = [limit] { setrlimit(RLIMIT_FSIZE, &limit); };
+            break;
+        }
+        CapturedDiagnostics diagnostics;
+        QSignalSpy failed(&store, &SnippetStore::saveFailed);
+        store.appendSnippet(Snippet::create(";new", QString(20000, u'n'), kDefault));
+        const std::optional<QString> error = store.saveSnippets();
+        undo();
+        QVERIFY2(error && error->contains(path), qPrintable(error.value_or("saved")));
+        QCOMPARE(failed.size(), 1);
+        QCOMPARE(diagnostics.lines.size(), 1);
+        QCOMPARE(commands(store.snippets()), QStringList({";old", ";new"}));
+        QCOMPARE(contents(path), before);
+
+        QVERIFY(!store.addCategory("Work")); // any later save also writes the snippets
+        SnippetStore again(path);
+        QCOMPARE(commands(again.snippets()), QStringList({";old", ";new"}));
+        QCOMPARE(again.unreadableRecords(), 0);
+        QCOMPARE(diagnostics.lines.size(), 1); // no line after a write that worked
+    }
+};
+
+QTEST_GUILESS_MAIN(SnippetStoreTest)
+#include "SnippetStoreTest.moc"
