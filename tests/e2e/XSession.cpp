@@ -75,6 +75,8 @@ QProcessEnvironment XSession::environment(const QStringList& extra) const {
     env.remove(QStringLiteral("QT_QPA_PLATFORM"));
     env.remove(QStringLiteral("WAYLAND_DISPLAY"));
     env.remove(QStringLiteral("XAUTHORITY"));
+    // No desktop's tray over D-Bus: a tray icon goes to the session's own XEmbed tray.
+    env.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
     for (const QString& entry : extra) {
         const qsizetype eq = entry.indexOf(QLatin1Char('='));
         env.insert(entry.left(eq), entry.mid(eq + 1));
@@ -92,6 +94,14 @@ QProcess* XSession::start(const QString& program, const QStringList& arguments,
     m_processes.push_back(std::move(process));
     raw->waitForStarted(10000);
     return raw;
+}
+
+QString XSession::output(const QString& program, const QStringList& arguments) const {
+    QProcess process;
+    process.setProcessEnvironment(environment({}));
+    process.start(program, arguments);
+    process.waitForFinished(30000);
+    return QString::fromLocal8Bit(process.readAllStandardOutput());
 }
 
 bool XSession::run(const QString& program, const QStringList& arguments, int timeoutMs) {

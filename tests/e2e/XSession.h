@@ -63,6 +63,8 @@ public:
 
     // Runs a program to completion (xdotool, setxkbmap) on this display.
     bool run(const QString& program, const QStringList& arguments, int timeoutMs = 30000);
+    // Runs an X tool (xwininfo) to completion and returns what it printed.
+    QString output(const QString& program, const QStringList& arguments) const;
 
     // Starts a program on this display; the session ends it.
     QProcess* start(const QString& program, const QStringList& arguments,
