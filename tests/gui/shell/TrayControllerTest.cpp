@@ -1,4 +1,4 @@
-// The application delegate: its menus, the windows it shows, the quit question before any quit.
+// The tray controller: the windows it shows and hides, the quit question before any quit.
 
 #include "TrayController.h"
 #include "AlertDriver.h"
@@ -23,30 +23,20 @@ struct Fixture {
     AutostartPreferences preferences{settings.path()};
     Autostart autostart{std::make_unique<RecordingAutostartBackend>()};
     QMainWindow mainWindow;
-    TrayController delegate{autostart, preferences};
+    TrayController tray{autostart, preferences};
 
     Fixture() {
         mainWindow.show();
-        delegate.applicationDidFinishLaunching(&mainWindow);
+        tray.applicationDidFinishLaunching(&mainWindow);
     }
-    Policy policy() { return delegate.activationPolicy().policy(); }
+    Policy policy() { return tray.activationPolicy().policy(); }
     // Opens the tray menu as a click on the tray icon does.
     QMenu* openTrayMenu() {
-        delegate.statusMenu()->popup(QPoint(10, 10));
-        return QTest::qWaitForWindowExposed(delegate.statusMenu()) ? delegate.statusMenu()
+        tray.statusMenu()->popup(QPoint(10, 10));
+        return QTest::qWaitForWindowExposed(tray.statusMenu()) ? tray.statusMenu()
                                                                    : nullptr;
     }
 };
-
-// Title and snippet of each entry; separators as "-".
-QStringList describe(const QMenu* menu) {
-    QStringList entries;
-    const QList<QAction*> actions = menu ? menu->actions() : QList<QAction*>();
-    for (const QAction* action : actions)
-        entries << (action->isSeparator() ? QStringLiteral("-")
-                                          : action->text() + u'|' + action->shortcut().toString());
-    return entries;
-}
 
 // Runs `work` inside the application's event loop and returns the loop's exit code: 0 when
 // the work made the program quit, 99 when the loop was still running after it.
@@ -63,35 +53,21 @@ int runLoop(const std::function<void()>& work) {
 class TrayControllerTest : public QObject {
     Q_OBJECT
 private slots:
-    void launchInstallsTheMenus();
+    void withoutATrayClosingTheWindowDoesNotQuit();
     void runInBackgroundThenOpenTypoletBringsBackEveryWindow();
     void everyQuitRequestAsksFirst_data();
     void everyQuitRequestAsksFirst();
     void signalsEndItWithoutAsking();
 };
 
-void TrayControllerTest::launchInstallsTheMenus() {
+// Without a tray (the offscreen platform has none) Typolet runs with its window, and closing
+// that window does not quit.
+void TrayControllerTest::withoutATrayClosingTheWindowDoesNotQuit() {
     Fixture f;
     QCOMPARE(f.policy(), Policy::Regular);
-    const QList<QAction*> top = f.mainWindow.menuBar()->actions();
-    QCOMPARE(top.size(), 1);
-    QCOMPARE(top.first()->text(), QStringLiteral("Typolet"));
-    QCOMPARE(top.first()->menu(), f.delegate.applicationMenu());
-    QCOMPARE(describe(f.delegate.applicationMenu()),
-             QStringList({QStringLiteral("About Typolet|"), QStringLiteral("-"),
-                          QStringLiteral("Preferences...|Ctrl+,"), QStringLiteral("-"),
-                          QStringLiteral("Quit Typolet|Ctrl+Q")}));
-    QCOMPARE(describe(f.delegate.statusMenu()),
-             QStringList({QStringLiteral("Open Typolet|Ctrl+O"), QStringLiteral("-"),
-                          QStringLiteral("Quit|Ctrl+Q")}));
-    QCOMPARE(f.delegate.preferencesWindow(), nullptr);
-    QCOMPARE(f.delegate.aboutWindow(), nullptr);
-    // The offscreen platform has no tray: no tray icon, and the program runs with its window.
     QVERIFY(!QSystemTrayIcon::isSystemTrayAvailable());
-    QCOMPARE(f.delegate.statusItem(), nullptr);
-    // Closing that window does not quit either.
-    QVERIFY(!QApplication::quitOnLastWindowClosed());
-    QSignalSpy terminating(&f.delegate, &TrayController::terminating);
+    QCOMPARE(f.tray.statusItem(), nullptr);
+    QSignalSpy terminating(&f.tray, &TrayController::terminating);
     QCOMPARE(runLoop([&] { f.mainWindow.close(); }), 99);
     QCOMPARE(terminating.size(), 0);
 }
@@ -100,16 +76,16 @@ void TrayControllerTest::runInBackgroundThenOpenTypoletBringsBackEveryWindow() {
     Fixture f;
     QVERIFY(QTest::qWaitForWindowActive(&f.mainWindow));
     QTest::keyClick(&f.mainWindow, Qt::Key_Comma, Qt::ControlModifier); // "Preferences..."
-    f.delegate.applicationMenu()->actions().constFirst()->trigger();    // "About Typolet"
-    const QList<QWidget*> windows = {&f.mainWindow, f.delegate.preferencesWindow(),
-                                     f.delegate.aboutWindow()};
+    f.tray.applicationMenu()->actions().constFirst()->trigger();    // "About Typolet"
+    const QList<QWidget*> windows = {&f.mainWindow, f.tray.preferencesWindow(),
+                                     f.tray.aboutWindow()};
     for (const QWidget* window : windows)
         QVERIFY(window && window->isVisible());
     QCOMPARE(f.policy(), Policy::Regular); // showing them keeps the presentation
-    f.delegate.aboutWindow()->close();     // closed by the user: kept, and brought back too
+    f.tray.aboutWindow()->close();     // closed by the user: kept, and brought back too
 
     AlertDriver driver(AlertDriver::click(QStringLiteral("Run in Background")));
-    QCOMPARE(f.delegate.applicationShouldTerminate(), QuitConfirmation::TerminateReply::Cancel);
+    QCOMPARE(f.tray.applicationShouldTerminate(), QuitConfirmation::TerminateReply::Cancel);
     QCOMPARE(f.policy(), Policy::Accessory);
     for (const QWidget* window : windows)
         QVERIFY(!window->isVisible());
@@ -143,18 +119,18 @@ void TrayControllerTest::everyQuitRequestAsksFirst() {
         keyTarget = &f.mainWindow;
         QVERIFY(QTest::qWaitForWindowActive(keyTarget));
     } else if (request.endsWith(QLatin1String("Preferences"))) {
-        f.delegate.showPreferences();
-        keyTarget = f.delegate.preferencesWindow();
+        f.tray.showPreferences();
+        keyTarget = f.tray.preferencesWindow();
         QVERIFY(QTest::qWaitForWindowActive(keyTarget));
     } else if (request.endsWith(QLatin1String("tray menu"))) {
         keyTarget = f.openTrayMenu();
         QVERIFY(keyTarget != nullptr);
     }
-    QSignalSpy terminating(&f.delegate, &TrayController::terminating);
+    QSignalSpy terminating(&f.tray, &TrayController::terminating);
     AlertDriver driver(AlertDriver::click(answer));
     // quit() is what the desktop's own quit request, or anyone else's, looks like to Typolet.
     const bool ended = request == QLatin1String("session end")
-                           ? f.delegate.allowSessionEnd()
+                           ? f.tray.allowSessionEnd()
                            : runLoop([&] {
                                  if (keyTarget)
                                      QTest::keyClick(keyTarget, Qt::Key_Q, Qt::ControlModifier);
@@ -174,10 +150,10 @@ void TrayControllerTest::everyQuitRequestAsksFirst() {
 
 void TrayControllerTest::signalsEndItWithoutAsking() {
     Fixture f;
-    QSignalSpy terminating(&f.delegate, &TrayController::terminating);
+    QSignalSpy terminating(&f.tray, &TrayController::terminating);
     // Any question would be answered "Cancel", which would keep the loop running.
     AlertDriver driver(AlertDriver::click(QStringLiteral("Cancel")));
-    QCOMPARE(runLoop([&] { f.delegate.terminateWithoutAsking(); }), 0);
+    QCOMPARE(runLoop([&] { f.tray.terminateWithoutAsking(); }), 0);
     QCOMPARE(driver.acted(), 0);
     QCOMPARE(terminating.size(), 1);
 }
