@@ -1,6 +1,6 @@
 #include "QuitConfirmation.h"
 
-#include "ActivationPolicy.h"
+#include "AppWindows.h"
 
 #include <QLabel>
 #include <QMessageBox>
@@ -21,7 +21,7 @@ QString QuitConfirmation::quitTitle() { return tr("Quit"); }
 QString QuitConfirmation::runInBackgroundTitle() { return tr("Run in Background"); }
 QString QuitConfirmation::cancelTitle() { return tr("Cancel"); }
 
-QuitConfirmation::QuitConfirmation(ActivationPolicy& policy) : m_policy(policy) {}
+QuitConfirmation::QuitConfirmation(AppWindows& windows) : m_windows(windows) {}
 
 QMessageBox* QuitConfirmation::createAlert(QWidget* parent, bool hasTray) {
     auto* alert = new QMessageBox(parent);
@@ -68,8 +68,7 @@ QuitConfirmation::TerminateReply QuitConfirmation::confirmQuit() {
     case Response::Quit:
         return TerminateReply::Now;
     case Response::RunInBackground:
-        m_policy.setActivationPolicy(ActivationPolicy::Policy::Accessory);
-        m_policy.hideApplication();
+        m_windows.hideAll();
         return TerminateReply::Cancel;
     case Response::Cancel:
         break;

@@ -3,7 +3,7 @@
 #include <QCoreApplication>
 #include <QString>
 
-class ActivationPolicy;
+class AppWindows;
 class QMessageBox;
 class QWidget;
 
@@ -19,10 +19,9 @@ public:
     // Whether the termination that asked may go ahead.
     enum class TerminateReply { Cancel = 0, Now = 1 };
 
-    explicit QuitConfirmation(ActivationPolicy& policy);
+    explicit QuitConfirmation(AppWindows& windows);
 
-    // Shows the alert and acts on the answer: "Run in Background" switches to the accessory
-    // policy and hides every window. Blocks (in a modal loop) until the user answers.
+    // Shows the alert and acts on the answer: "Run in Background" hides every window. Blocks (in a modal loop) until the user answers.
     TerminateReply confirmQuit();
 
     // Shows the alert modally and returns the answer; closing it counts as Cancel.
@@ -40,5 +39,5 @@ public:
     static QString cancelTitle();
 
 private:
-    ActivationPolicy& m_policy;
+    AppWindows& m_windows;
 };

@@ -17,7 +17,7 @@
 
 TrayController::TrayController(Autostart& autostart, AutostartPreferences& preferences,
                          QObject* parent)
-    : QObject(parent), m_confirmation(m_policy), m_windows(autostart, preferences) {
+    : QObject(parent), m_confirmation(m_appWindows), m_windows(autostart, preferences) {
     // Quit requests reach the application object as QEvent::Quit, whoever sends them.
     qApp->installEventFilter(this);
     connect(qApp, &QGuiApplication::commitDataRequest, this, &TrayController::commitData,
@@ -32,7 +32,6 @@ TrayController::~TrayController() {
 void TrayController::applicationDidFinishLaunching(QMainWindow* mainWindow) {
     // Closing the last window hides it; Typolet keeps running in the tray.
     QApplication::setQuitOnLastWindowClosed(false);
-    m_policy.setActivationPolicy(ActivationPolicy::Policy::Regular);
     setupMainMenu(mainWindow);
     setupStatusItem();
 }
@@ -127,7 +126,7 @@ void TrayController::showAbout() {
 }
 
 void TrayController::openApp() {
-    m_policy.bringAllWindowsForward();
+    m_appWindows.showAll();
 }
 
 void TrayController::quitApp() {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ActivationPolicy.h"
+#include "AppWindows.h"
 #include "QuitConfirmation.h"
 #include "ShellWindows.h"
 
@@ -49,7 +49,7 @@ public:
     QWidget* preferencesWindow() const { return m_windows.preferencesWindow(); }
     QWidget* aboutWindow() const { return m_windows.aboutWindow(); }
     ShellWindows& windows() { return m_windows; }
-    ActivationPolicy& activationPolicy() { return m_policy; }
+    AppWindows& appWindows() { return m_appWindows; }
 
     // The menus, built at launch (the tray menu exists even without a tray, so it can be
     // inspected).
@@ -77,7 +77,7 @@ private:
     void popUpStatusMenu();
     void commitData(QSessionManager& manager);
 
-    ActivationPolicy m_policy;
+    AppWindows m_appWindows;
     QuitConfirmation m_confirmation;
     ShellWindows m_windows;
     std::unique_ptr<QSystemTrayIcon> m_statusItem;

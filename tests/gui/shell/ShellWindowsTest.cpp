@@ -2,7 +2,7 @@
 
 #include "ShellWindows.h"
 #include "AboutView.h"
-#include "ActivationPolicy.h"
+#include "AppWindows.h"
 #include "IsolatedTestMain.h"
 #include "Autostart.h"
 #include "AutostartPreferences.h"
@@ -70,11 +70,11 @@ void ShellWindowsTest::windowListLeavesOutWhatIsNotAWindow() {
     embedded.show();
 
     // Only windows the user has seen are hidden and brought back.
-    ActivationPolicy policy;
-    policy.hideApplication();
+    AppWindows windows;
+    windows.hideAll();
     QVERIFY(!shown.isVisible());
     QVERIFY(embedded.isVisible());
-    policy.bringAllWindowsForward();
+    windows.showAll();
     QVERIFY(shown.isVisible());
     QVERIFY(!neverShown.isVisible());
     QVERIFY(!sheet.isVisible());

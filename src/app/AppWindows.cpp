@@ -1,18 +1,9 @@
-#include "ActivationPolicy.h"
+#include "AppWindows.h"
 
 #include <QApplication>
 #include <QWidget>
 
-ActivationPolicy::ActivationPolicy(QObject* parent) : QObject(parent) {}
-
-void ActivationPolicy::setActivationPolicy(Policy policy) {
-    if (m_policy == policy)
-        return;
-    m_policy = policy;
-    emit policyChanged(policy);
-}
-
-QList<QWidget*> ActivationPolicy::applicationWindows() {
+QList<QWidget*> AppWindows::list() {
     QList<QWidget*> windows;
     const QWidgetList topLevels = QApplication::topLevelWidgets();
     for (QWidget* widget : topLevels) {
@@ -36,15 +27,16 @@ QList<QWidget*> ActivationPolicy::applicationWindows() {
     return windows;
 }
 
-void ActivationPolicy::hideApplication() {
-    const QList<QWidget*> windows = applicationWindows();
+void AppWindows::hideAll() {
+    m_inBackground = true;
+    const QList<QWidget*> windows = list();
     for (QWidget* window : windows)
         window->hide();
 }
 
-void ActivationPolicy::bringAllWindowsForward() {
-    setActivationPolicy(Policy::Regular);
-    const QList<QWidget*> windows = applicationWindows();
+void AppWindows::showAll() {
+    m_inBackground = false;
+    const QList<QWidget*> windows = list();
     for (QWidget* window : windows) {
         if (window->isMinimized())
             window->showNormal();
