@@ -59,7 +59,7 @@ std::optional<Snippet> decodeSnippet(const element& value) {
     return Snippet(*id, *command, *content, *createdAt, *categoryId);
 }
 
-std::optional<CategoryRef> decodeCategory(const element& value) {
+std::optional<Category> decodeCategory(const element& value) {
     object record;
     if (value.get_object().get(record) != simdjson::SUCCESS)
         return std::nullopt;
@@ -68,7 +68,7 @@ std::optional<CategoryRef> decodeCategory(const element& value) {
     const auto createdAt = numberField(record, "createdAt");
     if (!id || !name || !createdAt)
         return std::nullopt;
-    return CategoryRef::create(*id, *name, *createdAt);
+    return Category(*id, *name, *createdAt);
 }
 
 // Qt's reader, for the documents simdjson refuses while QJsonDocument reads them: Qt writes
@@ -94,7 +94,7 @@ std::optional<Snippet> decodeSnippet(const QJsonValue& value) {
     return Snippet(*id, *command, *content, createdAt.toDouble(), *categoryId);
 }
 
-std::optional<CategoryRef> decodeCategory(const QJsonValue& value) {
+std::optional<Category> decodeCategory(const QJsonValue& value) {
     const QJsonObject record = value.toObject();
     const QJsonValue id = record.value(QLatin1String("id"));
     const QJsonValue name = record.value(QLatin1String("name"));
@@ -102,7 +102,7 @@ std::optional<CategoryRef> decodeCategory(const QJsonValue& value) {
     const auto uuid = id.isString() ? RecordCodec::parseUuid(id.toString()) : std::nullopt;
     if (!value.isObject() || !uuid || !name.isString() || !createdAt.isDouble())
         return std::nullopt;
-    return CategoryRef::create(*uuid, name.toString(), createdAt.toDouble());
+    return Category(*uuid, name.toString(), createdAt.toDouble());
 }
 
 template <typename Record>
@@ -186,9 +186,9 @@ QJsonObject RecordCodec::encode(const Snippet& snippet) {
 
 QJsonObject RecordCodec::encode(const Category& category) {
     QJsonObject object;
-    object.insert(QLatin1String("createdAt"), category.createdAt());
-    object.insert(QLatin1String("id"), uuidString(category.id()));
-    object.insert(QLatin1String("name"), category.name());
+    object.insert(QLatin1String("createdAt"), category.createdAt);
+    object.insert(QLatin1String("id"), uuidString(category.id));
+    object.insert(QLatin1String("name"), category.name);
     return object;
 }
 
@@ -202,12 +202,12 @@ std::optional<QByteArray> RecordCodec::encodeSnippets(const QList<Snippet>& snip
     return compact(array);
 }
 
-std::optional<QByteArray> RecordCodec::encodeCategories(const QList<CategoryRef>& categories) {
+std::optional<QByteArray> RecordCodec::encodeCategories(const QList<Category>& categories) {
     QJsonArray array;
-    for (const CategoryRef& category : categories) {
-        if (!category || !std::isfinite(category->createdAt()))
+    for (const Category& category : categories) {
+        if (!std::isfinite(category.createdAt))
             return std::nullopt;
-        array.append(encode(*category));
+        array.append(encode(category));
     }
     return compact(array);
 }
@@ -217,7 +217,7 @@ std::optional<QList<Snippet>> RecordCodec::decodeSnippets(const QByteArray& json
     return decodeList<Snippet>(json, unreadable);
 }
 
-std::optional<QList<CategoryRef>> RecordCodec::decodeCategories(const QByteArray& json,
+std::optional<QList<Category>> RecordCodec::decodeCategories(const QByteArray& json,
                                                                  int* unreadable) {
-    return decodeList<CategoryRef>(json, unreadable);
+    return decodeList<Category>(json, unreadable);
 }

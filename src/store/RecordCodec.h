@@ -22,12 +22,12 @@ public:
 
     // nullopt when a record cannot be represented (a time that is not a finite number).
     static std::optional<QByteArray> encodeSnippets(const QList<Snippet>& snippets);
-    static std::optional<QByteArray> encodeCategories(const QList<CategoryRef>& categories);
+    static std::optional<QByteArray> encodeCategories(const QList<Category>& categories);
     // nullopt when the value is not a JSON array; records that do not decode are left out and
     // added to `*unreadable`.
     static std::optional<QList<Snippet>> decodeSnippets(const QByteArray& json,
                                                           int* unreadable = nullptr);
-    static std::optional<QList<CategoryRef>> decodeCategories(const QByteArray& json,
+    static std::optional<QList<Category>> decodeCategories(const QByteArray& json,
                                                               int* unreadable = nullptr);
 
     // Canonical upper-case form, and the strict parse that accepts either case.

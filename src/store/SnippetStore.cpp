@@ -15,11 +15,11 @@ SnippetStore::SnippetStore(const QString& settingsFile, QObject* parent)
       m_settings(SettingsFile::open(settingsFile)) {
     loadCategories();
     loadSnippets();
-    for (const CategoryRef& category : std::as_const(m_categories)) {
-        if (category->id() == Category::defaultCategoryId)
+    for (const Category& category : std::as_const(m_categories)) {
+        if (category.id == Category::defaultCategoryId)
             return;
     }
-    QList<CategoryRef> categories = m_categories;
+    QList<Category> categories = m_categories;
     categories.append(defaultCategory());
     setCategories(std::move(categories));
     saveCategories();
@@ -79,14 +79,14 @@ std::optional<DataError> SnippetStore::saved(const std::optional<QString>& saveE
     return saveError ? std::optional(DataError::notSaved(*saveError)) : std::nullopt;
 }
 
-void SnippetStore::setCategories(QList<CategoryRef> categories) {
+void SnippetStore::setCategories(QList<Category> categories) {
     m_categories = std::move(categories);
     emit categoriesChanged();
 }
 
-CategoryRef SnippetStore::category(const QUuid& id) const {
-    for (const CategoryRef& category : m_categories) {
-        if (category->id() == id)
+std::optional<Category> SnippetStore::category(const QUuid& id) const {
+    for (const Category& category : m_categories) {
+        if (category.id == id)
             return category;
     }
     return {};
@@ -96,10 +96,10 @@ bool SnippetStore::isDuplicateCategoryName(const QString& name,
                                                   std::optional<QUuid> excluding) const {
     // Full Unicode lower-casing, no trimming: "Work" clashes with "work", not with " Work".
     const QString candidate = name.toLower();
-    for (const CategoryRef& category : m_categories) {
-        if (excluding && category->id() == *excluding)
+    for (const Category& category : m_categories) {
+        if (excluding && category.id == *excluding)
             continue;
-        if (category->name().toLower() == candidate)
+        if (category.name.toLower() == candidate)
             return true;
     }
     return false;
@@ -108,7 +108,7 @@ bool SnippetStore::isDuplicateCategoryName(const QString& name,
 std::optional<DataError> SnippetStore::addCategory(const QString& name) {
     if (isDuplicateCategoryName(name, std::nullopt))
         return DataError::duplicateCategoryName();
-    QList<CategoryRef> categories = m_categories;
+    QList<Category> categories = m_categories;
     categories.append(Category::create(name));
     setCategories(std::move(categories));
     return saved(saveCategories());
@@ -116,29 +116,28 @@ std::optional<DataError> SnippetStore::addCategory(const QString& name) {
 
 std::optional<DataError> SnippetStore::updateCategory(const Category& category,
                                                              const QString& newName) {
-    if (isDuplicateCategoryName(newName, category.id()))
+    if (isDuplicateCategoryName(newName, category.id))
         return DataError::duplicateCategoryName();
     const auto found = std::find_if(m_categories.cbegin(), m_categories.cend(),
-                                    [&](const CategoryRef& c) { return c->id() == category.id(); });
+                                    [&](const Category& c) { return c.id == category.id; });
     if (found == m_categories.cend())
         return std::nullopt;
-    // A new object rather than a rename in place: holders of the old object keep what they had.
-    QList<CategoryRef> categories = m_categories;
+    QList<Category> categories = m_categories;
     categories[found - m_categories.cbegin()] =
-        CategoryRef::create(category.id(), newName, category.createdAt());
+        Category(category.id, newName, category.createdAt);
     setCategories(std::move(categories));
     return saved(saveCategories());
 }
 
 std::optional<DataError> SnippetStore::deleteCategory(const Category& category) {
-    const QUuid id = category.id(); // `category` may be one of the objects removed below
+    const QUuid id = category.id; // `category` may refer into the list changed below
     if (id == Category::defaultCategoryId)
         return std::nullopt;
     QList<Snippet> snippets = m_snippets;
     snippets.removeIf([&](const Snippet& s) { return s.categoryId == id; });
     setSnippets(std::move(snippets));
-    QList<CategoryRef> categories = m_categories;
-    categories.removeIf([&](const CategoryRef& c) { return c->id() == id; });
+    QList<Category> categories = m_categories;
+    categories.removeIf([&](const Category& c) { return c.id == id; });
     setCategories(std::move(categories));
     // One write carries both lists when the first fails (see write()).
     const std::optional<QString> categoriesError = saveCategories();

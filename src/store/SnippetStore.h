@@ -29,7 +29,7 @@ public:
     ~SnippetStore() override;
 
     const QList<Snippet>& snippets() const { return m_snippets; }
-    const QList<CategoryRef>& categories() const { return m_categories; }
+    const QList<Category>& categories() const { return m_categories; }
 
     // Bumped on every change to snippets(), so derived indexes know when to rebuild.
     quint64 snippetsRevision() const { return m_snippetsRevision; }
@@ -65,10 +65,10 @@ public:
     void loadSnippets();
     void loadCategories();
 
-    static CategoryRef defaultCategory() { return Category::defaultCategory(); }
+    static Category defaultCategory() { return Category::defaultCategory(); }
 
-    // The first category with this id, or null.
-    CategoryRef category(const QUuid& id) const;
+    // The first category with this id.
+    std::optional<Category> category(const QUuid& id) const;
 
     // Where the lists are kept on disk.
     QString settingsPath() const;
@@ -94,7 +94,7 @@ private:
     std::optional<DataError> commandError(const QString& command, const QUuid& snippetId) const;
     static std::optional<DataError> saved(const std::optional<QString>& saveError);
     bool isDuplicateCategoryName(const QString& name, std::optional<QUuid> excluding) const;
-    void setCategories(QList<CategoryRef> categories);
+    void setCategories(QList<Category> categories);
     std::optional<QString> write(const char* key, const QByteArray& data);
     void noteUnreadable(const QString& key, int records);
 
@@ -103,7 +103,7 @@ private:
     int m_unreadableRecords = 0;
     QString m_backupPath;
     QList<Snippet> m_snippets;
-    QList<CategoryRef> m_categories;
+    QList<Category> m_categories;
     quint64 m_snippetsRevision = 0;
     SnippetListEncoder m_snippetEncoder;
 };

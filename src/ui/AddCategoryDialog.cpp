@@ -114,8 +114,8 @@ void AddCategoryDialog::add() {
         setShowingDuplicateError(true);
         return;
     }
-    for (const CategoryRef& category : m_store.categories()) {
-        if (category->name() == name) {
+    for (const Category& category : m_store.categories()) {
+        if (category.name == name) {
             if (m_onAdd)
                 m_onAdd(category);
             break;

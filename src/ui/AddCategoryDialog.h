@@ -18,7 +18,7 @@ class SnippetStore;
 class AddCategoryDialog : public QDialog {
     Q_OBJECT
 public:
-    using AddHandler = std::function<void(const CategoryRef& category)>;
+    using AddHandler = std::function<void(const Category& category)>;
 
     static constexpr int sheetWidth = 440;
     static constexpr int sheetHeight = 280;

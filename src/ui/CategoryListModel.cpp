@@ -31,29 +31,31 @@ int CategoryListModel::rowCount(const QModelIndex& parent) const {
 QVariant CategoryListModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid() || index.row() >= m_categories.size())
         return {};
-    const CategoryRef& category = m_categories.at(index.row());
+    const Category& category = m_categories.at(index.row());
     switch (role) {
     case Qt::DisplayRole:
     case Qt::AccessibleTextRole:
-        return category->name();
+        return category.name;
     case IdRole:
-        return category->id();
+        return category.id;
     case CountRole:
-        return snippetCount(category->id());
+        return snippetCount(category.id);
     case ProtectedRole:
-        return Category::isProtected(category->id());
+        return Category::isProtected(category.id);
     default:
         return {};
     }
 }
 
-CategoryRef CategoryListModel::categoryAt(int row) const {
-    return row >= 0 && row < m_categories.size() ? m_categories.at(row) : CategoryRef();
+std::optional<Category> CategoryListModel::categoryAt(int row) const {
+    if (row < 0 || row >= m_categories.size())
+        return std::nullopt;
+    return m_categories.at(row);
 }
 
 int CategoryListModel::rowOf(const QUuid& id) const {
     for (int row = 0; row < m_categories.size(); ++row) {
-        if (m_categories.at(row)->id() == id)
+        if (m_categories.at(row).id == id)
             return row;
     }
     return -1;

@@ -21,7 +21,7 @@ public:
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
 
-    CategoryRef categoryAt(int row) const;
+    std::optional<Category> categoryAt(int row) const;
     int rowOf(const QUuid& id) const; // -1 when absent
     int snippetCount(const QUuid& categoryId) const;
 
@@ -29,6 +29,6 @@ private:
     void recount();
 
     SnippetStore& m_store;
-    QList<CategoryRef> m_categories;
+    QList<Category> m_categories;
     QHash<QUuid, int> m_counts;
 };

@@ -15,7 +15,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-CategoryRowView::CategoryRowView(SnippetStore& store, CategoryRef category,
+CategoryRowView::CategoryRowView(SnippetStore& store, Category category,
                                  int snippetCount, QWidget* parent)
     : QWidget(parent), m_store(store), m_category(std::move(category)),
       m_snippetCount(snippetCount) {
@@ -29,7 +29,7 @@ CategoryRowView::CategoryRowView(SnippetStore& store, CategoryRef category,
 
     auto* texts = new QVBoxLayout();
     texts->setSpacing(1);
-    m_name = new ElidedLabel(m_category->name(), this);
+    m_name = new ElidedLabel(m_category.name, this);
     m_name->setObjectName(QStringLiteral("categoryName"));
     m_name->setFont(UiTheme::headline());
     texts->addWidget(m_name);
@@ -56,13 +56,11 @@ CategoryRowView::CategoryRowView(SnippetStore& store, CategoryRef category,
         connect(m_editButton, &QAbstractButton::clicked, this, &CategoryRowView::showEditSheet);
         connect(m_deleteButton, &QAbstractButton::clicked, this, &CategoryRowView::showDeleteAlert);
     }
-    connect(m_category.data(), &Category::nameChanged, this,
-            [this](const QString& name) { m_name->setText(name); });
     applyColors();
 }
 
 bool CategoryRowView::isProtected() const {
-    return Category::isProtected(m_category->id());
+    return Category::isProtected(m_category.id);
 }
 
 QString CategoryRowView::countText() const {
@@ -73,7 +71,7 @@ QString CategoryRowView::deleteMessage() const {
     return tr("Are you sure you want to delete '%1'?\nThis will permanently delete all %n "
               "snippet(s) in this category.",
               nullptr, m_snippetCount)
-        .arg(m_category->name());
+        .arg(m_category.name);
 }
 
 void CategoryRowView::setSnippetCount(int count) {
@@ -125,14 +123,14 @@ void CategoryRowView::showDeleteAlert() {
         return;
     m_deleteAlert =
         FormParts::deleteAlert(tr("Delete Category"), deleteMessage(), window());
-    const CategoryRef category = m_category;
+    const Category category = m_category;
     SnippetStore* store = &m_store;
     QAbstractButton* confirm =
         m_deleteAlert->findChild<QPushButton*>(QStringLiteral("alertDeleteButton"));
     // The row itself goes away with its category, so the action holds what it needs.
     QWidget* window = this->window();
     connect(confirm, &QAbstractButton::clicked, store, [store, category, window] {
-        FormParts::refused(store->deleteCategory(*category), window);
+        FormParts::refused(store->deleteCategory(category), window);
     });
     m_deleteAlert->open();
 }

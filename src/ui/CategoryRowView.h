@@ -18,10 +18,10 @@ class SnippetStore;
 class CategoryRowView : public QWidget {
     Q_OBJECT
 public:
-    CategoryRowView(SnippetStore& store, CategoryRef category, int snippetCount,
+    CategoryRowView(SnippetStore& store, Category category, int snippetCount,
                     QWidget* parent = nullptr);
 
-    CategoryRef category() const { return m_category; }
+    Category category() const { return m_category; }
     int snippetCount() const { return m_snippetCount; }
     void setSnippetCount(int count);
 
@@ -53,7 +53,7 @@ private:
     void applyColors();
 
     SnippetStore& m_store;
-    CategoryRef m_category;
+    Category m_category;
     int m_snippetCount;
     bool m_isSelected = false;
 

@@ -235,15 +235,15 @@ bool ContentView::showingDetailPlaceholder() const {
     return m_detailStack->currentWidget() == m_detailPlaceholder;
 }
 
-void ContentView::setSelectedCategory(CategoryRef category) {
+void ContentView::setSelectedCategory(std::optional<Category> category) {
     m_selectedCategory = std::move(category);
-    m_title->setText(m_selectedCategory ? m_selectedCategory->name()
+    m_title->setText(m_selectedCategory ? m_selectedCategory->name
                                         : tr("All Snippets"));
-    m_addSnippetButton->setEnabled(!m_selectedCategory.isNull());
+    m_addSnippetButton->setEnabled(m_selectedCategory.has_value());
     {
         QScopedValueRollback guard(m_syncing, true);
         m_filterModel->setCategoryFilter(
-            m_selectedCategory ? std::optional<QUuid>(m_selectedCategory->id()) : std::nullopt);
+            m_selectedCategory ? std::optional<QUuid>(m_selectedCategory->id) : std::nullopt);
     }
     syncCategorySelection();
     syncSnippetSelection();
@@ -273,7 +273,7 @@ void ContentView::setSearchText(const QString& text) {
 
 void ContentView::syncCategorySelection() {
     QScopedValueRollback guard(m_syncing, true);
-    const int row = m_selectedCategory ? m_categoryModel->rowOf(m_selectedCategory->id()) : -1;
+    const int row = m_selectedCategory ? m_categoryModel->rowOf(m_selectedCategory->id) : -1;
     QItemSelectionModel* selection = m_categoryList->selectionModel();
     if (row < 0) {
         selection->clearSelection();
@@ -308,7 +308,7 @@ void ContentView::userSelectedCategory() {
     if (m_syncing)
         return;
     const QModelIndexList rows = m_categoryList->selectionModel()->selectedRows();
-    setSelectedCategory(rows.isEmpty() ? CategoryRef()
+    setSelectedCategory(rows.isEmpty() ? std::nullopt
                                        : m_categoryModel->categoryAt(rows.first().row()));
 }
 
@@ -351,9 +351,9 @@ void ContentView::rebuildCategoryRows() {
     // Rows are widgets (they carry buttons, sheets and alerts); categories are few.
     for (int row = 0; row < m_categoryModel->rowCount(); ++row) {
         const QModelIndex index = m_categoryModel->index(row);
-        auto* rowView = new CategoryRowView(
-            m_store, m_categoryModel->categoryAt(row),
-            m_categoryModel->snippetCount(m_categoryModel->categoryAt(row)->id()));
+        const Category category = *m_categoryModel->categoryAt(row);
+        auto* rowView = new CategoryRowView(m_store, category,
+                                            m_categoryModel->snippetCount(category.id));
         m_categoryList->setIndexWidget(index, rowView);
     }
 }
@@ -363,7 +363,7 @@ void ContentView::updateCategoryCounts() {
         if (auto* rowView = qobject_cast<CategoryRowView*>(
                 m_categoryList->indexWidget(m_categoryModel->index(row))))
             rowView->setSnippetCount(
-                m_categoryModel->snippetCount(m_categoryModel->categoryAt(row)->id()));
+                m_categoryModel->snippetCount(m_categoryModel->categoryAt(row)->id));
     }
 }
 
@@ -371,7 +371,7 @@ void ContentView::categoriesChanged() {
     // A rename replaces the category object; keep the selection on the current one, and drop
     // it when the category is gone.
     if (m_selectedCategory)
-        setSelectedCategory(m_store.category(m_selectedCategory->id()));
+        setSelectedCategory(m_store.category(m_selectedCategory->id));
     else
         syncCategorySelection();
 }
@@ -398,7 +398,7 @@ void ContentView::showAddSheet() {
     if (showingAddSheet() || !m_selectedCategory)
         return;
     m_addSheet = new AddSnippetDialog(
-        m_store, m_selectedCategory ? m_selectedCategory->id() : Category::defaultCategoryId,
+        m_store, m_selectedCategory ? m_selectedCategory->id : Category::defaultCategoryId,
         [this](const Snippet& added) { setSelectedSnippet(added); }, window());
     m_addSheet->setAttribute(Qt::WA_DeleteOnClose);
     m_addSheet->open();
@@ -410,7 +410,7 @@ void ContentView::showAddCategorySheet() {
         return;
     m_addCategorySheet = new AddCategoryDialog(
         m_store,
-        [this](const CategoryRef& category) {
+        [this](const Category& category) {
             // Selected once the sheet has started closing.
             QTimer::singleShot(0, this, [this, category] { setSelectedCategory(category); });
         },

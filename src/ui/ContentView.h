@@ -42,14 +42,14 @@ public:
 
     SnippetStore& store() const { return m_store; }
 
-    CategoryRef selectedCategory() const { return m_selectedCategory; }
+    std::optional<Category> selectedCategory() const { return m_selectedCategory; }
     std::optional<Snippet> selectedSnippet() const { return m_selectedSnippet; }
     std::optional<Snippet> snippetToDelete() const { return m_snippetToDelete; }
     QString searchText() const { return m_searchText; }
     // The snippets the middle column shows, in order.
     QList<Snippet> filteredSnippets() const;
 
-    void setSelectedCategory(CategoryRef category);
+    void setSelectedCategory(std::optional<Category> category);
     void setSelectedSnippet(std::optional<Snippet> snippet);
     void setSearchText(const QString& text);
 
@@ -110,7 +110,7 @@ private:
     SnippetListModel* m_snippetModel;
     SnippetFilterModel* m_filterModel;
 
-    CategoryRef m_selectedCategory;
+    std::optional<Category> m_selectedCategory;
     std::optional<Snippet> m_selectedSnippet;
     std::optional<Snippet> m_snippetToDelete;
     QString m_searchText;

@@ -14,7 +14,7 @@
 #include <QVBoxLayout>
 #include <limits>
 
-EditCategoryDialog::EditCategoryDialog(SnippetStore& store, CategoryRef category,
+EditCategoryDialog::EditCategoryDialog(SnippetStore& store, Category category,
                                    QWidget* parent)
     : QDialog(parent), m_store(store), m_category(std::move(category)) {
     setObjectName(QStringLiteral("editCategoryView"));
@@ -38,7 +38,7 @@ EditCategoryDialog::EditCategoryDialog(SnippetStore& store, CategoryRef category
     body->setContentsMargins(24, 20, 24, 20);
     body->setSpacing(6);
     body->addWidget(FormParts::secondaryText(tr("Name"), UiTheme::subheadline(), this));
-    m_nameField = new QLineEdit(m_category->name(), this);
+    m_nameField = new QLineEdit(m_category.name, this);
     m_nameField->setObjectName(QStringLiteral("nameField"));
     m_nameField->setPlaceholderText(tr("Category name"));
     m_nameField->setMaxLength(std::numeric_limits<int>::max()); // never cut a stored name
@@ -73,7 +73,7 @@ EditCategoryDialog::EditCategoryDialog(SnippetStore& store, CategoryRef category
     connect(m_cancelButton, &QAbstractButton::clicked, this, &QDialog::reject);
     connect(m_saveButton, &QAbstractButton::clicked, this, &EditCategoryDialog::save);
     const auto updateSave = [this] {
-        m_saveButton->setEnabled(!name().isEmpty() && name() != m_category->name());
+        m_saveButton->setEnabled(!name().isEmpty() && name() != m_category.name);
     };
     connect(m_nameField, &QLineEdit::textChanged, this, [this, updateSave] {
         setShowingDuplicateError(false);
@@ -93,14 +93,12 @@ void EditCategoryDialog::setShowingDuplicateError(bool showing) {
 
 void EditCategoryDialog::save() {
     const QString newName = name();
-    if (newName.isEmpty() || newName == m_category->name())
+    if (newName.isEmpty() || newName == m_category.name)
         return;
-    if (FormParts::refused(m_store.updateCategory(*m_category, newName), this)) {
+    // The renamed category reaches every view through the store's signal.
+    if (FormParts::refused(m_store.updateCategory(m_category, newName), this)) {
         setShowingDuplicateError(true);
         return;
     }
-    // The store put a renamed copy in its list; rename the object we hold too, so anything
-    // still showing it agrees.
-    m_category->setName(newName);
     accept();
 }

@@ -18,7 +18,7 @@ public:
     static constexpr int sheetWidth = 400;
     static constexpr int sheetHeight = 200;
 
-    EditCategoryDialog(SnippetStore& store, CategoryRef category,
+    EditCategoryDialog(SnippetStore& store, Category category,
                      QWidget* parent = nullptr);
 
     QString name() const;
@@ -34,7 +34,7 @@ private:
     void setShowingDuplicateError(bool showing);
 
     SnippetStore& m_store;
-    CategoryRef m_category;
+    Category m_category;
     bool m_showingDuplicateError = false;
 
     QLineEdit* m_nameField;

@@ -24,13 +24,13 @@ void require(bool holds, const char* what) {
 auto fields(const Snippet& s) {
     return std::tuple(s.id, s.command, s.content, std::bit_cast<quint64>(s.createdAt), s.categoryId);
 }
-auto fields(const CategoryRef& c) {
-    return std::tuple(c->id(), c->name(), std::bit_cast<quint64>(c->createdAt()));
+auto fields(const Category& c) {
+    return std::tuple(c.id, c.name, std::bit_cast<quint64>(c.createdAt));
 }
 QUuid idOf(const Snippet& s) { return s.id; }
-QUuid idOf(const CategoryRef& c) { return c->id(); }
+QUuid idOf(const Category& c) { return c.id; }
 double timeOf(const Snippet& s) { return s.createdAt; }
-double timeOf(const CategoryRef& c) { return c->createdAt(); }
+double timeOf(const Category& c) { return c.createdAt; }
 template <typename T>
 bool sameRecords(const QList<T>& a, const QList<T>& b) {
     if (a.size() != b.size())
@@ -100,7 +100,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         [](const QList<Snippet>& l) { return RecordCodec::encodeSnippets(l); });
     check(json, arrayLength, asQt,
           [](const QByteArray& j, int* u) { return RecordCodec::decodeCategories(j, u); },
-          [](const QList<CategoryRef>& l) { return RecordCodec::encodeCategories(l); });
+          [](const QList<Category>& l) { return RecordCodec::encodeCategories(l); });
 
     // Saving reuses each snippet's earlier JSON; fresh and reused, the bytes are the codec's.
     if (snippets) {

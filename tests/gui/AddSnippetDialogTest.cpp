@@ -15,12 +15,12 @@ namespace {
 // The window with "Work" (holding the `existing` commands) selected and the sheet open.
 struct OpenSheet {
     EditorFixture fixture;
-    CategoryRef work = fixture.addCategory(QStringLiteral("Work"));
+    Category work = fixture.addCategory(QStringLiteral("Work"));
     ContentView* view = nullptr;
     AddSnippetDialog* sheet = nullptr;
     explicit OpenSheet(const QStringList& existing = {}) {
         for (const QString& command : existing)
-            fixture.addSnippet(command, QStringLiteral("x"), work->id());
+            fixture.addSnippet(command, QStringLiteral("x"), work.id);
         view = fixture.show(work);
         sheet = open();
     }
@@ -80,7 +80,7 @@ private slots:
         QCOMPARE(commandsOf(s.fixture.reloaded()->snippets()), commandsOf(s.stored()));
         const Snippet added = s.stored().last();
         QCOMPARE(added.content, QStringLiteral("Hi,\nAda!"));
-        QCOMPARE(added.categoryId, s.work->id());
+        QCOMPARE(added.categoryId, s.work.id);
         QVERIFY(added.createdAt >= before - 1 && added.createdAt <= Timestamp::now() + 1);
         // Selected at once, in the list and in the detail pane.
         QCOMPARE(Shown::rows(s.view->snippetList()), (QStringList{";hi", "*;Hi "}));

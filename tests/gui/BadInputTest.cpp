@@ -22,10 +22,10 @@ class BadInputTest : public QObject {
 private slots:
     void hugeTextsKeepTheColumnsAndEveryCharacter() {
         EditorFixture fixture;
-        const CategoryRef huge = fixture.addCategory(QString(100000, QChar(u'N')));
+        const Category huge = fixture.addCategory(QString(100000, QChar(u'N')));
         const QString command(100000, QChar(u'c'));
         const QString content = QStringLiteral("line\n").repeated(20000);
-        fixture.addSnippet(command, content, huge->id());
+        fixture.addSnippet(command, content, huge.id);
         ContentView* view = fixture.show();
         const int detailWidth = widthOf(view, "detailPane");
         view->setSelectedCategory(huge);
@@ -35,7 +35,7 @@ private slots:
         QCOMPARE(view->detailView()->command(), command);
         QCOMPARE(view->detailView()->content(), content);
         // The title is cut, not the column.
-        QCOMPARE(view->title(), huge->name());
+        QCOMPARE(view->title(), huge.name);
         QVERIFY(view->findChild<ElidedLabel*>(QStringLiteral("title"))->width() < 450);
         // Editing and saving such a snippet works like any other; search reaches into it.
         view->detailView()->contentEditor()->moveCursor(QTextCursor::End);
@@ -54,12 +54,12 @@ private slots:
 
     void namesOfSpacesRightToLeftAndEmojiShowAsTyped() {
         EditorFixture fixture;
-        const CategoryRef spaces = fixture.addCategory(QStringLiteral("   "));
-        const CategoryRef hebrew = fixture.addCategory(QStringLiteral("עבודה 🚀"));
+        const Category spaces = fixture.addCategory(QStringLiteral("   "));
+        const Category hebrew = fixture.addCategory(QStringLiteral("עבודה 🚀"));
         const QString content = QStringLiteral("مرحبا 👋🏽👨‍👩‍👧‍👦");
-        fixture.addSnippet(QStringLiteral(";שלום"), content, hebrew->id());
+        fixture.addSnippet(QStringLiteral(";שלום"), content, hebrew.id);
         ContentView* view = fixture.show(spaces);
-        QCOMPARE(Shown::rowLabel(view->categoryRow(spaces->id()), "categoryName"),
+        QCOMPARE(Shown::rowLabel(view->categoryRow(spaces.id), "categoryName"),
                  QStringLiteral("   "));
         QCOMPARE(view->title(), QStringLiteral("   "));
         view->setSelectedCategory(hebrew);
@@ -78,23 +78,23 @@ private slots:
 
     void tenThousandSnippetsFilterScrollAndSelect() {
         EditorFixture fixture;
-        const CategoryRef even = fixture.addCategory(QStringLiteral("Even"));
-        const CategoryRef odd = fixture.addCategory(QStringLiteral("Odd"));
+        const Category even = fixture.addCategory(QStringLiteral("Even"));
+        const Category odd = fixture.addCategory(QStringLiteral("Odd"));
         QList<Snippet> many;
         for (int i = 0; i < 10000; ++i)
             many.append(Snippet::create(QStringLiteral(";s%1").arg(i),
                                          QStringLiteral("Snippet number %1").arg(i),
-                                         (i % 2 ? odd : even)->id()));
+                                         (i % 2 ? odd : even).id));
         fixture.store().setSnippets(many);
         fixture.store().saveSnippets();
         ContentView* view = fixture.show();
-        view->setSelectedCategory({});
+        view->setSelectedCategory(std::nullopt);
         QCOMPARE(view->snippetList()->model()->rowCount(), 10000);
         view->setSelectedCategory(odd);
         QCOMPARE(view->snippetList()->model()->rowCount(), 5000);
-        QCOMPARE(view->categoryRow(odd->id())->countText(), QStringLiteral("5000 snippets"));
-        view->categoryRow(odd->id())->setSnippetCount(1);
-        QCOMPARE(view->categoryRow(odd->id())->countText(), QStringLiteral("1 snippet"));
+        QCOMPARE(view->categoryRow(odd.id)->countText(), QStringLiteral("5000 snippets"));
+        view->categoryRow(odd.id)->setSnippetCount(1);
+        QCOMPARE(view->categoryRow(odd.id)->countText(), QStringLiteral("1 snippet"));
         // Scroll to the end and pick the last row.
         QScrollBar* scroll = view->snippetList()->verticalScrollBar();
         view->snippetList()->scrollToBottom();

@@ -16,8 +16,8 @@ AddCategoryDialog* openAddSheet(ContentView* view) {
     return GuiInput::openSheet(view->addCategoryButton(),
                                [view] { return view->addCategorySheet(); });
 }
-EditCategoryDialog* openEditSheet(ContentView* view, const CategoryRef& category) {
-    CategoryRowView* row = view->categoryRow(category->id());
+EditCategoryDialog* openEditSheet(ContentView* view, const Category& category) {
+    CategoryRowView* row = view->categoryRow(category.id);
     return GuiInput::openSheet(row->editButton(), [row] { return row->editSheet(); });
 }
 QWidget* duplicateError(QWidget* sheet) {
@@ -30,21 +30,21 @@ class CategoryViewsTest : public QObject {
 
 private slots:
     void rows() {
-        const CategoryRef work = Category::create(QStringLiteral("Work"));
-        const CategoryRef home = Category::create(QStringLiteral("Home"));
+        const Category work = Category::create(QStringLiteral("Work"));
+        const Category home = Category::create(QStringLiteral("Home"));
         EditorFixture fixture(
             {Category::defaultCategory(),
-             CategoryRef::create(Category::reservedCategoryId, QStringLiteral("Reserved"), 0.0),
+             Category(Category::reservedCategoryId, QStringLiteral("Reserved"), 0.0),
              work, home});
-        fixture.addSnippet(QStringLiteral(";a"), QStringLiteral("A"), work->id());
+        fixture.addSnippet(QStringLiteral(";a"), QStringLiteral("A"), work.id);
         ContentView* view = fixture.show();
-        CategoryRowView* row = view->categoryRow(work->id());
-        CategoryRowView* other = view->categoryRow(home->id());
+        CategoryRowView* row = view->categoryRow(work.id);
+        CategoryRowView* other = view->categoryRow(home.id);
         QVERIFY(row && other);
         QCOMPARE(Shown::rowLabel(row, "categoryName"), QStringLiteral("Work"));
         QCOMPARE(Shown::rowLabel(row, "categoryCount"), QStringLiteral("1 snippet"));
         QCOMPARE(Shown::rowLabel(other, "categoryCount"), QStringLiteral("0 snippets"));
-        fixture.addSnippet(QStringLiteral(";b"), QStringLiteral("B"), work->id());
+        fixture.addSnippet(QStringLiteral(";b"), QStringLiteral("B"), work.id);
         QCOMPARE(Shown::rowLabel(row, "categoryCount"), QStringLiteral("2 snippets"));
         // The built-in and the reserved category can be neither renamed nor deleted.
         for (const QUuid& id : {Category::defaultCategoryId, Category::reservedCategoryId})
@@ -95,10 +95,10 @@ private slots:
 
     void renameThenDelete() {
         EditorFixture fixture;
-        const CategoryRef work = fixture.addCategory(QStringLiteral("Work"));
-        const CategoryRef home = fixture.addCategory(QStringLiteral("Home"));
-        fixture.addSnippet(QStringLiteral(";w"), QStringLiteral("W"), work->id());
-        fixture.addSnippet(QStringLiteral(";h"), QStringLiteral("H"), home->id());
+        const Category work = fixture.addCategory(QStringLiteral("Work"));
+        const Category home = fixture.addCategory(QStringLiteral("Home"));
+        fixture.addSnippet(QStringLiteral(";w"), QStringLiteral("W"), work.id);
+        fixture.addSnippet(QStringLiteral(";h"), QStringLiteral("H"), home.id);
         ContentView* view = fixture.show(work);
         // Escape and Cancel keep the name.
         for (bool byEscape : {true, false}) {
@@ -111,7 +111,7 @@ private slots:
             else
                 GuiInput::click(sheet->cancelButton());
             QTRY_VERIFY(closing.isNull());
-            QCOMPARE(work->name(), QStringLiteral("Work"));
+            QCOMPARE(fixture.store().category(work.id)->name, QStringLiteral("Work"));
         }
         EditCategoryDialog* sheet = openEditSheet(view, work);
         QVERIFY(sheet);
@@ -132,13 +132,13 @@ private slots:
         const QStringList renamed{"Uncategory", "WORK", "Home"};
         QCOMPARE(namesOf(fixture.store().categories()), renamed);
         QCOMPARE(namesOf(fixture.reloaded()->categories()), renamed);
-        QCOMPARE(Shown::rowLabel(view->categoryRow(work->id()), "categoryName"),
+        QCOMPARE(Shown::rowLabel(view->categoryRow(work.id), "categoryName"),
                  QStringLiteral("WORK"));
         QCOMPARE(Shown::snippets(view), (QStringList{"WORK", ";w"}));
         // Deleting asks first, then takes the category's snippets along.
         GuiInput::clickRow(view->snippetList(), 0);
         for (const QString& answer : {QStringLiteral("Cancel"), QStringLiteral("Delete")}) {
-            GuiInput::click(view->categoryRow(work->id())->deleteButton());
+            GuiInput::click(view->categoryRow(work.id)->deleteButton());
             QCOMPARE(GuiInput::answerAlert(QStringLiteral("Delete Category"), answer),
                      QStringLiteral("Are you sure you want to delete 'WORK'?\nThis will "
                                     "permanently delete the 1 snippet in this category."));

@@ -16,14 +16,14 @@ namespace {
 // Work: ;addr ;Sig ;mtg   Personal: ;home   no category: ;lost   (stored interleaved)
 struct Library {
     EditorFixture fixture;
-    CategoryRef work = fixture.addCategory(QStringLiteral("Work"));
-    CategoryRef personal = fixture.addCategory(QStringLiteral("Personal"));
+    Category work = fixture.addCategory(QStringLiteral("Work"));
+    Category personal = fixture.addCategory(QStringLiteral("Personal"));
     Library() {
         for (const auto& [command, content, category] :
-             {std::tuple(";addr", "221B Baker Street", work->id()),
-              {";home", "Upper Road", personal->id()},
-              {";Sig", "Best regards,\nAda", work->id()},
-              {";mtg", "Meeting@10", work->id()},
+             {std::tuple(";addr", "221B Baker Street", work.id),
+              {";home", "Upper Road", personal.id},
+              {";Sig", "Best regards,\nAda", work.id},
+              {";mtg", "Meeting@10", work.id},
               {";lost", "Its category is gone", QUuid::createUuid()}})
             fixture.addSnippet(QString::fromUtf8(command), QString::fromUtf8(content), category);
     }
@@ -74,7 +74,7 @@ private slots:
         // A snippet added meanwhile shows at once, search applied.
         QTest::keyClicks(view->searchField(), QStringLiteral("new"));
         QCOMPARE(Shown::snippets(view), QStringList{"All Snippets"});
-        lib.fixture.addSnippet(QStringLiteral(";new"), QStringLiteral("x"), lib.personal->id());
+        lib.fixture.addSnippet(QStringLiteral(";new"), QStringLiteral("x"), lib.personal.id);
         QCOMPARE(Shown::snippets(view), (QStringList{"All Snippets", ";new"}));
     }
 
@@ -101,7 +101,7 @@ private slots:
         QFETCH(QStringList, found);
         Library lib;
         ContentView* view = lib.fixture.show();
-        view->setSelectedCategory(before == work ? lib.work : CategoryRef());
+        view->setSelectedCategory(before == work ? std::optional(lib.work) : std::nullopt);
         QCOMPARE(Shown::snippets(view), before);
         QTest::keyClicks(view->searchField(), typed);
         QCOMPARE(Shown::snippets(view), found);
@@ -122,7 +122,7 @@ private slots:
         QVERIFY(!view->showingDetailPlaceholder());
         // The command is quoted as typed: not as markup, double space kept.
         const QString odd = QStringLiteral("<b>it's</b>  & co ");
-        lib.fixture.addSnippet(odd, QStringLiteral("x"), lib.work->id());
+        lib.fixture.addSnippet(odd, QStringLiteral("x"), lib.work.id);
         GuiInput::clickTrash(view->snippetList(), 3);
         QCOMPARE(GuiInput::answerAlert(title, QStringLiteral("Cancel")), question.arg(odd));
         // Another row's trash asks about that row without selecting it. Delete removes that

@@ -14,7 +14,7 @@
 #include <QTextDocument>
 
 namespace {
-QString preparedPath(const TemporarySettings& settings, const QList<CategoryRef>& categories) {
+QString preparedPath(const TemporarySettings& settings, const QList<Category>& categories) {
     if (!categories.isEmpty())
         settings.write(QLatin1String(SnippetStore::categoriesKey),
                        *RecordCodec::encodeCategories(categories));
@@ -22,7 +22,7 @@ QString preparedPath(const TemporarySettings& settings, const QList<CategoryRef>
 }
 } // namespace
 
-EditorFixture::EditorFixture(const QList<CategoryRef>& storedCategories)
+EditorFixture::EditorFixture(const QList<Category>& storedCategories)
     : m_store(std::make_unique<SnippetStore>(preparedPath(m_settings, storedCategories))) {
     // The texts as the program shows them, plural forms included.
     static const bool translated = (Translations::install(*QCoreApplication::instance()), true);
@@ -35,7 +35,7 @@ EditorFixture::~EditorFixture() {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-CategoryRef EditorFixture::addCategory(const QString& name) {
+Category EditorFixture::addCategory(const QString& name) {
     if (m_store->addCategory(name))
         qFatal("category %s already exists", qPrintable(name));
     return m_store->categories().last();
@@ -49,7 +49,7 @@ Snippet EditorFixture::addSnippet(const QString& command, const QString& content
     return snippet;
 }
 
-ContentView* EditorFixture::show(const CategoryRef& category) {
+ContentView* EditorFixture::show(const std::optional<Category>& category) {
     m_window = std::make_unique<ContentView>(*m_store);
     m_window->resize(1160, 680);
     m_window->show();
@@ -149,9 +149,9 @@ QStringList commandsOf(const QList<Snippet>& snippets) {
     return commands;
 }
 
-QStringList namesOf(const QList<CategoryRef>& categories) {
+QStringList namesOf(const QList<Category>& categories) {
     QStringList names;
-    for (const CategoryRef& category : categories)
-        names << category->name();
+    for (const Category& category : categories)
+        names << category.name;
     return names;
 }

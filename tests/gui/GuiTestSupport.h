@@ -19,16 +19,16 @@ class QListView;
 class EditorFixture {
 public:
     // `storedCategories` are written to the settings file first, as if an earlier run saved them.
-    explicit EditorFixture(const QList<CategoryRef>& storedCategories = {});
+    explicit EditorFixture(const QList<Category>& storedCategories = {});
     ~EditorFixture();
 
     SnippetStore& store() { return *m_store; }
     TemporarySettings& settings() { return m_settings; }
-    CategoryRef addCategory(const QString& name);
+    Category addCategory(const QString& name);
     // Appends and saves a snippet the way the editor does.
     Snippet addSnippet(const QString& command, const QString& content, const QUuid& categoryId);
     // Shows the window, active, with `category` selected when one is given.
-    ContentView* show(const CategoryRef& category = {});
+    ContentView* show(const std::optional<Category>& category = std::nullopt);
     // Reads the store back from disk, as the next start of the program would.
     std::unique_ptr<SnippetStore> reloaded() const {
         return std::make_unique<SnippetStore>(m_settings.path());
@@ -81,4 +81,4 @@ QString rowLabel(const CategoryRowView* row, const char* label);
 } // namespace Shown
 
 QStringList commandsOf(const QList<Snippet>& snippets);
-QStringList namesOf(const QList<CategoryRef>& categories);
+QStringList namesOf(const QList<Category>& categories);

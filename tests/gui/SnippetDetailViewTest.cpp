@@ -15,13 +15,13 @@ namespace {
 // Work: ;hi ;bye, and the window with ;hi selected.
 struct Editing {
     EditorFixture fixture;
-    CategoryRef work = fixture.addCategory(QStringLiteral("Work"));
-    Snippet hi = fixture.addSnippet(QStringLiteral(";hi"), QStringLiteral("Hello"), work->id());
+    Category work = fixture.addCategory(QStringLiteral("Work"));
+    Snippet hi = fixture.addSnippet(QStringLiteral(";hi"), QStringLiteral("Hello"), work.id);
     ContentView* view = nullptr;
     SnippetDetailView* detail = nullptr;
     QLabel* error = nullptr;
     Editing() {
-        fixture.addSnippet(QStringLiteral(";bye"), QStringLiteral("Goodbye"), work->id());
+        fixture.addSnippet(QStringLiteral(";bye"), QStringLiteral("Goodbye"), work.id);
         view = fixture.show(work);
         GuiInput::clickRow(view->snippetList(), 0);
         detail = view->detailView();
@@ -56,7 +56,7 @@ private slots:
         QCOMPARE(commandsOf(e.fixture.store().snippets()), (QStringList{";hiya", ";bye"}));
         QCOMPARE(e.saved(), (QStringList{";hiya", "Hello there"}));
         QCOMPARE(e.stored().id, e.hi.id);
-        QCOMPARE(e.stored().categoryId, e.work->id());
+        QCOMPARE(e.stored().categoryId, e.work.id);
         QCOMPARE(e.stored().createdAt, e.hi.createdAt);
         QCOMPARE(e.fixture.reloaded()->snippets().first().content, QStringLiteral("Hello there"));
         // The list and the window's selection show the saved values.
@@ -159,7 +159,7 @@ private slots:
         QString huge(SnippetDetailView::editableLineLimit + 5, QLatin1Char('x'));
         huge[SnippetDetailView::editableLineLimit - 1] = QChar(0xD83D); // half of an emoji
         huge[SnippetDetailView::editableLineLimit] = QChar(0xDE00);
-        const Snippet big = e.fixture.addSnippet(QStringLiteral(";big"), huge, e.work->id());
+        const Snippet big = e.fixture.addSnippet(QStringLiteral(";big"), huge, e.work.id);
         e.view->setSelectedSnippet(big);
         QVERIFY(e.detail->contentIsCut());
         QVERIFY(e.detail->contentEditor()->isReadOnly());

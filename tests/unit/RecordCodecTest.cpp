@@ -46,9 +46,7 @@ private slots:
             *RecordCodec::encodeSnippets({Snippet(kId, "", "", -1.25, kCategory)}),
             R"([{"categoryId":"A1B2C3D4-E5F6-4789-ABCD-EF0123456789","command":"","content":"",)"
             R"("createdAt":-1.25,"id":"6F1C2B7E-0A9D-4C4B-9F43-1E2D3C4B5A69"}])");
-        const CategoryRef category = Category::defaultCategory();
-        QVERIFY(category != Category::defaultCategory()); // a new object every time
-        QCOMPARE(*RecordCodec::encodeCategories({category}),
+        QCOMPARE(*RecordCodec::encodeCategories({Category::defaultCategory()}),
                  R"([{"createdAt":-978307200,"id":"00000000-0000-0000-0000-000000000000",)"
                  R"("name":"Uncategory"}])");
         QCOMPARE(Timestamp::toDateTime(0), QDateTime(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC));
@@ -94,9 +92,9 @@ private slots:
         const auto categories = RecordCodec::decodeCategories(
             R"([{"id":"a1b2c3d4-e5f6-4789-abcd-ef0123456789","name":"Work","createdAt":5.5,"x":1}])");
         QVERIFY(categories);
-        QCOMPARE(categories->at(0)->id(), kCategory);
-        QCOMPARE(categories->at(0)->name(), "Work");
-        QCOMPARE(categories->at(0)->createdAt(), 5.5);
+        QCOMPARE(categories->at(0).id, kCategory);
+        QCOMPARE(categories->at(0).name, "Work");
+        QCOMPARE(categories->at(0).createdAt, 5.5);
         QCOMPARE(RecordCodec::decodeSnippets("[]")->size(), 0);
         QCOMPARE(RecordCodec::decodeCategories("[]")->size(), 0);
     }
@@ -168,7 +166,7 @@ private slots:
         snippets[0].createdAt = std::numeric_limits<double>::quiet_NaN();
         QVERIFY(!encoder.encode(snippets));
         QVERIFY(!RecordCodec::encodeSnippets(snippets));
-        QVERIFY(!RecordCodec::encodeCategories({CategoryRef::create(kCategory, "x", kInfinity)}));
+        QVERIFY(!RecordCodec::encodeCategories({Category(kCategory, "x", kInfinity)}));
     }
 };
 

@@ -24,7 +24,7 @@ QByteArray contents(const QString& path) {
 const QUuid kWork{QStringLiteral("a1b2c3d4-e5f6-4789-abcd-ef0123456789")};
 const QUuid kDefault = Category::defaultCategoryId;
 
-QByteArray categoriesJson(const QList<CategoryRef>& categories) {
+QByteArray categoriesJson(const QList<Category>& categories) {
     return *RecordCodec::encodeCategories(categories);
 }
 
@@ -45,10 +45,10 @@ QStringList commands(const QList<Snippet>& snippets) {
     return result;
 }
 
-QStringList names(const QList<CategoryRef>& categories) {
+QStringList names(const QList<Category>& categories) {
     QStringList result;
-    for (const CategoryRef& c : categories)
-        result.append(c->name());
+    for (const Category& c : categories)
+        result.append(c.name);
     return result;
 }
 
@@ -67,10 +67,10 @@ class SnippetStoreTest : public QObject {
     Q_OBJECT
 private slots:
     void storedCategoriesAreKeptAndTheDefaultAppendedIfMissing() {
-        const CategoryRef work = CategoryRef::create(kWork, "Work", 5);
+        const Category work = Category(kWork, "Work", 5);
         TemporarySettings withDefault, without;
         // The default renamed and not first: the stored bytes must survive untouched.
-        const QByteArray stored = categoriesJson({work, CategoryRef::create(kDefault, "Misc", 9)});
+        const QByteArray stored = categoriesJson({work, Category(kDefault, "Misc", 9)});
         withDefault.write("Categories", stored);
         without.write("Categories", categoriesJson({work}));
         SnippetStore kept(withDefault.path()), completed(without.path());
@@ -99,7 +99,7 @@ private slots:
             UpdateRecorder updates(store);
             QVERIFY(store.snippets().isEmpty());
             QCOMPARE(store.categories().size(), 1);
-            QCOMPARE(store.categories().at(0)->id(), kDefault);
+            QCOMPARE(store.categories().at(0).id, kDefault);
             QCOMPARE(settings.read("Categories").toByteArray(),
                      categoriesJson({Category::defaultCategory()}));
             // Unreadable snippets stay on disk until the user saves, so that a later fix of the
@@ -127,16 +127,14 @@ private slots:
         QCOMPARE(storedNames(settings),
                  QStringList({"Uncategory", "work", "ÉTÉ", "Work ", " work"}));
 
-        // A rename checks the other names only, and replaces the object.
-        const CategoryRef work = store.categories().at(1);
-        QVERIFY(!store.updateCategory(*work, "WORK"));
-        const CategoryRef renamed = store.categories().at(1);
-        QVERIFY(renamed != work);       // a new object...
-        QVERIFY(*renamed == *work);     // ...for the same category
-        QCOMPARE(work->name(), "work"); // the old object is left as it was
-        QCOMPARE(renamed->createdAt(), work->createdAt());
-        QVERIFY(store.updateCategory(*renamed, "été"));
-        QVERIFY(store.updateCategory(*renamed, "uncategory"));
+        // A rename checks the other names only, and keeps the id and creation time.
+        const Category work = store.categories().at(1);
+        QVERIFY(!store.updateCategory(work, "WORK"));
+        const Category renamed = store.categories().at(1);
+        QVERIFY(renamed == work && renamed.name == "WORK");
+        QCOMPARE(renamed.createdAt, work.createdAt);
+        QVERIFY(store.updateCategory(renamed, "été"));
+        QVERIFY(store.updateCategory(renamed, "uncategory"));
         QCOMPARE(storedNames(settings),
                  QStringList({"Uncategory", "WORK", "ÉTÉ", "Work ", " work"}));
 
@@ -150,12 +148,12 @@ private slots:
     void duplicateIdsAreRenamedFirstAndDeletedAll() {
         TemporarySettings settings;
         settings.write("Categories", categoriesJson({Category::defaultCategory(),
-                                                     CategoryRef::create(kWork, "A", 1),
-                                                     CategoryRef::create(kWork, "B", 2)}));
+                                                     Category(kWork, "A", 1),
+                                                     Category(kWork, "B", 2)}));
         SnippetStore store(settings.path());
-        QVERIFY(!store.updateCategory(*store.categories().at(2), "C"));
+        QVERIFY(!store.updateCategory(store.categories().at(2), "C"));
         QCOMPARE(names(store.categories()), QStringList({"Uncategory", "C", "B"}));
-        QVERIFY(!store.deleteCategory(*store.categories().at(2)));
+        QVERIFY(!store.deleteCategory(store.categories().at(2)));
         QCOMPARE(names(store.categories()), QStringList({"Uncategory"}));
     }
 
@@ -164,16 +162,16 @@ private slots:
         SnippetStore store(settings.path());
         UpdateRecorder updates(store);
         QVERIFY(!store.addCategory("Work"));
-        const CategoryRef work = store.categories().at(1);
-        store.appendSnippet(Snippet::create(";a", "a", work->id()));
+        const Category work = store.categories().at(1);
+        store.appendSnippet(Snippet::create(";a", "a", work.id));
         store.appendSnippet(Snippet::create(";b", "b", kDefault));
-        store.appendSnippet(Snippet::create(";c", "c", work->id()));
+        store.appendSnippet(Snippet::create(";c", "c", work.id));
 
-        QVERIFY(!store.deleteCategory(*Category::defaultCategory()));
+        QVERIFY(!store.deleteCategory(Category::defaultCategory()));
         QCOMPARE(store.categories().size(), 2);
         QVERIFY(!settings.contains("Shortcuts")); // nothing saved
 
-        QVERIFY(!store.deleteCategory(*work));
+        QVERIFY(!store.deleteCategory(work));
         QCOMPARE(names(store.categories()), QStringList({"Uncategory"}));
         QCOMPARE(commands(store.snippets()), QStringList({";b"}));
         QCOMPARE(storedCommands(settings), QStringList({";b"}));
@@ -253,7 +251,7 @@ private slots:
         {
             SnippetStore store(settings.path());
             QVERIFY(!store.addCategory("Work"));
-            store.appendSnippet(Snippet::create(";big", big, store.categories().at(1)->id()));
+            store.appendSnippet(Snippet::create(";big", big, store.categories().at(1).id));
             store.appendSnippet(Snippet::create(";nl", "line 1\nline 2\ttab", QUuid()));
             store.saveSnippets();
         }
@@ -261,7 +259,7 @@ private slots:
         QCOMPARE(names(again.categories()), QStringList({"Uncategory", "Work"}));
         QCOMPARE(commands(again.snippets()), QStringList({";big", ";nl"}));
         QVERIFY(again.snippets().at(0).content == big);
-        QCOMPARE(again.snippets().at(0).categoryId, again.categories().at(1)->id());
+        QCOMPARE(again.snippets().at(0).categoryId, again.categories().at(1).id);
         QCOMPARE(again.snippets().at(1).content, "line 1\nline 2\ttab");
     }
 

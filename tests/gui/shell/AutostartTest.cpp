@@ -157,7 +157,7 @@ void AutostartTest::firstAppearanceTurnsItOnOnlyOnce() {
     // Nor do the flags overwrite the snippets.
     SnippetStore store(settings.path());
     QVERIFY(std::any_of(store.categories().begin(), store.categories().end(),
-                        [](const CategoryRef& c) { return c->name() == QLatin1String("Work"); }));
+                        [](const Category& c) { return c.name == QLatin1String("Work"); }));
 }
 
 void AutostartTest::defaultsUseTheUsersConfigFolder() {
