@@ -105,14 +105,11 @@ std::optional<Category> decodeCategory(const QJsonValue& value) {
     return Category(*uuid, name.toString(), createdAt.toDouble());
 }
 
-template <typename Record>
-std::optional<QList<Record>> decodeListWithQt(const QByteArray& json, int* unreadable) {
-    QJsonParseError error{};
-    const QJsonDocument document = QJsonDocument::fromJson(json, &error);
-    if (error.error != QJsonParseError::NoError || !document.isArray())
-        return std::nullopt;
+// Every element of `array` that decodes as a Record, counting the others.
+template <typename Record, typename Array>
+QList<Record> decodeElements(const Array& array, int* unreadable) {
     QList<Record> records;
-    for (const QJsonValue& value : document.array()) {
+    for (const auto& value : array) {
         std::optional<Record> record;
         if constexpr (std::is_same_v<Record, Snippet>)
             record = decodeSnippet(value);
@@ -126,31 +123,22 @@ std::optional<QList<Record>> decodeListWithQt(const QByteArray& json, int* unrea
     return records;
 }
 
-// Every element of the JSON array in `json` that decodes, counting the others; nullopt when
-// the text is not JSON or not an array.
+// The records of the JSON array in `json`; nullopt when the text is not JSON or not an array.
 template <typename Record>
 std::optional<QList<Record>> decodeList(const QByteArray& json, int* unreadable) {
     simdjson::dom::parser parser;
     simdjson::dom::element document;
-    if (parser.parse(json.constData(), size_t(json.size())).get(document) != simdjson::SUCCESS)
-        return decodeListWithQt<Record>(json, unreadable);
-    simdjson::dom::array array;
-    if (document.get_array().get(array) != simdjson::SUCCESS)
-        return std::nullopt;
-    QList<Record> records;
-    records.reserve(qsizetype(array.size()));
-    for (const element value : array) {
-        std::optional<Record> record;
-        if constexpr (std::is_same_v<Record, Snippet>)
-            record = decodeSnippet(value);
-        else
-            record = decodeCategory(value);
-        if (record)
-            records.append(std::move(*record));
-        else if (unreadable)
-            ++*unreadable;
+    if (parser.parse(json.constData(), size_t(json.size())).get(document) == simdjson::SUCCESS) {
+        simdjson::dom::array array;
+        if (document.get_array().get(array) != simdjson::SUCCESS)
+            return std::nullopt;
+        return decodeElements<Record>(array, unreadable);
     }
-    return records;
+    QJsonParseError error{};
+    const QJsonDocument qtDocument = QJsonDocument::fromJson(json, &error);
+    if (error.error != QJsonParseError::NoError || !qtDocument.isArray())
+        return std::nullopt;
+    return decodeElements<Record>(qtDocument.array(), unreadable);
 }
 
 QByteArray compact(const QJsonArray& array) {
