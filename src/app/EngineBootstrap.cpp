@@ -37,6 +37,7 @@ bool EngineBootstrap::start(SnippetStore& store) {
     m_engine = std::make_unique<TextExpander>(
         store,
         EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), m_output.get()});
+    m_engine->setIgnoringKeys(m_ignoringKeys);
     const bool listening = m_engine->isMonitoring();
     if (listening)
         m_output->open();
@@ -47,6 +48,12 @@ bool EngineBootstrap::start(SnippetStore& store) {
     PermissionGuidance guidance(*m_permissions, *presenter);
     guidance.checkAndRequestPermissions();
     return listening;
+}
+
+void EngineBootstrap::setIgnoringKeys(bool ignoring) {
+    m_ignoringKeys = ignoring;
+    if (m_engine)
+        m_engine->setIgnoringKeys(ignoring);
 }
 
 void EngineBootstrap::restoreKeyboardMapping() { m_output->restoreSpareKeyCodes(); }

@@ -26,6 +26,9 @@ public:
     // listens.
     bool start(SnippetStore& store);
 
+    // Whether typed keys are looked at (see TextExpander::setIgnoringKeys).
+    void setIgnoringKeys(bool ignoring);
+
     // Empties the spare keycodes the output bound (at quit).
     void restoreKeyboardMapping();
 
@@ -38,4 +41,5 @@ private:
     std::unique_ptr<TextExpander> m_engine;
     std::unique_ptr<MessageBoxPermissionAlert> m_windowAlert;
     std::unique_ptr<ConsolePermissionAlert> m_consoleAlert;
+    bool m_ignoringKeys = false;
 };

@@ -13,6 +13,8 @@
 
 #include <QApplication>
 #include <QCoreApplication>
+#include <QGuiApplication>
+#include <QWindow>
 #include <csignal>
 #include <memory>
 #include <sys/socket.h>
@@ -94,6 +96,11 @@ int main(int argc, char* argv[]) {
         std::signal(SIGTERM, onTerminationSignal);
         std::signal(SIGINT, onTerminationSignal);
     }
+    // A command typed into one of Typolet's own fields (the snippet editor, the search) is
+    // text for that field: while a Typolet window has the focus, nothing expands.
+    const auto followFocus = [&engine](QWindow* focused) { engine.setIgnoringKeys(focused != nullptr); };
+    followFocus(QGuiApplication::focusWindow());
+    QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, app.get(), followFocus);
     QObject::connect(app.get(), &QCoreApplication::aboutToQuit,
                      [&engine] { engine.restoreKeyboardMapping(); });
     return app->exec();

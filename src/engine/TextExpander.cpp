@@ -58,6 +58,11 @@ void TextExpander::startMonitoring() {
     m_monitoring = true;
 }
 
+void TextExpander::setIgnoringKeys(bool ignoring) {
+    m_ignoringKeys = ignoring;
+    m_buffer.clear();
+}
+
 void TextExpander::keyDown(const KeyStroke& stroke) {
     KeyTranslator* translator = m_platform.translator;
     // Modifier keys alone are not typing; they never count as a key-down here.
@@ -65,7 +70,11 @@ void TextExpander::keyDown(const KeyStroke& stroke) {
         return;
     qCInfo(lcKeys).noquote() << QStringLiteral("Key down: ") + QString::number(stroke.keyCode) +
                        (stroke.repeats ? QStringLiteral(" repeated %1 times").arg(stroke.repeats)
+                                       : QString()) +
+                       (m_ignoringKeys ? QStringLiteral(" (in Typolet's own window: ignored)")
                                        : QString());
+    if (m_ignoringKeys)
+        return;
     if (stroke.repeats > 0 && stroke.repeatCountUncertain) {
         // One repeat more or less would leave the buffer unlike the application's text.
         qCInfo(lcKeys).noquote() << QStringLiteral("Held key with an uncertain repeat count: buffer cleared");
@@ -152,7 +161,7 @@ bool TextExpander::applyKey(const QString& character) {
 }
 
 void TextExpander::handleKeyPress(const QString& character) {
-    if (applyKey(character))
+    if (!m_ignoringKeys && applyKey(character))
         checkForMatch();
 }
 

@@ -41,6 +41,11 @@ public:
                  QObject* parent = nullptr);
     ~TextExpander() override;
 
+    // While set, typed keys are not looked at: in Typolet's own windows a command is text to
+    // type into a field, never something to expand. The buffer starts empty afterwards.
+    void setIgnoringKeys(bool ignoring);
+    bool isIgnoringKeys() const { return m_ignoringKeys; }
+
     // Whether startMonitoring() got the key monitor running.
     bool isMonitoring() const { return m_monitoring; }
     // Between a match and the end of its output.
@@ -91,6 +96,7 @@ private:
     quint64 m_indexedRevision = ~quint64(0);
 
     bool m_expanding = false;
+    bool m_ignoringKeys = false;
     bool m_holding = false;
     bool m_saidCannotHold = false;
     // Texts that reached the application during the expansion and enter the buffer after it.

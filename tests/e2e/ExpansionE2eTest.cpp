@@ -178,6 +178,24 @@ private slots:
         QVERIFY(type(session, QStringLiteral(";many")));
         expectShown(session, content);
     }
+
+    // A command typed into Typolet's own window is text for its field, while the same command
+    // typed in another application expands.
+    void nothingExpandsInTypoletsOwnWindow() {
+        XSession session;
+        QVERIFY(prepare(session, {{";sig", "Best regards"}}));
+        QVERIFY(session.run(QStringLiteral("xdotool"), {"type", "--delay", "30", ";sig"}));
+        expectShown(session, QStringLiteral("Best regards"));
+
+        QVERIFY(session.run(QStringLiteral("xdotool"),
+                            {"search", "--onlyvisible", "--name", "^Typolet$", "windowfocus"}));
+        QVERIFY(session.run(QStringLiteral("xdotool"), {"type", "--delay", "30", ";sig"}));
+        QVERIFY2(XSession::waitFor([&] {
+                     return session.typoletOutput().count(QLatin1String("ignored")) >= 4;
+                 }),
+                 qPrintable(session.typoletOutput().right(1500)));
+        QCOMPARE(session.typoletOutput().count(QLatin1String("Match found")), 1);
+    }
 };
 
 QTEST_GUILESS_MAIN(ExpansionE2eTest)

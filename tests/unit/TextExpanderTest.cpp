@@ -170,6 +170,21 @@ private slots:
         QCOMPARE(rig.engine.buffer(), "b");
     }
 
+    // In Typolet's own windows a command is text for the field: nothing is looked at, and what
+    // was typed there never completes a command typed after.
+    void ignoredKeysNeverExpandNorCount() {
+        Rig rig;
+        rig.add(";ab", "A");
+        rig.type(";");
+        rig.engine.setIgnoringKeys(true);
+        rig.type(";ab");
+        rig.engine.setIgnoringKeys(false);
+        rig.type("b");
+        QVERIFY(rig.output.performed.isEmpty());
+        rig.type(";ab");
+        QCOMPARE(rig.output.performed, expansion(3, "A"));
+    }
+
     void storeEditsTakeEffectAtTheNextKey() {
         Rig rig;
         rig.add(";a", "first");
