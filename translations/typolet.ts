@@ -308,6 +308,13 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
 </context>
 <context>
+    <name>SettingsFile</name>
+    <message>
+        <source>the new file could not be written completely beside it (is the disk full, or the folder read-only?)</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>ShellWindows</name>
     <message>
         <source>Preferences</source>
@@ -361,6 +368,17 @@ This will permanently delete all %n snippet(s) in this category.</source>
     <name>SnippetRowDelegate</name>
     <message>
         <source>Delete Snippet</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SnippetStore</name>
+    <message>
+        <source>Could not save %1 to %2: %3</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source> and </source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -313,6 +313,13 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
 </context>
 <context>
+    <name>SettingsFile</name>
+    <message>
+        <source>the new file could not be written completely beside it (is the disk full, or the folder read-only?)</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>ShellWindows</name>
     <message>
         <source>Preferences</source>
@@ -366,6 +373,17 @@ This will permanently delete all %n snippets in this category.</numerusform>
     <name>SnippetRowDelegate</name>
     <message>
         <source>Delete Snippet</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SnippetStore</name>
+    <message>
+        <source>Could not save %1 to %2: %3</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source> and </source>
         <translation type="unfinished"></translation>
     </message>
 </context>

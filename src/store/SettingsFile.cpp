@@ -1,5 +1,6 @@
 #include "SettingsFile.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -46,8 +47,9 @@ std::optional<QString> SettingsFile::save(QSettings& settings,
     if (!complete || !scratchFile.open(QIODevice::ReadOnly)) {
         QFile::remove(scratchPath);
         QFile::remove(checkPath);
-        return QStringLiteral("the new file could not be written completely beside it (is the "
-                              "disk full, or the folder read-only?)");
+        return QCoreApplication::translate(
+            "SettingsFile", "the new file could not be written completely beside it (is the "
+                            "disk full, or the folder read-only?)");
     }
     const QByteArray bytes = scratchFile.readAll();
     scratchFile.close();

@@ -171,8 +171,9 @@ std::optional<QString> SnippetStore::write(const char* key, const QByteArray& da
         m_unsaved.clear();
         return std::nullopt;
     }
-    const QString message = QStringLiteral("Could not save %1 to %2: %3")
-                                .arg(QStringList(m_unsaved.keys()).join(QStringLiteral(" and ")),
+    // Shown where the change was made, and logged.
+    const QString message = tr("Could not save %1 to %2: %3")
+                                .arg(QStringList(m_unsaved.keys()).join(tr(" and ")),
                                      settingsPath(), *error);
     qCWarning(lcStore).noquote() << message;
     emit saveFailed(message);
