@@ -61,31 +61,14 @@ AddCategoryDialog::AddCategoryDialog(SnippetStore& store, AddHandler onAdd,
     root->addLayout(body, 1);
     root->addWidget(new Divider(Qt::Horizontal, this));
 
-    auto* footer = new FormBand(this);
-    auto* buttons = new QHBoxLayout(footer);
-    buttons->setContentsMargins(16, 16, 16, 16);
-    buttons->setSpacing(16);
-    buttons->addStretch();
-    m_cancelButton = FormParts::cancelButton(footer);
-    m_cancelButton->setObjectName(QStringLiteral("cancelButton"));
-    buttons->addWidget(m_cancelButton);
-    m_addButton = FormParts::primaryButton(QStringLiteral("checkmark.circle.fill"),
-                                           tr("Add"), 6, footer);
-    m_addButton->setObjectName(QStringLiteral("addButton"));
-    m_addButton->setToolTip(tr("Add Category"));
-    buttons->addWidget(m_addButton);
-    root->addWidget(footer);
+    const FormParts::AddFooter footer = FormParts::addFooter(this, tr("Add Category"));
+    m_cancelButton = footer.cancel;
+    m_addButton = footer.add;
+    root->addWidget(footer.band);
 
     connect(m_cancelButton, &QAbstractButton::clicked, this, &QDialog::reject);
     connect(m_addButton, &QAbstractButton::clicked, this, &AddCategoryDialog::add);
-    for (const QKeySequence& keys :
-         {QKeySequence(Qt::CTRL | Qt::Key_Return), QKeySequence(Qt::CTRL | Qt::Key_Enter)}) {
-        auto* binding = new QShortcut(keys, this);
-        connect(binding, &QShortcut::activated, this, [this] {
-            if (m_addButton->isEnabled())
-                add();
-        });
-    }
+    FormParts::submitOnCtrlReturn(this, m_addButton);
     connect(m_nameField, &FocusableTextField::editingChanged, this, [this](bool editing) {
         m_isNameFieldFocused = editing;
         m_nameFrame->setHighlighted(editing);

@@ -91,32 +91,14 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
 
     root->addWidget(new Divider(Qt::Horizontal, this));
 
-    // Buttons
-    auto* footer = new FormBand(this);
-    auto* buttons = new QHBoxLayout(footer);
-    buttons->setContentsMargins(16, 16, 16, 16);
-    buttons->setSpacing(16);
-    buttons->addStretch();
-    m_cancelButton = FormParts::cancelButton(footer);
-    m_cancelButton->setObjectName(QStringLiteral("cancelButton"));
-    buttons->addWidget(m_cancelButton);
-    m_addButton = FormParts::primaryButton(QStringLiteral("checkmark.circle.fill"),
-                                           tr("Add"), 6, footer);
-    m_addButton->setObjectName(QStringLiteral("addButton"));
-    m_addButton->setToolTip(tr("Add Snippet"));
-    buttons->addWidget(m_addButton);
-    root->addWidget(footer);
+    const FormParts::AddFooter footer = FormParts::addFooter(this, tr("Add Snippet"));
+    m_cancelButton = footer.cancel;
+    m_addButton = footer.add;
+    root->addWidget(footer.band);
 
     connect(m_cancelButton, &QAbstractButton::clicked, this, &QDialog::reject);
     connect(m_addButton, &QAbstractButton::clicked, this, &AddSnippetDialog::add);
-    for (const QKeySequence& keys :
-         {QKeySequence(Qt::CTRL | Qt::Key_Return), QKeySequence(Qt::CTRL | Qt::Key_Enter)}) {
-        auto* binding = new QShortcut(keys, this);
-        connect(binding, &QShortcut::activated, this, [this] {
-            if (m_addButton->isEnabled())
-                add();
-        });
-    }
+    FormParts::submitOnCtrlReturn(this, m_addButton);
     connect(m_commandField, &FocusableTextField::editingChanged, this, [this](bool editing) {
         m_isCommandFieldFocused = editing;
         m_commandFrame->setHighlighted(editing);

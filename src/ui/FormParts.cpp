@@ -1,4 +1,7 @@
 #include "FormParts.h"
+#include <QKeySequence>
+#include <QShortcut>
+#include "FormBand.h"
 
 #include "PlainButton.h"
 #include "PrimaryButtonStyle.h"
@@ -124,4 +127,32 @@ bool FormParts::refused(const std::optional<DataError>& error, QWidget* parent) 
         return true;
     QMessageBox::warning(parent, tr("Could Not Save"), error->description());
     return false;
+}
+
+void FormParts::submitOnCtrlReturn(QWidget* owner, QAbstractButton* submit) {
+    for (const QKeySequence& keys :
+         {QKeySequence(Qt::CTRL | Qt::Key_Return), QKeySequence(Qt::CTRL | Qt::Key_Enter)}) {
+        auto* binding = new QShortcut(keys, owner);
+        binding->setContext(Qt::WindowShortcut);
+        QObject::connect(binding, &QShortcut::activated, submit, [submit] {
+            if (submit->isEnabled())
+                submit->click();
+        });
+    }
+}
+
+FormParts::AddFooter FormParts::addFooter(QWidget* parent, const QString& toolTip) {
+    auto* band = new FormBand(parent);
+    auto* buttons = new QHBoxLayout(band);
+    buttons->setContentsMargins(16, 16, 16, 16);
+    buttons->setSpacing(16);
+    buttons->addStretch();
+    PlainButton* cancel = cancelButton(band);
+    cancel->setObjectName(QStringLiteral("cancelButton"));
+    buttons->addWidget(cancel);
+    QPushButton* add = primaryButton(QStringLiteral("checkmark.circle.fill"), tr("Add"), 6, band);
+    add->setObjectName(QStringLiteral("addButton"));
+    add->setToolTip(toolTip);
+    buttons->addWidget(add);
+    return {band, cancel, add};
 }

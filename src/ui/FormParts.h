@@ -10,6 +10,7 @@
 #include <optional>
 
 class PlainButton;
+class QAbstractButton;
 class QLabel;
 class QMessageBox;
 class QPushButton;
@@ -50,4 +51,16 @@ public:
     // Whether the store refused a change (the form then says why). A change that was made but
     // could not be saved is not refused: the user is told in a message box, and it stays.
     static bool refused(const std::optional<DataError>& error, QWidget* parent);
+
+    // Ctrl+Return and Ctrl+Enter anywhere in `owner`'s window press `submit` while it is
+    // enabled: the forms' way to save or add without leaving the keyboard.
+    static void submitOnCtrlReturn(QWidget* owner, QAbstractButton* submit);
+
+    // The band under an add sheet: Cancel and a primary "Add" with `toolTip`, right-aligned.
+    struct AddFooter {
+        QWidget* band;
+        PlainButton* cancel;
+        QPushButton* add;
+    };
+    static AddFooter addFooter(QWidget* parent, const QString& toolTip);
 };

@@ -116,17 +116,9 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
         if (m_onDelete)
             m_onDelete();
     });
-    for (const QKeySequence& keys :
-         {QKeySequence(Qt::CTRL | Qt::Key_Return), QKeySequence(Qt::CTRL | Qt::Key_Enter)}) {
-        // Window-wide, like a key equivalent: wherever the keyboard is in the window, the
-        // pane's Save answers it (only while the pane is shown and Save is enabled).
-        auto* binding = new QShortcut(keys, this);
-        binding->setContext(Qt::WindowShortcut);
-        connect(binding, &QShortcut::activated, this, [this] {
-            if (m_saveButton->isEnabled())
-                save();
-        });
-    }
+    // Window-wide, like a key equivalent: wherever the keyboard is in the window, the pane's
+    // Save answers it (only while the pane is shown and Save is enabled).
+    FormParts::submitOnCtrlReturn(this, m_saveButton);
     connect(m_commandField, &QLineEdit::textChanged, this, [this] {
         if (m_loading)
             return;
