@@ -75,6 +75,8 @@ void TextExpander::keyDown(const KeyStroke& stroke) {
                                        : QString());
     if (m_ignoringKeys)
         return;
+    if (stroke.repeats > 0)
+        m_undo.reset(); // a held key is more than the one BackSpace that undoes
     if (stroke.repeats > 0 && stroke.repeatCountUncertain) {
         // One repeat more or less would leave the buffer unlike the application's text.
         qCInfo(lcKeys).noquote() << QStringLiteral("Held key with an uncertain repeat count: buffer cleared");
@@ -161,7 +163,20 @@ bool TextExpander::applyKey(const QString& character) {
 }
 
 void TextExpander::handleKeyPress(const QString& character) {
-    if (!m_ignoringKeys && applyKey(character))
+    if (m_ignoringKeys)
+        return;
+    // Only the very next key may undo an expansion, and only soon: later the caret may have
+    // moved (a click, another window), and erasing there would destroy the user's text.
+    const std::optional<Undo> undo = std::exchange(m_undo, std::nullopt);
+    if (undo && m_undoEnabled && isBackspace(character) && m_clock() - undo->at <= bufferTimeout) {
+        qCInfo(lcKeys).noquote() << QStringLiteral("BackSpace after an expansion: putting back '") +
+                                        undo->command + QLatin1Char('\'');
+        m_lastKeyDownTime = m_clock();
+        // The BackSpace has taken the content's last character already.
+        replace(undo->typed - 1, undo->command, std::nullopt, undo->command);
+        return;
+    }
+    if (applyKey(character))
         checkForMatch();
 }
 
@@ -206,15 +221,21 @@ Expansion TextExpander::replacement(int erased, const QString& text) {
 void TextExpander::expand(const Snippet& snippet) {
     qCInfo(lcKeys).noquote() << QStringLiteral("Match found: '") + snippet.command +
                        QStringLiteral("' -> '") + snippet.content + QLatin1Char('\'');
-    int erased = static_cast<int>(GraphemeText::count(snippet.command));
     int leftOut = 0;
-    QString typed = typeableText(snippet.content, leftOut);
+    const QString typed = typeableText(snippet.content, leftOut);
     if (leftOut > 0)
         qCWarning(lcEngine).noquote()
             << QStringLiteral("Left out %1 control character(s) of a snippet's content: only "
                               "text, tabs and line breaks are typed")
                    .arg(leftOut);
+    replace(static_cast<int>(GraphemeText::count(snippet.command)), typed, snippet.command, {});
+}
 
+void TextExpander::replace(int erased, QString typed, std::optional<QString> undo,
+                           const QString& bufferAfter) {
+    m_undo.reset();
+    m_pendingUndo.reset();
+    m_cancelled = false;
     if (m_monitoring) {
         KeyMonitor::HoldResult hold =
             m_platform.monitor->holdKeys([this](const KeyStroke& stroke) { return heldKey(stroke); });
@@ -255,10 +276,15 @@ void TextExpander::expand(const Snippet& snippet) {
         erased += static_cast<int>(GraphemeText::count(after));
         typed += after;
         m_afterExpansion = slipped + m_afterExpansion;
+        if (!slipped.isEmpty())
+            undo.reset(); // the next key has come already
     }
 
     m_buffer.clear();
+    m_buffer.append(bufferAfter);
     qCInfo(lcKeys).noquote() << QStringLiteral("Typing: '") + typed + QLatin1Char('\'');
+    if (undo)
+        m_pendingUndo = Undo{*undo, static_cast<int>(GraphemeText::count(typed)), 0};
     m_expanding = true;
     if (!m_output) {
         expansionFinished();
@@ -272,6 +298,7 @@ bool TextExpander::heldKey(const KeyStroke& stroke) {
         return true;
     // Escape stops a long content; it was meant for Typolet, so the application never sees it.
     qCInfo(lcEngine).noquote() << QStringLiteral("Expansion cancelled with Escape");
+    m_cancelled = true;
     if (m_output)
         m_output->cancel();
     return false;
@@ -280,6 +307,13 @@ bool TextExpander::heldKey(const KeyStroke& stroke) {
 void TextExpander::expansionFinished() {
     m_expanding = false;
     qCInfo(lcKeys).noquote() << QStringLiteral("Expansion done");
+    // BackSpace may put the command back only when the whole content went out and no key
+    // came in meanwhile: otherwise what to erase is not known.
+    if (std::optional<Undo> undo = std::exchange(m_pendingUndo, std::nullopt);
+        undo && !m_cancelled && m_afterExpansion.isEmpty()) {
+        undo->at = m_clock();
+        m_undo = undo;
+    }
     while (!m_afterExpansion.isEmpty() && !m_expanding)
         handleKeyPress(m_afterExpansion.takeFirst());
     if (m_expanding || !m_holding)

@@ -11,6 +11,7 @@
 #include <QStringList>
 #include <QVariantMap>
 #include <functional>
+#include <optional>
 
 class KeyboardOutput;
 struct Snippet;
@@ -45,6 +46,10 @@ public:
     // type into a field, never something to expand. The buffer starts empty afterwards.
     void setIgnoringKeys(bool ignoring);
     bool isIgnoringKeys() const { return m_ignoringKeys; }
+
+    // BackSpace as the first key after an expansion (within the buffer's timeout) puts the
+    // command back as it was typed. On by default.
+    void setUndoWithBackspace(bool enabled) { m_undoEnabled = enabled; }
 
     // Whether startMonitoring() got the key monitor running.
     bool isMonitoring() const { return m_monitoring; }
@@ -81,6 +86,10 @@ private:
     bool applyKey(const QString& character);
     void checkForMatch();
     void expand(const Snippet& snippet);
+    // Erases `erased` characters before the caret and types `typed` in their place, holding
+    // the user's keys meanwhile. `undo` is what a BackSpace right after it may put back.
+    void replace(int erased, QString typed, std::optional<QString> undo,
+                 const QString& bufferAfter);
     bool heldKey(const KeyStroke& stroke);
     void expansionFinished();
 
@@ -97,6 +106,17 @@ private:
 
     bool m_expanding = false;
     bool m_ignoringKeys = false;
+    bool m_undoEnabled = true;
+    bool m_cancelled = false;
+    // After an expansion that went out whole: the command it replaced and how many characters
+    // it typed, until the next key.
+    struct Undo {
+        QString command;
+        int typed = 0;
+        double at = 0;
+    };
+    std::optional<Undo> m_undo;
+    std::optional<Undo> m_pendingUndo;
     bool m_holding = false;
     bool m_saidCannotHold = false;
     // Texts that reached the application during the expansion and enter the buffer after it.

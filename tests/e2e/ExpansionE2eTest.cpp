@@ -69,6 +69,25 @@ class ExpansionE2eTest : public QObject {
     }
 
 private slots:
+    // BackSpace straight after an expansion gives the command back, in the Qt client and in
+    // a terminal; the next BackSpace is an ordinary one.
+    void backspaceUndoesAnExpansion_data() {
+        QTest::addColumn<bool>("qtClient");
+        QTest::newRow("terminal") << false;
+        QTest::newRow("Qt client") << true;
+    }
+    void backspaceUndoesAnExpansion() {
+        QFETCH(bool, qtClient);
+        XSession session;
+        QVERIFY(prepare(session, {{";sig", "Best regards,\nAda"}}, qtClient));
+        QVERIFY(type(session, QStringLiteral("x ;sig")));
+        QVERIFY(session.waitForExpansions(1));
+        QVERIFY(session.run(QStringLiteral("xdotool"), {"key", "BackSpace"}));
+        QVERIFY(session.waitForExpansions(2));
+        QVERIFY(session.run(QStringLiteral("xdotool"), {"key", "BackSpace"}));
+        expectShown(session, QStringLiteral("x ;si"));
+    }
+
     void plainSnippetReplacesItsCommand() {
         XSession session;
         QVERIFY(prepare(session, {{";addr", "12 Main Street, Springfield"}}));

@@ -185,6 +185,35 @@ private slots:
         QCOMPARE(rig.output.performed, expansion(3, "A"));
     }
 
+    // BackSpace as the very next key puts the command back (the BackSpace took the content's
+    // last character); any other key, a pause, or the switch turned off leave it alone.
+    void backspaceRightAfterAnExpansionPutsTheCommandBack() {
+        Rig rig;
+        rig.add(";sig", "Regards");
+        rig.type(";sig");
+        rig.key("\b");
+        QCOMPARE(rig.output.performed, expansion(4, "Regards") + expansion(6, ";sig"));
+        QCOMPARE(rig.engine.buffer(), ";sig");
+        rig.key("\b"); // a second BackSpace is an ordinary one
+        QCOMPARE(rig.output.performed.size(), 2);
+        QCOMPARE(rig.engine.buffer(), ";si");
+
+        for (const auto& [between, enabled] :
+             {std::pair(QString("x"), true), std::pair(QString(), false)}) {
+            rig.output.performed.clear();
+            rig.engine.setUndoWithBackspace(enabled);
+            rig.type(" ;sig" + between);
+            rig.key("\b");
+            QCOMPARE(rig.output.performed, expansion(4, "Regards"));
+        }
+        rig.engine.setUndoWithBackspace(true);
+        rig.output.performed.clear();
+        rig.type(" ;sig");
+        rig.now += TextExpander::bufferTimeout + 1;
+        rig.key("\b");
+        QCOMPARE(rig.output.performed, expansion(4, "Regards"));
+    }
+
     void storeEditsTakeEffectAtTheNextKey() {
         Rig rig;
         rig.add(";a", "first");
