@@ -31,10 +31,6 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Add</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Add Category</source>
         <translation type="unfinished"></translation>
     </message>
@@ -71,10 +67,6 @@
     </message>
     <message>
         <source>Enter your content here...</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Add</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
@@ -212,6 +204,10 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <source>Could Not Save</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Add</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>MessageBoxPermissionAlert</name>
@@ -282,6 +278,14 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
     <message>
         <source>Keep your snippets synchronized and backed up across all your devices. Access them anywhere, anytime.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Undo with BackSpace</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>BackSpace right after an expansion puts the command back</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

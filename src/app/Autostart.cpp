@@ -1,7 +1,7 @@
 #include "Autostart.h"
 
 #include "Logging.h"
-#include "AutostartPreferences.h"
+#include "Preferences.h"
 #include "XdgAutostartBackend.h"
 
 Autostart::Autostart(std::unique_ptr<AutostartBackend> backend)
@@ -19,13 +19,13 @@ void Autostart::setStartAtLogin(bool enabled) {
                       QStringLiteral(" login item: ") + *error;
 }
 
-void Autostart::reflectDesktop(AutostartPreferences& preferences) {
+void Autostart::reflectDesktop(Preferences& preferences) {
     const bool registered = m_backend->isRegistered();
     if (preferences.startAtLogin() != registered)
         preferences.setStartAtLogin(registered);
 }
 
-void Autostart::applyFirstLaunchDefault(AutostartPreferences& preferences) {
+void Autostart::applyFirstLaunchDefault(Preferences& preferences) {
     if (preferences.hasLaunchedBefore())
         return;
     preferences.setStartAtLogin(true);

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-class AutostartPreferences;
+class Preferences;
 
 // Makes Typolet start by itself when the user logs in, or stops it from doing so. It never
 // fails towards its caller: a failure becomes one line on standard output
@@ -21,11 +21,11 @@ public:
     // start-at-login switch on and registers the login item; afterwards it does nothing, so a
     // user who switched it off keeps it off. Until Preferences is first opened Typolet does not
     // start at login.
-    void applyFirstLaunchDefault(AutostartPreferences& preferences);
+    void applyFirstLaunchDefault(Preferences& preferences);
 
     // Makes the preference say what the desktop will do: an entry removed (or added) by hand
     // outside Typolet is what counts. Run each time the switch is shown.
-    void reflectDesktop(AutostartPreferences& preferences);
+    void reflectDesktop(Preferences& preferences);
 
     AutostartBackend& backend() const { return *m_backend; }
 

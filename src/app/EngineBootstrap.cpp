@@ -56,4 +56,9 @@ void EngineBootstrap::setIgnoringKeys(bool ignoring) {
         m_engine->setIgnoringKeys(ignoring);
 }
 
+void EngineBootstrap::setUndoWithBackspace(bool enabled) {
+    if (m_engine)
+        m_engine->setUndoWithBackspace(enabled);
+}
+
 void EngineBootstrap::restoreKeyboardMapping() { m_output->restoreSpareKeyCodes(); }

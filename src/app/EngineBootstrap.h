@@ -28,6 +28,8 @@ public:
 
     // Whether typed keys are looked at (see TextExpander::setIgnoringKeys).
     void setIgnoringKeys(bool ignoring);
+    // Whether BackSpace right after an expansion undoes it.
+    void setUndoWithBackspace(bool enabled);
 
     // Empties the spare keycodes the output bound (at quit).
     void restoreKeyboardMapping();

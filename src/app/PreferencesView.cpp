@@ -1,7 +1,7 @@
 #include "PreferencesView.h"
 
 #include "Autostart.h"
-#include "AutostartPreferences.h"
+#include "Preferences.h"
 #include "PreferenceCard.h"
 #include "SectionHeader.h"
 #include "SymbolImage.h"
@@ -18,7 +18,7 @@ namespace {
 constexpr int textIndent = SectionHeader::iconSize + SectionHeader::spacing;
 } // namespace
 
-PreferencesView::PreferencesView(Autostart& autostart, AutostartPreferences& preferences,
+PreferencesView::PreferencesView(Autostart& autostart, Preferences& preferences,
                                  QWidget* parent)
     : QWidget(parent), m_autostart(autostart), m_preferences(preferences) {
     setAutoFillBackground(true);
@@ -41,10 +41,12 @@ PreferencesView::PreferencesView(Autostart& autostart, AutostartPreferences& pre
                 // A failed change shows at once: the switch goes back to what will happen.
                 m_autostart.reflectDesktop(m_preferences);
             });
-    connect(&m_preferences, &AutostartPreferences::startAtLoginChanged, m_switch, [this](bool on) {
+    connect(&m_preferences, &Preferences::startAtLoginChanged, m_switch, [this](bool on) {
         if (m_switch->isChecked() != on)
             m_switch->setChecked(on);
     });
+    connect(m_undoSwitch, &ToggleSwitch::toggled, this,
+            [this](bool on) { m_preferences.setUndoWithBackspace(on); });
 }
 
 void PreferencesView::buildGeneralCard() {
@@ -55,30 +57,37 @@ void PreferencesView::buildGeneralCard() {
                                         {}, m_generalCard);
     content->addWidget(m_generalHeader);
 
+    m_switch = addSwitchRow(tr("Start at Login"), tr("Automatically start Typolet when you log in"),
+                            m_preferences.startAtLogin());
+    m_undoSwitch = addSwitchRow(tr("Undo with BackSpace"),
+                                tr("BackSpace right after an expansion puts the command back"),
+                                m_preferences.undoWithBackspace());
+    content->addStretch(1);
+}
+
+ToggleSwitch* PreferencesView::addSwitchRow(const QString& title, const QString& detail,
+                                            bool checked) {
     auto* row = new QHBoxLayout();
     row->setContentsMargins(textIndent, 0, 0, 0);
     row->setSpacing(12);
-
     auto* labels = new QVBoxLayout();
     labels->setSpacing(4);
-    m_switchTitle = new QLabel(tr("Start at Login"), m_generalCard);
-    m_switchTitle->setFont(UiTheme::system(14, QFont::Medium));
-    m_switchDetail = new ToneLabel(tr("Automatically start Typolet when you log in"),
-                                   ToneLabel::Tone::Tertiary, m_generalCard);
-    m_switchDetail->setFont(UiTheme::system(12));
-    m_switchDetail->setWordWrap(true);
-    labels->addWidget(m_switchTitle);
-    labels->addWidget(m_switchDetail);
+    auto* titleLabel = new QLabel(title, m_generalCard);
+    titleLabel->setFont(UiTheme::system(14, QFont::Medium));
+    auto* detailLabel = new ToneLabel(detail, ToneLabel::Tone::Tertiary, m_generalCard);
+    detailLabel->setFont(UiTheme::system(12));
+    detailLabel->setWordWrap(true);
+    labels->addWidget(titleLabel);
+    labels->addWidget(detailLabel);
     row->addLayout(labels, 1);
 
-    m_switch = new ToggleSwitch(m_generalCard);
-    m_switch->setAccessibleName(m_switchTitle->text());
-    m_switch->setChecked(m_preferences.startAtLogin());
-    m_switchTitle->setBuddy(m_switch);
-    row->addWidget(m_switch, 0, Qt::AlignVCenter);
-
-    content->addLayout(row);
-    content->addStretch(1);
+    auto* toggle = new ToggleSwitch(m_generalCard);
+    toggle->setAccessibleName(title);
+    toggle->setChecked(checked);
+    titleLabel->setBuddy(toggle);
+    row->addWidget(toggle, 0, Qt::AlignVCenter);
+    m_generalCard->contentLayout()->addLayout(row);
+    return toggle;
 }
 
 void PreferencesView::buildSyncCard() {

@@ -49,7 +49,7 @@ void bringForward(QWidget* window) {
 }
 } // namespace
 
-ShellWindows::ShellWindows(Autostart& autostart, AutostartPreferences& preferences)
+ShellWindows::ShellWindows(Autostart& autostart, Preferences& preferences)
     : m_autostart(autostart), m_preferences(preferences) {}
 
 ShellWindows::~ShellWindows() = default;

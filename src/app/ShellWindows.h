@@ -7,7 +7,7 @@
 
 class AboutView;
 class Autostart;
-class AutostartPreferences;
+class Preferences;
 class PreferencesView;
 
 // The Preferences and About windows. Each is built the first time it is asked for and kept
@@ -16,7 +16,7 @@ class PreferencesView;
 class ShellWindows {
     Q_DECLARE_TR_FUNCTIONS(ShellWindows)
 public:
-    ShellWindows(Autostart& autostart, AutostartPreferences& preferences);
+    ShellWindows(Autostart& autostart, Preferences& preferences);
     ~ShellWindows();
 
     // Shows the Preferences window (500 x 400, "Preferences"), building it on first use, and
@@ -31,12 +31,12 @@ public:
     PreferencesView* preferencesView() const { return m_preferencesView; }
     AboutView* aboutView() const { return m_aboutView; }
 
-    static constexpr QSize preferencesSize{500, 400};
+    static constexpr QSize preferencesSize{500, 440};
     static constexpr QSize aboutSize{240, 220};
 
 private:
     Autostart& m_autostart;
-    AutostartPreferences& m_preferences;
+    Preferences& m_preferences;
     std::unique_ptr<QWidget> m_preferencesWindow;
     std::unique_ptr<QWidget> m_aboutWindow;
     PreferencesView* m_preferencesView = nullptr;

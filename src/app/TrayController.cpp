@@ -15,7 +15,7 @@
 #include <QSessionManager>
 #include <QSystemTrayIcon>
 
-TrayController::TrayController(Autostart& autostart, AutostartPreferences& preferences,
+TrayController::TrayController(Autostart& autostart, Preferences& preferences,
                          QObject* parent)
     : QObject(parent), m_confirmation(m_appWindows), m_windows(autostart, preferences) {
     // Quit requests reach the application object as QEvent::Quit, whoever sends them.

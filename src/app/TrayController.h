@@ -8,7 +8,7 @@
 #include <memory>
 
 class Autostart;
-class AutostartPreferences;
+class Preferences;
 class QAction;
 class QMainWindow;
 class QMenu;
@@ -27,7 +27,7 @@ class QSystemTrayIcon;
 class TrayController : public QObject {
     Q_OBJECT
 public:
-    TrayController(Autostart& autostart, AutostartPreferences& preferences,
+    TrayController(Autostart& autostart, Preferences& preferences,
                 QObject* parent = nullptr);
     ~TrayController() override;
 

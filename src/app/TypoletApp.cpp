@@ -9,7 +9,7 @@
 #include <QApplication>
 #include <QMainWindow>
 
-TypoletApp::TypoletApp(Parts parts, Autostart& autostart, AutostartPreferences& preferences,
+TypoletApp::TypoletApp(Parts parts, Autostart& autostart, Preferences& preferences,
                        const QString& serverName, QObject* parent)
     : QObject(parent), m_parts(std::move(parts)), m_autostart(autostart),
       m_preferences(preferences), m_guard(std::make_unique<SingleInstanceGuard>(serverName)) {}

@@ -6,7 +6,7 @@
 
 class TrayController;
 class Autostart;
-class AutostartPreferences;
+class Preferences;
 class QMainWindow;
 class QWidget;
 class SingleInstanceGuard;
@@ -30,7 +30,7 @@ public:
     };
 
     // `serverName` empty: the per-user single-instance name.
-    explicit TypoletApp(Parts parts, Autostart& autostart, AutostartPreferences& preferences,
+    explicit TypoletApp(Parts parts, Autostart& autostart, Preferences& preferences,
                         const QString& serverName = {}, QObject* parent = nullptr);
     ~TypoletApp() override;
 
@@ -49,7 +49,7 @@ public:
 private:
     Parts m_parts;
     Autostart& m_autostart;
-    AutostartPreferences& m_preferences;
+    Preferences& m_preferences;
     std::unique_ptr<SingleInstanceGuard> m_guard;
     std::unique_ptr<TrayController> m_trayController;
     std::unique_ptr<QMainWindow> m_mainWindow;

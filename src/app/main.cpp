@@ -3,7 +3,7 @@
 #include "Logging.h"
 #include "EngineBootstrap.h"
 #include "Autostart.h"
-#include "AutostartPreferences.h"
+#include "Preferences.h"
 #include "SnippetStore.h"
 #include "Translations.h"
 #include "TypoletApp.h"
@@ -79,12 +79,12 @@ int main(int argc, char* argv[]) {
     // schedules its guidance), then the main window around the snippet editor, then the menus
     // and the tray icon. A second launch starts none of them; it wakes the running Typolet.
     Autostart autostart(std::make_unique<XdgAutostartBackend>());
-    AutostartPreferences autostartPreferences;
+    Preferences preferences;
     TypoletApp typolet(
         {[&engine, &store] { engine.start(store); },
          {}, // the permission check is part of EngineBootstrap::start
          [&store] { return std::make_unique<ContentView>(store); }},
-        autostart, autostartPreferences);
+        autostart, preferences);
     if (!typolet.start())
         return 0;
 
@@ -98,6 +98,9 @@ int main(int argc, char* argv[]) {
     }
     // A command typed into one of Typolet's own fields (the snippet editor, the search) is
     // text for that field: while a Typolet window has the focus, nothing expands.
+    engine.setUndoWithBackspace(preferences.undoWithBackspace());
+    QObject::connect(&preferences, &Preferences::undoWithBackspaceChanged, app.get(),
+                     [&engine](bool on) { engine.setUndoWithBackspace(on); });
     const auto followFocus = [&engine](QWindow* focused) { engine.setIgnoringKeys(focused != nullptr); };
     followFocus(QGuiApplication::focusWindow());
     QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, app.get(), followFocus);

@@ -8,7 +8,10 @@
 #include <QVBoxLayout>
 
 PreferenceCard::PreferenceCard(QWidget* parent) : QWidget(parent) {
-    setFixedSize(cardWidth, cardHeight);
+    // As tall as its content needs, never shorter than a one-setting card.
+    setFixedWidth(cardWidth);
+    setMinimumHeight(cardHeight);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Minimum);
     m_layout = new QVBoxLayout(this);
     m_layout->setContentsMargins(20, 16, 20, 16);
     m_layout->setSpacing(16);

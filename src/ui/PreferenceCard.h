@@ -4,7 +4,7 @@
 
 class QVBoxLayout;
 
-// One rounded card of the Preferences window: a fixed 400 x 120 panel, slightly lifted by a
+// One rounded card of the Preferences window: a panel 400 wide and at least 120 high, slightly lifted by a
 // soft shadow and outlined by a faint border. Its content goes into contentLayout().
 class PreferenceCard : public QWidget {
     Q_OBJECT

@@ -3,7 +3,7 @@
 #include "CapturedDiagnostics.h"
 #include "IsolatedTestMain.h"
 #include "Autostart.h"
-#include "AutostartPreferences.h"
+#include "Preferences.h"
 #include "RecordingAutostartBackend.h"
 #include "SnippetStore.h"
 #include "TemporarySettings.h"
@@ -117,7 +117,7 @@ void AutostartTest::failuresPrintOneLineEach() {
     // The prefix and the backend's error text; a failed first registration leaves the preference
     // on (the Preferences view then shows what the desktop will do).
     TemporarySettings settings;
-    AutostartPreferences preferences(settings.path());
+    Preferences preferences(settings.path());
     RecordedManager recorded;
     recorded.calls->registerError = QStringLiteral("folder is read-only");
     recorded.calls->unregisterError = QStringLiteral("entry is locked");
@@ -135,7 +135,7 @@ void AutostartTest::firstAppearanceTurnsItOnOnlyOnce() {
     TemporarySettings settings;
     RecordedManager recorded;
     {
-        AutostartPreferences preferences(settings.path());
+        Preferences preferences(settings.path());
         QVERIFY(!preferences.startAtLogin() && !preferences.hasLaunchedBefore());
         recorded.manager.applyFirstLaunchDefault(preferences);
         QCOMPARE(recorded.calls->calls, QList<bool>({true, true}));
@@ -147,7 +147,7 @@ void AutostartTest::firstAppearanceTurnsItOnOnlyOnce() {
     // A later run reads the flags back: nothing more is registered, and a switch the user
     // turned off stays off.
     recorded.calls->calls.clear();
-    AutostartPreferences preferences(settings.path());
+    Preferences preferences(settings.path());
     recorded.manager.applyFirstLaunchDefault(preferences);
     QVERIFY(preferences.startAtLogin());
     QVERIFY(preferences.setStartAtLogin(false));
@@ -163,7 +163,7 @@ void AutostartTest::firstAppearanceTurnsItOnOnlyOnce() {
 void AutostartTest::defaultsUseTheUsersConfigFolder() {
     const QDir config(qEnvironmentVariable("XDG_CONFIG_HOME"));
     const QString settingsFile = config.filePath(QStringLiteral("Typolet/Typolet.conf"));
-    QCOMPARE(AutostartPreferences().settingsPath(), settingsFile);
+    QCOMPARE(Preferences().settingsPath(), settingsFile);
     QCOMPARE(SnippetStore().settingsPath(), settingsFile); // beside the snippets
 
     Autostart manager(std::make_unique<XdgAutostartBackend>());

@@ -5,7 +5,7 @@
 #include "CapsuleBadge.h"
 #include "IsolatedTestMain.h"
 #include "Autostart.h"
-#include "AutostartPreferences.h"
+#include "Preferences.h"
 #include "PreferenceCard.h"
 #include "RecordingAutostartBackend.h"
 #include "SectionHeader.h"
@@ -23,7 +23,7 @@ namespace {
 // A Preferences view over its own settings file and a recording login-item backend.
 struct Fixture {
     TemporarySettings settings;
-    AutostartPreferences preferences{settings.path()};
+    Preferences preferences{settings.path()};
     RecordingAutostartBackend* backend = new RecordingAutostartBackend;
     Autostart autostart{std::unique_ptr<AutostartBackend>(backend)};
     PreferencesView view{autostart, preferences};
@@ -63,6 +63,13 @@ void PreferencesViewTest::switchTurnsTheEntryOnAndOffAndShowsTheTruth() {
     f.backend->unregisterError = QStringLiteral("entry is locked");
     QTest::keyClick(toggle, Qt::Key_Space);
     QVERIFY(toggle->isChecked() && f.preferences.startAtLogin());
+
+    // The undo switch writes its preference, which the engine follows.
+    QSignalSpy undo(&f.preferences, &Preferences::undoWithBackspaceChanged);
+    QVERIFY(f.view.undoSwitch()->isChecked());
+    QTest::mouseClick(f.view.undoSwitch(), Qt::LeftButton);
+    QCOMPARE(undo.size(), 1);
+    QCOMPARE(f.settings.read(QStringLiteral("undoWithBackspace")).toBool(), false);
 
     // The entry removed by hand: the next time Preferences appears, the switch is off.
     f.view.hide();

@@ -5,7 +5,7 @@
 #include "AppWindows.h"
 #include "IsolatedTestMain.h"
 #include "Autostart.h"
-#include "AutostartPreferences.h"
+#include "Preferences.h"
 #include "PreferencesView.h"
 #include "RecordingAutostartBackend.h"
 #include "TemporarySettings.h"
@@ -34,7 +34,7 @@ void ShellWindowsTest::eachWindowIsBuiltOnceAndReused() {
     QFETCH(bool, about);
     QFETCH(QString, title);
     TemporarySettings settings;
-    AutostartPreferences preferences(settings.path());
+    Preferences preferences(settings.path());
     Autostart autostart(std::make_unique<RecordingAutostartBackend>());
     ShellWindows windows(autostart, preferences);
     const auto open = [&] {

@@ -4,7 +4,7 @@
 #include "AlertDriver.h"
 #include "IsolatedTestMain.h"
 #include "Autostart.h"
-#include "AutostartPreferences.h"
+#include "Preferences.h"
 #include "RecordingAutostartBackend.h"
 #include "TemporarySettings.h"
 
@@ -18,7 +18,7 @@
 namespace {
 struct Fixture {
     TemporarySettings settings;
-    AutostartPreferences preferences{settings.path()};
+    Preferences preferences{settings.path()};
     Autostart autostart{std::make_unique<RecordingAutostartBackend>()};
     QMainWindow mainWindow;
     TrayController tray{autostart, preferences};

@@ -6,18 +6,20 @@
 
 class QSettings;
 
-// The two start-at-login flags, kept in the same settings file as the snippets
+// The user's preferences, kept in the same settings file as the snippets
 // ($XDG_CONFIG_HOME/Typolet/Typolet.conf):
-//  - startAtLogin: what the Preferences switch shows; absent reads as false;
-//  - hasLaunchedBefore: set once the first-appearance default has been applied.
+//  - startAtLogin: what the start-at-login switch shows; absent reads as false;
+//  - hasLaunchedBefore: set once the first-appearance default has been applied;
+//  - undoWithBackspace: BackSpace right after an expansion puts the command back; absent
+//    reads as true.
 // Every write is flushed to disk at once.
-class AutostartPreferences : public QObject {
+class Preferences : public QObject {
     Q_OBJECT
 public:
     // Flags over the given settings file (tests use their own); an empty path means the user's
     // standard Typolet settings.
-    explicit AutostartPreferences(const QString& settingsFile = {}, QObject* parent = nullptr);
-    ~AutostartPreferences() override;
+    explicit Preferences(const QString& settingsFile = {}, QObject* parent = nullptr);
+    ~Preferences() override;
 
     bool startAtLogin() const;
     // Returns false when the value could not be written to disk (the value in memory still
@@ -27,13 +29,18 @@ public:
     bool hasLaunchedBefore() const;
     bool setHasLaunchedBefore(bool launched);
 
+    bool undoWithBackspace() const;
+    bool setUndoWithBackspace(bool enabled);
+
     QString settingsPath() const;
 
     static constexpr const char* startAtLoginKey = "startAtLogin";
     static constexpr const char* hasLaunchedBeforeKey = "hasLaunchedBefore";
+    static constexpr const char* undoWithBackspaceKey = "undoWithBackspace";
 
 signals:
     void startAtLoginChanged(bool enabled);
+    void undoWithBackspaceChanged(bool enabled);
 
 private:
     bool write(const char* key, bool value);

@@ -1,0 +1,53 @@
+#include "Preferences.h"
+
+#include "SettingsFile.h"
+
+#include <QSettings>
+
+Preferences::Preferences(const QString& settingsFile, QObject* parent)
+    : QObject(parent),
+      m_settings(SettingsFile::open(settingsFile)) {}
+
+Preferences::~Preferences() = default;
+
+QString Preferences::settingsPath() const {
+    return m_settings->fileName();
+}
+
+bool Preferences::startAtLogin() const {
+    return m_settings->value(QLatin1String(startAtLoginKey), false).toBool();
+}
+
+bool Preferences::setStartAtLogin(bool enabled) {
+    const bool changed = startAtLogin() != enabled;
+    const bool written = write(startAtLoginKey, enabled);
+    if (changed)
+        emit startAtLoginChanged(enabled);
+    return written;
+}
+
+bool Preferences::hasLaunchedBefore() const {
+    return m_settings->value(QLatin1String(hasLaunchedBeforeKey), false).toBool();
+}
+
+bool Preferences::setHasLaunchedBefore(bool launched) {
+    return write(hasLaunchedBeforeKey, launched);
+}
+
+bool Preferences::undoWithBackspace() const {
+    return m_settings->value(QLatin1String(undoWithBackspaceKey), true).toBool();
+}
+
+bool Preferences::setUndoWithBackspace(bool enabled) {
+    const bool changed = undoWithBackspace() != enabled;
+    const bool written = write(undoWithBackspaceKey, enabled);
+    if (changed)
+        emit undoWithBackspaceChanged(enabled);
+    return written;
+}
+
+bool Preferences::write(const char* key, bool value) {
+    m_settings->setValue(QLatin1String(key), value);
+    m_settings->sync();
+    return m_settings->status() == QSettings::NoError;
+}
