@@ -51,7 +51,7 @@ void TrayController::setupMainMenu(QMainWindow* mainWindow) {
     quit->setMenuRole(QAction::NoRole);
     connect(quit, &QAction::triggered, this, &TrayController::quitApp);
 
-    // The snippets work in the main window (they live on its menu bar) and are also given to
+    // The key bindings work in the main window (they live on its menu bar) and are also given to
     // the Preferences and About windows when those are built; they stay window-wide rather
     // than application-wide so the tray menu's own Ctrl+Q is never ambiguous with them.
     for (QAction* action : {about, preferences, quit})
@@ -68,7 +68,7 @@ void TrayController::setupStatusItem() {
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     quit->setMenuRole(QAction::NoRole);
     connect(quit, &QAction::triggered, this, &TrayController::quitApp);
-    // The menu shows its keys; they act while it is open (see eventFilter). As snippets of
+    // The menu shows its keys; they act while it is open (see eventFilter). As key bindings of
     // their own they would clash with the menu bar's Ctrl+Q, so they never match as such.
     for (QAction* action : {open, quit})
         action->setShortcutContext(Qt::WidgetShortcut);

@@ -150,7 +150,7 @@ bool TextExpander::applyKey(const QString& character) {
         return false;
     }
     if (character == QChar(KeyTranslator::chordText)) {
-        // A snippet such as Control+Backspace changed the text in ways the buffer cannot follow.
+        // A key chord such as Control+Backspace changed the text in ways the buffer cannot follow.
         m_buffer.clear();
         return false;
     }
@@ -262,7 +262,7 @@ void TextExpander::replace(int erased, QString typed, std::optional<QString> und
                         isAccepted(*text);
         }
         if (!plainText) {
-            // An editing key or a snippet followed the command at once: the command may no
+            // An editing key or a key chord followed the command at once: the command may no
             // longer be before the caret, so erasing it could destroy other text.
             qCInfo(lcKeys).noquote() << QStringLiteral("Expansion skipped: other keys reached the "
                                               "application first");

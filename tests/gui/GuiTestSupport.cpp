@@ -104,7 +104,7 @@ bool GuiInput::waitActive(QWidget* window) {
     if (!window)
         return false;
     // Not isActiveWindow(): it can say yes for a sheet before the application agrees, and
-    // keyboard snippets go by the application.
+    // key bindings go by the application.
     window->activateWindow();
     return QTest::qWaitFor([window] { return QApplication::activeWindow() == window; });
 }

@@ -57,7 +57,7 @@ public:
     // Types text the way an input method commits it: any script, emoji included.
     static void commitText(QWidget* widget, const QString& text);
 
-    // Waits until `window` is the active window (keyboard snippets need that).
+    // Waits until `window` is the active window (key bindings need that).
     static bool waitActive(QWidget* window);
     // Clicks `button`; returns the sheet `sheet()` gives once it has the keyboard, or null.
     template <typename Getter> static auto openSheet(QAbstractButton* button, Getter sheet) {
