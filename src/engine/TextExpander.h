@@ -36,8 +36,7 @@ public:
     // An engine that only matches: keys come in through handleKeyPress.
     TextExpander(SnippetStore& store, KeyboardOutput* output, Clock clock = {},
                  QObject* parent = nullptr);
-    // A listening engine: checks the permissions, starts the key monitor and observes
-    // "ShortcutsUpdated".
+    // A listening engine: checks the permissions and starts the key monitor.
     TextExpander(SnippetStore& store, const EnginePlatform& platform, Clock clock = {},
                  QObject* parent = nullptr);
     ~TextExpander() override;

@@ -23,7 +23,7 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
                                  QWidget* parent)
     : QDialog(parent), m_store(store), m_categoryId(categoryId),
       m_onAdded(std::move(onAdded)) {
-    setObjectName(QStringLiteral("addShortcutView"));
+    setObjectName(QStringLiteral("addSnippetDialog"));
     setWindowTitle(tr("New Snippet"));
     setWindowModality(Qt::WindowModal);
     setFixedSize(sheetWidth, sheetHeight);

@@ -184,7 +184,7 @@ QWidget* ContentView::buildSnippetColumn() {
     column->addLayout(header);
 
     m_snippetList = new QListView(panel);
-    m_snippetList->setObjectName(QStringLiteral("shortcutList"));
+    m_snippetList->setObjectName(QStringLiteral("snippetList"));
     styleList(m_snippetList);
     m_snippetList->setItemDelegate(
         new SnippetRowDelegate([this](const QUuid& id) { requestDelete(id); }, m_snippetList));
@@ -340,7 +340,7 @@ void ContentView::updateDetailPane() {
             m_detailStack);
         m_detailStack->addWidget(m_detailView);
     } else {
-        m_detailView->setShortcut(*m_selectedSnippet);
+        m_detailView->setSnippet(*m_selectedSnippet);
     }
     m_detailStack->setCurrentWidget(m_detailView);
 }

@@ -29,7 +29,7 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
                                        QWidget* parent)
     : QWidget(parent), m_store(store), m_snippetId(snippet.id),
       m_onUpdate(std::move(onUpdate)), m_onDelete(std::move(onDelete)) {
-    setObjectName(QStringLiteral("shortcutDetailView"));
+    setObjectName(QStringLiteral("snippetDetailView"));
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
@@ -144,7 +144,7 @@ QString SnippetDetailView::content() const {
     return m_cutContent ? *m_cutContent : m_contentEditor->text();
 }
 
-void SnippetDetailView::setShortcut(const Snippet& snippet) {
+void SnippetDetailView::setSnippet(const Snippet& snippet) {
     if (snippet.id == m_snippetId)
         return;
     m_snippetId = snippet.id;

@@ -40,7 +40,7 @@ public:
 
     // Shows another snippet. Edits not yet saved are dropped: the texts come from the store.
     // Showing the snippet already shown changes nothing.
-    void setShortcut(const Snippet& snippet);
+    void setSnippet(const Snippet& snippet);
 
     QUuid snippetId() const { return m_snippetId; }
     QString command() const;
