@@ -408,5 +408,13 @@ This will permanently delete all %n snippet(s) in this category.</source>
         <source>Quit</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Pause Expansion</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;File</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 </TS>

@@ -413,5 +413,13 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <source>Quit</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Pause Expansion</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;File</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 </TS>

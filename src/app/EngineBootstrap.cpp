@@ -37,7 +37,8 @@ bool EngineBootstrap::start(SnippetStore& store) {
     m_engine = std::make_unique<TextExpander>(
         store,
         EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), m_output.get()});
-    m_engine->setIgnoringKeys(m_ignoringKeys);
+    m_engine->setKeysIgnoredWhen(m_keysIgnored);
+    m_engine->setPaused(m_paused);
     const bool listening = m_engine->isMonitoring();
     if (listening)
         m_output->open();
@@ -50,10 +51,16 @@ bool EngineBootstrap::start(SnippetStore& store) {
     return listening;
 }
 
-void EngineBootstrap::setIgnoringKeys(bool ignoring) {
-    m_ignoringKeys = ignoring;
+void EngineBootstrap::setKeysIgnoredWhen(std::function<bool()> ignored) {
+    m_keysIgnored = std::move(ignored);
     if (m_engine)
-        m_engine->setIgnoringKeys(ignoring);
+        m_engine->setKeysIgnoredWhen(m_keysIgnored);
+}
+
+void EngineBootstrap::setPaused(bool paused) {
+    m_paused = paused;
+    if (m_engine)
+        m_engine->setPaused(paused);
 }
 
 void EngineBootstrap::setUndoWithBackspace(bool enabled) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 #include <memory>
 
 class ConsolePermissionAlert;
@@ -26,8 +27,10 @@ public:
     // listens.
     bool start(SnippetStore& store);
 
-    // Whether typed keys are looked at (see TextExpander::setIgnoringKeys).
-    void setIgnoringKeys(bool ignoring);
+    // When typed keys are not looked at (see TextExpander::setKeysIgnoredWhen).
+    void setKeysIgnoredWhen(std::function<bool()> ignored);
+    // Whether the user paused expansion.
+    void setPaused(bool paused);
     // Whether BackSpace right after an expansion undoes it.
     void setUndoWithBackspace(bool enabled);
 
@@ -43,5 +46,6 @@ private:
     std::unique_ptr<TextExpander> m_engine;
     std::unique_ptr<MessageBoxPermissionAlert> m_windowAlert;
     std::unique_ptr<ConsolePermissionAlert> m_consoleAlert;
-    bool m_ignoringKeys = false;
+    std::function<bool()> m_keysIgnored;
+    bool m_paused = false;
 };

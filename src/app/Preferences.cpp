@@ -46,6 +46,18 @@ bool Preferences::setUndoWithBackspace(bool enabled) {
     return written;
 }
 
+bool Preferences::paused() const {
+    return m_settings->value(QLatin1String(pausedKey), false).toBool();
+}
+
+bool Preferences::setPaused(bool paused) {
+    const bool changed = this->paused() != paused;
+    const bool written = write(pausedKey, paused);
+    if (changed)
+        emit pausedChanged(paused);
+    return written;
+}
+
 bool Preferences::write(const char* key, bool value) {
     m_settings->setValue(QLatin1String(key), value);
     m_settings->sync();

@@ -11,7 +11,8 @@ class QSettings;
 //  - startAtLogin: what the start-at-login switch shows; absent reads as false;
 //  - hasLaunchedBefore: set once the first-appearance default has been applied;
 //  - undoWithBackspace: BackSpace right after an expansion puts the command back; absent
-//    reads as true.
+//    reads as true;
+//  - paused: nothing expands until it is switched off again, also after a restart.
 // Every write is flushed to disk at once.
 class Preferences : public QObject {
     Q_OBJECT
@@ -32,15 +33,20 @@ public:
     bool undoWithBackspace() const;
     bool setUndoWithBackspace(bool enabled);
 
+    bool paused() const;
+    bool setPaused(bool paused);
+
     QString settingsPath() const;
 
     static constexpr const char* startAtLoginKey = "startAtLogin";
     static constexpr const char* hasLaunchedBeforeKey = "hasLaunchedBefore";
     static constexpr const char* undoWithBackspaceKey = "undoWithBackspace";
+    static constexpr const char* pausedKey = "paused";
 
 signals:
     void startAtLoginChanged(bool enabled);
     void undoWithBackspaceChanged(bool enabled);
+    void pausedChanged(bool paused);
 
 private:
     bool write(const char* key, bool value);

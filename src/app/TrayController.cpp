@@ -1,5 +1,7 @@
 #include "TrayController.h"
 
+#include "Preferences.h"
+
 #include "SymbolImage.h"
 #include "UiTheme.h"
 
@@ -17,7 +19,8 @@
 
 TrayController::TrayController(Autostart& autostart, Preferences& preferences,
                          QObject* parent)
-    : QObject(parent), m_confirmation(m_appWindows), m_windows(autostart, preferences) {
+    : QObject(parent), m_confirmation(m_appWindows), m_windows(autostart, preferences),
+      m_preferences(preferences) {
     // Quit requests reach the application object as QEvent::Quit, whoever sends them.
     qApp->installEventFilter(this);
     connect(qApp, &QGuiApplication::commitDataRequest, this, &TrayController::commitData,
@@ -32,6 +35,16 @@ TrayController::~TrayController() {
 void TrayController::applicationDidFinishLaunching(QMainWindow* mainWindow) {
     // Closing the last window hides it; Typolet keeps running in the tray.
     QApplication::setQuitOnLastWindowClosed(false);
+    // One action for both menus, so they always agree; the preference is what it shows.
+    m_pauseAction = new QAction(tr("Pause Expansion"), this);
+    m_pauseAction->setCheckable(true);
+    m_pauseAction->setChecked(m_preferences.paused());
+    connect(m_pauseAction, &QAction::toggled, &m_preferences, &Preferences::setPaused);
+    connect(&m_preferences, &Preferences::pausedChanged, this, [this](bool paused) {
+        m_pauseAction->setChecked(paused);
+        if (m_statusItem)
+            m_statusItem->setIcon(SymbolImage::trayIcon(paused));
+    });
     setupMainMenu(mainWindow);
     setupStatusItem();
 }
@@ -51,6 +64,9 @@ void TrayController::setupMainMenu(QMainWindow* mainWindow) {
     quit->setMenuRole(QAction::NoRole);
     connect(quit, &QAction::triggered, this, &TrayController::quitApp);
 
+    m_fileMenu = mainWindow->menuBar()->addMenu(tr("&File"));
+    m_fileMenu->addAction(m_pauseAction);
+
     // The key bindings work in the main window (they live on its menu bar) and are also given to
     // the Preferences and About windows when those are built; they stay window-wide rather
     // than application-wide so the tray menu's own Ctrl+Q is never ambiguous with them.
@@ -63,6 +79,7 @@ void TrayController::setupStatusItem() {
     QAction* open = m_statusMenu->addAction(tr("Open Typolet"));
     open->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
     connect(open, &QAction::triggered, this, &TrayController::openApp);
+    m_statusMenu->addAction(m_pauseAction);
     m_statusMenu->addSeparator();
     QAction* quit = m_statusMenu->addAction(tr("Quit"));
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
@@ -80,7 +97,7 @@ void TrayController::setupStatusItem() {
     if (!QSystemTrayIcon::isSystemTrayAvailable())
         return;
     m_statusItem = std::make_unique<QSystemTrayIcon>();
-    m_statusItem->setIcon(SymbolImage::trayIcon());
+    m_statusItem->setIcon(SymbolImage::trayIcon(m_preferences.paused()));
     m_statusItem->setContextMenu(m_statusMenu.get());
     // A left click opens the same menu as a right click does; a quick second click arrives as
     // a double click and must open it too.

@@ -55,6 +55,9 @@ public:
     // inspected).
     QMenu* applicationMenu() const { return m_applicationMenu; }
     QMenu* statusMenu() const { return m_statusMenu.get(); }
+    QMenu* fileMenu() const { return m_fileMenu; }
+    // "Pause Expansion", checked while paused; in the tray menu and the File menu.
+    QAction* pauseAction() const { return m_pauseAction; }
 
     // Whether the session may end now (asks the quit question). Used for the session
     // manager's request at log-out.
@@ -83,6 +86,9 @@ private:
     std::unique_ptr<QSystemTrayIcon> m_statusItem;
     std::unique_ptr<QMenu> m_statusMenu;
     QMenu* m_applicationMenu = nullptr; // owned by the main window's menu bar
+    QMenu* m_fileMenu = nullptr;        // likewise
+    QAction* m_pauseAction = nullptr;
+    Preferences& m_preferences;
     bool m_asking = false;
     bool m_terminationApproved = false;
 };

@@ -96,14 +96,18 @@ int main(int argc, char* argv[]) {
         std::signal(SIGTERM, onTerminationSignal);
         std::signal(SIGINT, onTerminationSignal);
     }
-    // A command typed into one of Typolet's own fields (the snippet editor, the search) is
-    // text for that field: while a Typolet window has the focus, nothing expands.
+    engine.setPaused(preferences.paused());
+    QObject::connect(&preferences, &Preferences::pausedChanged, app.get(),
+                     [&engine](bool paused) { engine.setPaused(paused); });
     engine.setUndoWithBackspace(preferences.undoWithBackspace());
     QObject::connect(&preferences, &Preferences::undoWithBackspaceChanged, app.get(),
                      [&engine](bool on) { engine.setUndoWithBackspace(on); });
-    const auto followFocus = [&engine](QWindow* focused) { engine.setIgnoringKeys(focused != nullptr); };
-    followFocus(QGuiApplication::focusWindow());
-    QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, app.get(), followFocus);
+    // A command typed into one of Typolet's own fields (the snippet editor, the search) is
+    // text for that field: while a shown Typolet window has the focus, nothing expands.
+    engine.setKeysIgnoredWhen([] {
+        const QWindow* focused = QGuiApplication::focusWindow();
+        return focused != nullptr && focused->isVisible();
+    });
     QObject::connect(app.get(), &QCoreApplication::aboutToQuit,
                      [&engine] { engine.restoreKeyboardMapping(); });
     return app->exec();

@@ -58,9 +58,13 @@ void TextExpander::startMonitoring() {
     m_monitoring = true;
 }
 
-void TextExpander::setIgnoringKeys(bool ignoring) {
-    m_ignoringKeys = ignoring;
+void TextExpander::setPaused(bool paused) {
+    if (m_paused == paused)
+        return;
+    m_paused = paused;
     m_buffer.clear();
+    qCInfo(lcEngine).noquote() << (paused ? QStringLiteral("Expansion paused")
+                                          : QStringLiteral("Expansion resumed"));
 }
 
 void TextExpander::keyDown(const KeyStroke& stroke) {
@@ -68,13 +72,19 @@ void TextExpander::keyDown(const KeyStroke& stroke) {
     // Modifier keys alone are not typing; they never count as a key-down here.
     if (!translator || translator->isModifierKey(stroke.keyCode))
         return;
+    const bool ownWindow = m_keysIgnored && m_keysIgnored();
     qCInfo(lcKeys).noquote() << QStringLiteral("Key down: ") + QString::number(stroke.keyCode) +
                        (stroke.repeats ? QStringLiteral(" repeated %1 times").arg(stroke.repeats)
                                        : QString()) +
-                       (m_ignoringKeys ? QStringLiteral(" (in Typolet's own window: ignored)")
-                                       : QString());
-    if (m_ignoringKeys)
+                       (ownWindow  ? QStringLiteral(" (in Typolet's own window: ignored)")
+                        : m_paused ? QStringLiteral(" (paused: ignored)")
+                                   : QString());
+    if (ownWindow || m_paused) {
+        // What was typed there never completes a command typed afterwards.
+        m_buffer.clear();
+        m_undo.reset();
         return;
+    }
     if (stroke.repeats > 0)
         m_undo.reset(); // a held key is more than the one BackSpace that undoes
     if (stroke.repeats > 0 && stroke.repeatCountUncertain) {
@@ -163,8 +173,11 @@ bool TextExpander::applyKey(const QString& character) {
 }
 
 void TextExpander::handleKeyPress(const QString& character) {
-    if (m_ignoringKeys)
+    if (m_paused || (m_keysIgnored && m_keysIgnored())) {
+        m_buffer.clear();
+        m_undo.reset();
         return;
+    }
     // Only the very next key may undo an expansion, and only soon: later the caret may have
     // moved (a click, another window), and erasing there would destroy the user's text.
     const std::optional<Undo> undo = std::exchange(m_undo, std::nullopt);

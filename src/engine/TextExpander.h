@@ -41,10 +41,11 @@ public:
                  QObject* parent = nullptr);
     ~TextExpander() override;
 
-    // While set, typed keys are not looked at: in Typolet's own windows a command is text to
-    // type into a field, never something to expand. The buffer starts empty afterwards.
-    void setIgnoringKeys(bool ignoring);
-    bool isIgnoringKeys() const { return m_ignoringKeys; }
+    // Asked at every key: while it answers true, typed keys are not looked at. In Typolet's
+    // own windows a command is text for a field, never something to expand.
+    void setKeysIgnoredWhen(std::function<bool()> ignored) { m_keysIgnored = std::move(ignored); }
+    // The user's "Pause Expansion": likewise nothing is looked at until it is switched off.
+    void setPaused(bool paused);
 
     // BackSpace as the first key after an expansion (within the buffer's timeout) puts the
     // command back as it was typed. On by default.
@@ -104,7 +105,8 @@ private:
     quint64 m_indexedRevision = ~quint64(0);
 
     bool m_expanding = false;
-    bool m_ignoringKeys = false;
+    std::function<bool()> m_keysIgnored;
+    bool m_paused = false;
     bool m_undoEnabled = true;
     bool m_cancelled = false;
     // After an expansion that went out whole: the command it replaced and how many characters

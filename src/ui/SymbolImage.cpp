@@ -66,9 +66,15 @@ QIcon SymbolImage::applicationIcon() {
     return QIcon(QStringLiteral(":/icons/typolet.svg"));
 }
 
-QIcon SymbolImage::trayIcon() {
+QIcon SymbolImage::trayIcon(bool paused) {
     ensureResources();
-    return QIcon(QStringLiteral(":/icons/text-bubble.svg"));
+    const QIcon icon(QStringLiteral(":/icons/text-bubble.svg"));
+    if (!paused)
+        return icon;
+    QIcon faded;
+    for (const int size : {16, 22, 24, 32, 48, 64})
+        faded.addPixmap(icon.pixmap(QSize(size, size), QIcon::Disabled));
+    return faded;
 }
 
 QPixmap SymbolImage::tinted(const QIcon& icon, QSize size, const QColor& color,

@@ -20,7 +20,8 @@ public:
 
     // Typolet's own pictures: the application and the tray.
     static QIcon applicationIcon();
-    static QIcon trayIcon();
+    // Paused, the tray icon is drawn faded, as a disabled icon is.
+    static QIcon trayIcon(bool paused = false);
 
     // `icon` rendered at `size` as a silhouette in `color`.
     static QPixmap tinted(const QIcon& icon, QSize size, const QColor& color,

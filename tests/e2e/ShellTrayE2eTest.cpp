@@ -73,6 +73,7 @@ class ShellTrayE2eTest : public QObject {
 private slots:
     void runInBackgroundThenOpenTypolet();
     void keepsExpandingInTheBackground();
+    void pauseFromTheTrayMenuIsKeptOverARestart();
     void secondLaunchExitsAndRaisesTheFirst();
     void withoutATrayItRunsWithItsWindow();
 
@@ -168,6 +169,25 @@ void ShellTrayE2eTest::keepsExpandingInTheBackground() {
     QVERIFY(x.run(QStringLiteral("xdotool"), {"type", ";bg"}));
     QVERIFY2(x.waitForExpansions(1), qPrintable(x.typoletOutput().right(2000)));
     QVERIFY(x.typoletOutput().contains("Match found: ';bg' -> 'from the background'"));
+}
+
+void ShellTrayE2eTest::pauseFromTheTrayMenuIsKeptOverARestart() {
+    XSession x;
+    x.writeSnippets({{";bg", "from the background"}});
+    start(x, true);
+    QVERIFY(!openTrayMenu(x).isEmpty());
+    x.run(QStringLiteral("xdotool"), {"key", "Down", "Down", "Return"}); // "Pause Expansion"
+    QVERIFY(XSession::waitFor([&] { return x.typoletOutput().contains("Expansion paused"); }));
+    QVERIFY(runInBackground(x)); // no Typolet window has the focus now
+    QVERIFY(x.run(QStringLiteral("xdotool"), {"type", ";bg"}));
+    QVERIFY(XSession::waitFor([&] { return x.typoletOutput().count("(paused: ignored)") >= 3; }));
+    QVERIFY(!x.typoletOutput().contains("Match found"));
+
+    // Started again, it is still paused.
+    x.typolet()->terminate();
+    QVERIFY(x.typolet()->waitForFinished(20000));
+    start(x, false);
+    QVERIFY(x.typoletOutput().contains("Expansion paused"));
 }
 
 void ShellTrayE2eTest::secondLaunchExitsAndRaisesTheFirst() {

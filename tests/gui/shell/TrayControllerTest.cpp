@@ -52,6 +52,7 @@ class TrayControllerTest : public QObject {
     Q_OBJECT
 private slots:
     void withoutATrayClosingTheWindowDoesNotQuit();
+    void pauseIsOneSwitchInBothMenusAndKept();
     void runInBackgroundThenOpenTypoletBringsBackEveryWindow();
     void everyQuitRequestAsksFirst_data();
     void everyQuitRequestAsksFirst();
@@ -68,6 +69,19 @@ void TrayControllerTest::withoutATrayClosingTheWindowDoesNotQuit() {
     QSignalSpy terminating(&f.tray, &TrayController::terminating);
     QCOMPARE(runLoop([&] { f.mainWindow.close(); }), 99);
     QCOMPARE(terminating.size(), 0);
+}
+
+void TrayControllerTest::pauseIsOneSwitchInBothMenusAndKept() {
+    Fixture f;
+    QAction* pause = f.tray.pauseAction();
+    QVERIFY(f.tray.fileMenu()->actions().contains(pause));
+    QVERIFY(f.tray.statusMenu()->actions().contains(pause));
+    QVERIFY(!pause->isChecked());
+    pause->trigger();
+    QVERIFY(f.preferences.paused());
+    QVERIFY(Preferences(f.settings.path()).paused()); // on disk: it survives a restart
+    f.preferences.setPaused(false); // changed elsewhere: the menus follow
+    QVERIFY(!pause->isChecked());
 }
 
 void TrayControllerTest::runInBackgroundThenOpenTypoletBringsBackEveryWindow() {
