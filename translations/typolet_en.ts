@@ -288,6 +288,18 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <source>BackSpace right after an expansion puts the command back</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Excluded Applications</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nothing expands in these. To add one, type in it, then choose &quot;Exclude&quot; in the tray menu.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>QuitConfirmation</name>
@@ -419,6 +431,18 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
     <message>
         <source>&amp;File</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Exclude This Application</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%1” Is Excluded</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Exclude “%1”</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -5,6 +5,7 @@
 #include "MessageBoxPermissionAlert.h"
 #include "PermissionGuidance.h"
 #include "TextExpander.h"
+#include "X11FocusedApplication.h"
 #include "X11KeyMonitor.h"
 #include "X11KeyboardOutput.h"
 #include "X11KeymapSource.h"
@@ -15,7 +16,8 @@ EngineBootstrap::EngineBootstrap(bool withWindows)
       m_keymaps(std::make_unique<X11KeymapSource>()),
       m_translator(std::make_unique<KeyTranslator>(*m_keymaps)),
       m_monitor(std::make_unique<X11KeyMonitor>()),
-      m_output(std::make_unique<X11KeyboardOutput>(*m_keymaps)) {
+      m_output(std::make_unique<X11KeyboardOutput>(*m_keymaps)),
+      m_focus(std::make_unique<X11FocusedApplication>()) {
     if (withWindows)
         m_windowAlert = std::make_unique<MessageBoxPermissionAlert>();
     else
@@ -36,7 +38,9 @@ EngineBootstrap::~EngineBootstrap() {
 bool EngineBootstrap::start(SnippetStore& store) {
     m_engine = std::make_unique<TextExpander>(
         store,
-        EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), m_output.get()});
+        EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), m_output.get(),
+                       m_focus.get()});
+    m_engine->setExcludedApplications(m_excluded);
     m_engine->setKeysIgnoredWhen(m_keysIgnored);
     m_engine->setPaused(m_paused);
     const bool listening = m_engine->isMonitoring();
@@ -55,6 +59,16 @@ void EngineBootstrap::setKeysIgnoredWhen(std::function<bool()> ignored) {
     m_keysIgnored = std::move(ignored);
     if (m_engine)
         m_engine->setKeysIgnoredWhen(m_keysIgnored);
+}
+
+void EngineBootstrap::setExcludedApplications(const QStringList& names) {
+    m_excluded = names;
+    if (m_engine)
+        m_engine->setExcludedApplications(names);
+}
+
+QString EngineBootstrap::lastApplication() const {
+    return m_engine ? m_engine->lastApplication() : QString();
 }
 
 void EngineBootstrap::setPaused(bool paused) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <functional>
 #include <memory>
 
@@ -8,6 +9,7 @@ class ConsolePermissionAlert;
 class MessageBoxPermissionAlert;
 class SnippetStore;
 class TextExpander;
+class X11FocusedApplication;
 class X11KeyMonitor;
 class X11KeyboardOutput;
 class X11KeymapSource;
@@ -29,6 +31,10 @@ public:
 
     // When typed keys are not looked at (see TextExpander::setKeysIgnoredWhen).
     void setKeysIgnoredWhen(std::function<bool()> ignored);
+    // Applications where nothing expands, and the one the user last typed in.
+    void setExcludedApplications(const QStringList& names);
+    QString lastApplication() const;
+
     // Whether the user paused expansion.
     void setPaused(bool paused);
     // Whether BackSpace right after an expansion undoes it.
@@ -43,9 +49,11 @@ private:
     std::unique_ptr<KeyTranslator> m_translator;
     std::unique_ptr<X11KeyMonitor> m_monitor;
     std::unique_ptr<X11KeyboardOutput> m_output;
+    std::unique_ptr<X11FocusedApplication> m_focus;
     std::unique_ptr<TextExpander> m_engine;
     std::unique_ptr<MessageBoxPermissionAlert> m_windowAlert;
     std::unique_ptr<ConsolePermissionAlert> m_consoleAlert;
     std::function<bool()> m_keysIgnored;
     bool m_paused = false;
+    QStringList m_excluded;
 };

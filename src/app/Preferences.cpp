@@ -58,7 +58,19 @@ bool Preferences::setPaused(bool paused) {
     return written;
 }
 
-bool Preferences::write(const char* key, bool value) {
+QStringList Preferences::excludedApplications() const {
+    return m_settings->value(QLatin1String(excludedApplicationsKey)).toStringList();
+}
+
+bool Preferences::setExcludedApplications(const QStringList& names) {
+    const bool changed = excludedApplications() != names;
+    const bool written = write(excludedApplicationsKey, names);
+    if (changed)
+        emit excludedApplicationsChanged(names);
+    return written;
+}
+
+bool Preferences::write(const char* key, const QVariant& value) {
     m_settings->setValue(QLatin1String(key), value);
     m_settings->sync();
     return m_settings->status() == QSettings::NoError;

@@ -2,6 +2,8 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
+#include <QVariant>
 #include <memory>
 
 class QSettings;
@@ -12,7 +14,8 @@ class QSettings;
 //  - hasLaunchedBefore: set once the first-appearance default has been applied;
 //  - undoWithBackspace: BackSpace right after an expansion puts the command back; absent
 //    reads as true;
-//  - paused: nothing expands until it is switched off again, also after a restart.
+//  - paused: nothing expands until it is switched off again, also after a restart;
+//  - excludedApplications: the applications (by window class) where nothing expands.
 // Every write is flushed to disk at once.
 class Preferences : public QObject {
     Q_OBJECT
@@ -36,20 +39,25 @@ public:
     bool paused() const;
     bool setPaused(bool paused);
 
+    QStringList excludedApplications() const;
+    bool setExcludedApplications(const QStringList& names);
+
     QString settingsPath() const;
 
     static constexpr const char* startAtLoginKey = "startAtLogin";
     static constexpr const char* hasLaunchedBeforeKey = "hasLaunchedBefore";
     static constexpr const char* undoWithBackspaceKey = "undoWithBackspace";
     static constexpr const char* pausedKey = "paused";
+    static constexpr const char* excludedApplicationsKey = "excludedApplications";
 
 signals:
     void startAtLoginChanged(bool enabled);
     void undoWithBackspaceChanged(bool enabled);
     void pausedChanged(bool paused);
+    void excludedApplicationsChanged(const QStringList& names);
 
 private:
-    bool write(const char* key, bool value);
+    bool write(const char* key, const QVariant& value);
 
     std::unique_ptr<QSettings> m_settings;
 };

@@ -11,6 +11,8 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 namespace {
@@ -30,8 +32,10 @@ PreferencesView::PreferencesView(Autostart& autostart, Preferences& preferences,
     root->setSpacing(12);
 
     buildGeneralCard();
+    buildExclusionsCard();
     buildSyncCard();
     root->addWidget(m_generalCard, 0, Qt::AlignHCenter);
+    root->addWidget(m_exclusionsCard, 0, Qt::AlignHCenter);
     root->addWidget(m_syncCard, 0, Qt::AlignHCenter);
 
     connect(m_switch, &ToggleSwitch::toggled, this,
@@ -88,6 +92,46 @@ ToggleSwitch* PreferencesView::addSwitchRow(const QString& title, const QString&
     row->addWidget(toggle, 0, Qt::AlignVCenter);
     m_generalCard->contentLayout()->addLayout(row);
     return toggle;
+}
+
+void PreferencesView::buildExclusionsCard() {
+    m_exclusionsCard = new PreferenceCard(this);
+    QVBoxLayout* content = m_exclusionsCard->contentLayout();
+    content->addWidget(new SectionHeader(QStringLiteral("xmark.circle.fill"),
+                                         tr("Excluded Applications"), {}, m_exclusionsCard));
+    auto* hint = new ToneLabel(tr("Nothing expands in these. To add one, type in it, then choose "
+                                  "\"Exclude\" in the tray menu."),
+                               ToneLabel::Tone::Tertiary, m_exclusionsCard);
+    hint->setFont(UiTheme::system(12));
+    hint->setWordWrap(true);
+    hint->setContentsMargins(textIndent, 0, 0, 0);
+    content->addWidget(hint);
+    auto* row = new QHBoxLayout();
+    row->setContentsMargins(textIndent, 0, 0, 0);
+    m_exclusions = new QListWidget(m_exclusionsCard);
+    m_exclusions->setAccessibleName(tr("Excluded Applications"));
+    m_exclusions->setMaximumHeight(72);
+    row->addWidget(m_exclusions, 1);
+    m_removeExclusion = new QPushButton(tr("Remove"), m_exclusionsCard);
+    row->addWidget(m_removeExclusion, 0, Qt::AlignTop);
+    content->addLayout(row);
+
+    showExclusions(m_preferences.excludedApplications());
+    connect(&m_preferences, &Preferences::excludedApplicationsChanged, this,
+            &PreferencesView::showExclusions);
+    connect(m_exclusions, &QListWidget::currentRowChanged, this,
+            [this](int row) { m_removeExclusion->setEnabled(row >= 0); });
+    connect(m_removeExclusion, &QAbstractButton::clicked, this, [this] {
+        QStringList names = m_preferences.excludedApplications();
+        names.removeAt(m_exclusions->currentRow());
+        m_preferences.setExcludedApplications(names);
+    });
+}
+
+void PreferencesView::showExclusions(const QStringList& names) {
+    m_exclusions->clear();
+    m_exclusions->addItems(names);
+    m_removeExclusion->setEnabled(false);
 }
 
 void PreferencesView::buildSyncCard() {

@@ -6,6 +6,8 @@ class Autostart;
 class Preferences;
 class PreferenceCard;
 class QLabel;
+class QListWidget;
+class QPushButton;
 class SectionHeader;
 class ToggleSwitch;
 class ToneLabel;
@@ -25,6 +27,9 @@ public:
 
     ToggleSwitch* startAtLoginSwitch() const { return m_switch; }
     ToggleSwitch* undoSwitch() const { return m_undoSwitch; }
+    // The applications where nothing expands, and the button that takes the selected one out.
+    QListWidget* exclusionList() const { return m_exclusions; }
+    QPushButton* removeExclusionButton() const { return m_removeExclusion; }
     PreferenceCard* generalCard() const { return m_generalCard; }
     PreferenceCard* syncCard() const { return m_syncCard; }
     SectionHeader* generalHeader() const { return m_generalHeader; }
@@ -39,6 +44,8 @@ protected:
 private:
     void buildGeneralCard();
     void buildSyncCard();
+    void buildExclusionsCard();
+    void showExclusions(const QStringList& names);
     // A titled, explained switch under the General header.
     ToggleSwitch* addSwitchRow(const QString& title, const QString& detail, bool checked);
 
@@ -46,6 +53,9 @@ private:
     Preferences& m_preferences;
     PreferenceCard* m_generalCard = nullptr;
     PreferenceCard* m_syncCard = nullptr;
+    PreferenceCard* m_exclusionsCard = nullptr;
+    QListWidget* m_exclusions = nullptr;
+    QPushButton* m_removeExclusion = nullptr;
     SectionHeader* m_generalHeader = nullptr;
     SectionHeader* m_syncHeader = nullptr;
     ToggleSwitch* m_switch = nullptr;

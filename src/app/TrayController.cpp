@@ -80,6 +80,23 @@ void TrayController::setupStatusItem() {
     open->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
     connect(open, &QAction::triggered, this, &TrayController::openApp);
     m_statusMenu->addAction(m_pauseAction);
+    m_excludeAction = m_statusMenu->addAction(tr("Exclude This Application"));
+    m_excludeAction->setEnabled(false);
+    // Named when the menu opens: the application typed in last, not Typolet's own menu.
+    connect(m_statusMenu.get(), &QMenu::aboutToShow, this, [this] {
+        const QString name = m_lastApplication ? m_lastApplication() : QString();
+        const bool excluded =
+            m_preferences.excludedApplications().contains(name, Qt::CaseInsensitive);
+        m_excludeAction->setText(name.isEmpty() ? tr("Exclude This Application")
+                                 : excluded     ? tr("“%1” Is Excluded").arg(name)
+                                                : tr("Exclude “%1”").arg(name));
+        m_excludeAction->setEnabled(!name.isEmpty() && !excluded);
+        m_excludeAction->setData(name);
+    });
+    connect(m_excludeAction, &QAction::triggered, this, [this] {
+        m_preferences.setExcludedApplications(m_preferences.excludedApplications()
+                                              << m_excludeAction->data().toString());
+    });
     m_statusMenu->addSeparator();
     QAction* quit = m_statusMenu->addAction(tr("Quit"));
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));

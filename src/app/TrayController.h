@@ -5,6 +5,7 @@
 #include "ShellWindows.h"
 
 #include <QObject>
+#include <functional>
 #include <memory>
 
 class Autostart;
@@ -58,6 +59,12 @@ public:
     QMenu* fileMenu() const { return m_fileMenu; }
     // "Pause Expansion", checked while paused; in the tray menu and the File menu.
     QAction* pauseAction() const { return m_pauseAction; }
+    // "Exclude “name”" in the tray menu, for the application the user last typed in, which
+    // `source` names (empty: none known). Set once the engine runs.
+    QAction* excludeAction() const { return m_excludeAction; }
+    void setLastApplicationSource(std::function<QString()> source) {
+        m_lastApplication = std::move(source);
+    }
 
     // Whether the session may end now (asks the quit question). Used for the session
     // manager's request at log-out.
@@ -88,6 +95,8 @@ private:
     QMenu* m_applicationMenu = nullptr; // owned by the main window's menu bar
     QMenu* m_fileMenu = nullptr;        // likewise
     QAction* m_pauseAction = nullptr;
+    QAction* m_excludeAction = nullptr;
+    std::function<QString()> m_lastApplication;
     Preferences& m_preferences;
     bool m_asking = false;
     bool m_terminationApproved = false;

@@ -99,6 +99,10 @@ int main(int argc, char* argv[]) {
     engine.setPaused(preferences.paused());
     QObject::connect(&preferences, &Preferences::pausedChanged, app.get(),
                      [&engine](bool paused) { engine.setPaused(paused); });
+    engine.setExcludedApplications(preferences.excludedApplications());
+    QObject::connect(&preferences, &Preferences::excludedApplicationsChanged, app.get(),
+                     [&engine](const QStringList& names) { engine.setExcludedApplications(names); });
+    typolet.trayController()->setLastApplicationSource([&engine] { return engine.lastApplication(); });
     engine.setUndoWithBackspace(preferences.undoWithBackspace());
     QObject::connect(&preferences, &Preferences::undoWithBackspaceChanged, app.get(),
                      [&engine](bool on) { engine.setUndoWithBackspace(on); });

@@ -1,5 +1,6 @@
 #pragma once
 
+class FocusedApplication;
 class KeyMonitor;
 class KeyTranslator;
 class KeyboardOutput;
@@ -12,4 +13,5 @@ struct EnginePlatform {
     KeyMonitor* monitor = nullptr;
     KeyTranslator* translator = nullptr;
     KeyboardOutput* output = nullptr;
+    FocusedApplication* focus = nullptr; // optional: without it no application is excluded
 };

@@ -1,5 +1,7 @@
 #include "TextExpander.h"
 
+#include "FocusedApplication.h"
+
 #include "Logging.h"
 #include "GraphemeText.h"
 #include "KeyMonitor.h"
@@ -58,6 +60,22 @@ void TextExpander::startMonitoring() {
     m_monitoring = true;
 }
 
+QString TextExpander::ignoredBecause() {
+    if (m_paused)
+        return QStringLiteral("paused");
+    if (m_keysIgnored && m_keysIgnored())
+        return QStringLiteral("in Typolet's own window");
+    if (!m_platform.focus)
+        return {};
+    const QString application = m_platform.focus->name();
+    if (application.isEmpty())
+        return {};
+    m_lastApplication = application;
+    if (m_excluded.contains(application, Qt::CaseInsensitive))
+        return QStringLiteral("in an excluded application");
+    return {};
+}
+
 void TextExpander::setPaused(bool paused) {
     if (m_paused == paused)
         return;
@@ -72,14 +90,12 @@ void TextExpander::keyDown(const KeyStroke& stroke) {
     // Modifier keys alone are not typing; they never count as a key-down here.
     if (!translator || translator->isModifierKey(stroke.keyCode))
         return;
-    const bool ownWindow = m_keysIgnored && m_keysIgnored();
+    const QString ignored = ignoredBecause();
     qCInfo(lcKeys).noquote() << QStringLiteral("Key down: ") + QString::number(stroke.keyCode) +
                        (stroke.repeats ? QStringLiteral(" repeated %1 times").arg(stroke.repeats)
                                        : QString()) +
-                       (ownWindow  ? QStringLiteral(" (in Typolet's own window: ignored)")
-                        : m_paused ? QStringLiteral(" (paused: ignored)")
-                                   : QString());
-    if (ownWindow || m_paused) {
+                       (ignored.isEmpty() ? QString() : QStringLiteral(" (%1: ignored)").arg(ignored));
+    if (!ignored.isEmpty()) {
         // What was typed there never completes a command typed afterwards.
         m_buffer.clear();
         m_undo.reset();
@@ -173,7 +189,7 @@ bool TextExpander::applyKey(const QString& character) {
 }
 
 void TextExpander::handleKeyPress(const QString& character) {
-    if (m_paused || (m_keysIgnored && m_keysIgnored())) {
+    if (!ignoredBecause().isEmpty()) {
         m_buffer.clear();
         m_undo.reset();
         return;

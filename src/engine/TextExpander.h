@@ -46,6 +46,10 @@ public:
     void setKeysIgnoredWhen(std::function<bool()> ignored) { m_keysIgnored = std::move(ignored); }
     // The user's "Pause Expansion": likewise nothing is looked at until it is switched off.
     void setPaused(bool paused);
+    // Applications (by the platform's focus name, letter case ignored) where nothing expands.
+    void setExcludedApplications(const QStringList& names) { m_excluded = names; }
+    // The application the last key was typed in, when the platform can tell.
+    QString lastApplication() const { return m_lastApplication; }
 
     // BackSpace as the first key after an expansion (within the buffer's timeout) puts the
     // command back as it was typed. On by default.
@@ -82,6 +86,8 @@ public:
 
 private:
     void startMonitoring();
+    // Why typed keys are not looked at now; empty when they are.
+    QString ignoredBecause();
     // Applies one key's text to the buffer; true when it was appended.
     bool applyKey(const QString& character);
     void checkForMatch();
@@ -107,6 +113,8 @@ private:
     bool m_expanding = false;
     std::function<bool()> m_keysIgnored;
     bool m_paused = false;
+    QStringList m_excluded;
+    QString m_lastApplication;
     bool m_undoEnabled = true;
     bool m_cancelled = false;
     // After an expansion that went out whole: the command it replaced and how many characters

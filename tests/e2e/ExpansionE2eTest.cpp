@@ -1,6 +1,7 @@
 // Typing commands into real X clients under Xvfb and checking what the clients received.
 #include "XSession.h"
 
+#include <QSettings>
 #include <QtTest>
 
 namespace {
@@ -214,6 +215,31 @@ private slots:
                  }),
                  qPrintable(session.typoletOutput().right(1500)));
         QCOMPARE(session.typoletOutput().count(QLatin1String("Match found")), 1);
+    }
+
+    // An application the user excluded (an xterm with a class of its own) gets no expansion,
+    // while a GTK field still does.
+    void anExcludedApplicationGetsNoExpansion() {
+        XSession session;
+        session.writeSnippets({{";sig", "Best regards"}});
+        QSettings(session.file(QStringLiteral("Typolet/Typolet.conf")), QSettings::NativeFormat)
+            .setValue(QStringLiteral("excludedApplications"), QStringList{"NoSnippets"});
+        QVERIFY2(session.startTypolet(), qPrintable(session.log()));
+        QVERIFY(session.startTerminal(session.file(QStringLiteral("excluded")),
+                                      QStringLiteral("NoSnippets")));
+        QVERIFY(session.focusTarget());
+        QVERIFY(type(session, QStringLiteral(";sig")));
+        QVERIFY2(XSession::waitFor([&] {
+                     return session.typoletOutput().count("in an excluded application") >= 4;
+                 }),
+                 qPrintable(session.typoletOutput().right(1500)));
+        QVERIFY(!session.typoletOutput().contains(QLatin1String("Match found")));
+
+        QVERIFY(session.startGtkEntry());
+        QVERIFY(session.focusTarget());
+        QVERIFY(type(session, QStringLiteral(";sig")));
+        QVERIFY(session.waitForExpansions(1));
+        QCOMPARE(session.gtkEntryText(), QStringLiteral("Best regards"));
     }
 };
 

@@ -211,13 +211,15 @@ bool XSession::waitForWindow(QProcess* process) {
     return true;
 }
 
-bool XSession::startTerminal(const QString& outFile) {
+bool XSession::startTerminal(const QString& outFile, const QString& windowClass) {
     const QString ready = outFile + QStringLiteral(".ready");
     // No line editing and no echo: every byte the terminal sends lands in the file as sent.
     const QString script = QStringLiteral("stty -icanon -echo -ixon iutf8 && touch '%1' && exec cat > '%2'")
                                .arg(ready, outFile);
+    const QStringList classArguments =
+        windowClass.isEmpty() ? QStringList() : QStringList{QStringLiteral("-class"), windowClass};
     QProcess* terminal = start(QStringLiteral("xterm"),
-                               {QStringLiteral("-u8"), QStringLiteral("-geometry"),
+                               classArguments + QStringList{QStringLiteral("-u8"), QStringLiteral("-geometry"),
                                 QStringLiteral("100x30+0+0"), QStringLiteral("-e"),
                                 QStringLiteral("sh"), QStringLiteral("-c"), script});
     m_target = terminal;

@@ -46,7 +46,8 @@ public:
     QString typoletOutput() const;
 
     // A terminal whose input goes, byte for byte, to `outFile`.
-    bool startTerminal(const QString& outFile);
+    // `windowClass` gives the terminal that WM_CLASS instead of xterm's own.
+    bool startTerminal(const QString& outFile, const QString& windowClass = {});
     // Our Qt text client; its whole text is written to `outFile` after each change.
     // `extraArguments` go to the client (the benchmark asks for --report-length).
     bool startQtClient(const QString& outFile, const QStringList& extraArguments = {});

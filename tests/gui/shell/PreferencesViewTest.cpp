@@ -16,6 +16,8 @@
 #include "ToneLabel.h"
 
 #include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
 #include <QtTest>
 #include <memory>
 
@@ -70,6 +72,15 @@ void PreferencesViewTest::switchTurnsTheEntryOnAndOffAndShowsTheTruth() {
     QTest::mouseClick(f.view.undoSwitch(), Qt::LeftButton);
     QCOMPARE(undo.size(), 1);
     QCOMPARE(f.settings.read(QStringLiteral("undoWithBackspace")).toBool(), false);
+
+    // Exclusions are listed as they change, and Remove takes the selected one out.
+    f.preferences.setExcludedApplications({"XTerm", "firefox"});
+    QCOMPARE(f.view.exclusionList()->count(), 2);
+    QVERIFY(!f.view.removeExclusionButton()->isEnabled());
+    f.view.exclusionList()->setCurrentRow(0);
+    f.view.removeExclusionButton()->click();
+    QCOMPARE(f.preferences.excludedApplications(), QStringList{"firefox"});
+    QCOMPARE(f.view.exclusionList()->count(), 1);
 
     // The entry removed by hand: the next time Preferences appears, the switch is off.
     f.view.hide();

@@ -53,6 +53,7 @@ class TrayControllerTest : public QObject {
 private slots:
     void withoutATrayClosingTheWindowDoesNotQuit();
     void pauseIsOneSwitchInBothMenusAndKept();
+    void excludeTakesTheApplicationTypedInLast();
     void runInBackgroundThenOpenTypoletBringsBackEveryWindow();
     void everyQuitRequestAsksFirst_data();
     void everyQuitRequestAsksFirst();
@@ -82,6 +83,24 @@ void TrayControllerTest::pauseIsOneSwitchInBothMenusAndKept() {
     QVERIFY(Preferences(f.settings.path()).paused()); // on disk: it survives a restart
     f.preferences.setPaused(false); // changed elsewhere: the menus follow
     QVERIFY(!pause->isChecked());
+}
+
+void TrayControllerTest::excludeTakesTheApplicationTypedInLast() {
+    Fixture f;
+    QString last;
+    f.tray.setLastApplicationSource([&last] { return last; });
+    QAction* exclude = f.tray.excludeAction();
+    QVERIFY(f.openTrayMenu());
+    QVERIFY(!exclude->isEnabled()); // nothing typed anywhere yet
+    f.tray.statusMenu()->hide();
+    last = QStringLiteral("XTerm");
+    QVERIFY(f.openTrayMenu());
+    QVERIFY(exclude->isEnabled() && exclude->text().contains("XTerm"));
+    exclude->trigger();
+    QCOMPARE(f.preferences.excludedApplications(), QStringList{"XTerm"});
+    f.tray.statusMenu()->hide();
+    QVERIFY(f.openTrayMenu());
+    QVERIFY(!exclude->isEnabled()); // once is enough
 }
 
 void TrayControllerTest::runInBackgroundThenOpenTypoletBringsBackEveryWindow() {
