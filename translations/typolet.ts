@@ -397,6 +397,14 @@ This will permanently delete all %n snippet(s) in this category.</source>
         <source> and </source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>“%1” expands while “%2” is typed, so “%2” cannot be typed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%1” expands while “%2” is typed, so “%2” cannot be typed any more.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>TrayController</name>

@@ -402,6 +402,14 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <source> and </source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>“%1” expands while “%2” is typed, so “%2” cannot be typed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%1” expands while “%2” is typed, so “%2” cannot be typed any more.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>TrayController</name>

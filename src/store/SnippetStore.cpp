@@ -60,6 +60,35 @@ std::optional<DataError> SnippetStore::commandError(const QString& command,
     return std::nullopt;
 }
 
+namespace {
+// Whether typing `longer` passes through the end of `shorter` before its own end.
+bool expandsWhileTyping(const QString& shorter, const QString& longer) {
+    for (qsizetype at = longer.indexOf(shorter); at >= 0; at = longer.indexOf(shorter, at + 1)) {
+        if (at + shorter.size() < longer.size())
+            return true;
+    }
+    return false;
+}
+} // namespace
+
+QString SnippetStore::commandClash(const QString& command, const QUuid& snippetId) const {
+    if (isBlankCommand(command))
+        return {};
+    for (const Snippet& other : m_snippets) {
+        if (other.id == snippetId || other.command == command || isBlankCommand(other.command))
+            continue;
+        if (expandsWhileTyping(other.command, command))
+            return tr("\u201C%1\u201D expands while \u201C%2\u201D is typed, so \u201C%2\u201D "
+                      "cannot be typed.")
+                .arg(other.command, command);
+        if (expandsWhileTyping(command, other.command))
+            return tr("\u201C%1\u201D expands while \u201C%2\u201D is typed, so \u201C%2\u201D "
+                      "cannot be typed any more.")
+                .arg(command, other.command);
+    }
+    return {};
+}
+
 std::optional<DataError> SnippetStore::addSnippet(const Snippet& snippet) {
     if (const auto error = commandError(snippet.command, snippet.id))
         return error;

@@ -60,6 +60,11 @@ public:
     std::optional<QString> saveSnippets();
     std::optional<QString> saveCategories();
 
+    // Why `command` and another snippet's command cannot both be typed, or empty: a command
+    // that shows up inside another, short of its end, expands while the longer one is typed
+    // (";sig" inside ";signature"). A warning, not a refusal.
+    QString commandClash(const QString& command, const QUuid& snippetId) const;
+
     // Only blanks, or nothing: never a command.
     static bool isBlankCommand(const QString& command);
     void loadSnippets();

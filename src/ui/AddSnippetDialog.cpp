@@ -64,6 +64,11 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
     m_errorRow->setObjectName(QStringLiteral("duplicateError"));
     m_errorRow->setVisible(false);
     commandSection->addWidget(m_errorRow);
+    m_clashWarning = FormParts::coloredText(QString(), UiTheme::caption(), UiTheme::orange(), this);
+    m_clashWarning->setObjectName(QStringLiteral("clashWarning"));
+    m_clashWarning->setWordWrap(true);
+    m_clashWarning->setVisible(false);
+    commandSection->addWidget(m_clashWarning);
     form->addLayout(commandSection);
 
     auto* contentSection = new QVBoxLayout();
@@ -123,6 +128,9 @@ void AddSnippetDialog::updateState() {
     const bool contentEmpty = m_contentEditor->document()->isEmpty();
     m_contentPlaceholder->setVisible(contentEmpty);
     m_addButton->setEnabled(!SnippetStore::isBlankCommand(command()) && !contentEmpty);
+    const QString clash = m_store.commandClash(command(), QUuid());
+    m_clashWarning->setText(clash);
+    m_clashWarning->setVisible(!clash.isEmpty());
 }
 
 void AddSnippetDialog::setShowingDuplicateError(bool showing) {

@@ -55,6 +55,7 @@ private:
     FocusableTextField* m_commandField;
     InputFieldFrame* m_commandFrame;
     QWidget* m_errorRow;
+    QLabel* m_clashWarning;
     CustomTextEditor* m_contentEditor;
     QLabel* m_contentPlaceholder;
     PlainButton* m_cancelButton;

@@ -81,6 +81,17 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
     m_duplicateError->setObjectName(QStringLiteral("duplicateError"));
     m_duplicateError->setVisible(false);
     commandSection->addWidget(m_duplicateError);
+    m_clashWarning = FormParts::coloredText(QString(), UiTheme::caption(), UiTheme::orange(), this);
+    m_clashWarning->setObjectName(QStringLiteral("clashWarning"));
+    m_clashWarning->setWordWrap(true);
+    m_clashWarning->setVisible(false);
+    commandSection->addWidget(m_clashWarning);
+    // Warned while the command is typed, and for the stored one as it is shown.
+    connect(m_commandField, &QLineEdit::textChanged, this, [this](const QString& command) {
+        const QString clash = m_store.commandClash(command, m_snippetId);
+        m_clashWarning->setText(clash);
+        m_clashWarning->setVisible(!clash.isEmpty());
+    });
     form->addLayout(commandSection);
 
     auto* contentSection = new QVBoxLayout();

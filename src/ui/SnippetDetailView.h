@@ -87,6 +87,7 @@ private:
 
     QLineEdit* m_commandField;
     QLabel* m_duplicateError;
+    QLabel* m_clashWarning;
     CustomTextEditor* m_contentEditor;
     QLabel* m_cutContentNote;
     // The whole stored content while the editor shows only its start.

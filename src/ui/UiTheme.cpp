@@ -79,6 +79,9 @@ QColor UiTheme::red() {
 QColor UiTheme::green() {
     return QColor(0x2E, 0xB8, 0x4F);
 }
+QColor UiTheme::orange() {
+    return QColor(0xC7, 0x6A, 0x00);
+}
 QColor UiTheme::faintOutline() {
     return QColor(128, 128, 128, 51);
 }

@@ -35,6 +35,7 @@ public:
     static QColor secondaryText(const QWidget* widget);
     static QColor red();
     static QColor green();
+    static QColor orange(); // warnings
     // The faint outline around fields: gray at 20 % opacity.
     static QColor faintOutline();
     // The header and footer bands of the forms: the window colour shaded a little (darker on

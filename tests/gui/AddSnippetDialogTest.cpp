@@ -89,7 +89,12 @@ private slots:
         sheet = s.open();
         QVERIFY(sheet);
         QVERIFY(sheet->command().isEmpty() && sheet->content().isEmpty());
-        QTest::keyClicks(sheet->commandField(), QStringLiteral(";c"));
+        // A command inside another is warned of, as typed, and may still be added.
+        auto* clash = sheet->findChild<QLabel*>(QStringLiteral("clashWarning"));
+        QTest::keyClicks(sheet->commandField(), QStringLiteral(";h"));
+        QVERIFY(clash->isVisible() && clash->text().contains(QStringLiteral(";hi")));
+        GuiInput::retype(sheet->commandField(), QStringLiteral(";c"));
+        QVERIFY(!clash->isVisible());
         QTest::keyClicks(sheet->contentEditor(), QStringLiteral("Cancelled"));
         QVERIFY(GuiInput::clickCloses(sheet->cancelButton()));
         QCOMPARE(s.stored().size(), 2);

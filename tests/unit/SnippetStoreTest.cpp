@@ -219,6 +219,23 @@ private slots:
         QCOMPARE(storedCommands(settings), QStringList({";z", ";c", ";new"}));
     }
 
+    // A command inside another, short of its end, makes the longer one impossible to type.
+    void commandsThatHideAnotherAreWarnedOf() {
+        TemporarySettings settings;
+        SnippetStore store(settings.path());
+        const Snippet signature = Snippet::create(";signature", "s", kDefault);
+        store.appendSnippet(signature);
+        store.appendSnippet(Snippet::create("x;sig", "x", kDefault));
+        const QList<std::pair<QString, bool>> cases = {
+            {";sig", true}, {"sig", true},        // inside ";signature", before its end
+            {";signatures", true},                // ";signature" expands first
+            {"ture", false}, {";sig2", false},   // at the end only, or nowhere
+            {";signature", false}, {" ", false}}; // the same command, or blank
+        for (const auto& [command, clashes] : cases)
+            QVERIFY2(store.commandClash(command, QUuid()).isEmpty() != clashes, qPrintable(command));
+        QVERIFY(store.commandClash(";signa", signature.id).isEmpty()); // its own old command
+    }
+
     void directChangesBumpTheRevisionAndSavesAnnounceTheListAtDelivery() {
         TemporarySettings settings;
         SnippetStore store(settings.path());
