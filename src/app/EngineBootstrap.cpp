@@ -1,11 +1,14 @@
 #include "EngineBootstrap.h"
 
+#include <QKeySequence>
+
 #include "ConsolePermissionAlert.h"
 #include "KeyTranslator.h"
 #include "MessageBoxPermissionAlert.h"
 #include "PermissionGuidance.h"
 #include "TextExpander.h"
 #include "X11FocusedApplication.h"
+#include "X11GlobalKey.h"
 #include "X11KeyMonitor.h"
 #include "X11KeyboardOutput.h"
 #include "X11KeymapSource.h"
@@ -69,6 +72,17 @@ void EngineBootstrap::setExcludedApplications(const QStringList& names) {
 
 QString EngineBootstrap::lastApplication() const {
     return m_engine ? m_engine->lastApplication() : QString();
+}
+
+bool EngineBootstrap::grabGlobalKey(const QKeySequence& keys, std::function<void()> onPressed) {
+    m_globalKey = std::make_unique<X11GlobalKey>();
+    if (keys.isEmpty() || !m_globalKey->grab(keys[0])) {
+        m_globalKey.reset();
+        return false;
+    }
+    QObject::connect(m_globalKey.get(), &X11GlobalKey::pressed, m_globalKey.get(),
+                     std::move(onPressed));
+    return true;
 }
 
 void EngineBootstrap::setPaused(bool paused) {

@@ -9,7 +9,9 @@ class ConsolePermissionAlert;
 class MessageBoxPermissionAlert;
 class SnippetStore;
 class TextExpander;
+class QKeySequence;
 class X11FocusedApplication;
+class X11GlobalKey;
 class X11KeyMonitor;
 class X11KeyboardOutput;
 class X11KeymapSource;
@@ -35,6 +37,10 @@ public:
     void setExcludedApplications(const QStringList& names);
     QString lastApplication() const;
 
+    // Grabs `keys` for the whole desktop and runs `onPressed` for each press; false when
+    // another program holds them.
+    bool grabGlobalKey(const QKeySequence& keys, std::function<void()> onPressed);
+
     // Whether the user paused expansion.
     void setPaused(bool paused);
     // Whether BackSpace right after an expansion undoes it.
@@ -50,6 +56,7 @@ private:
     std::unique_ptr<X11KeyMonitor> m_monitor;
     std::unique_ptr<X11KeyboardOutput> m_output;
     std::unique_ptr<X11FocusedApplication> m_focus;
+    std::unique_ptr<X11GlobalKey> m_globalKey;
     std::unique_ptr<TextExpander> m_engine;
     std::unique_ptr<MessageBoxPermissionAlert> m_windowAlert;
     std::unique_ptr<ConsolePermissionAlert> m_consoleAlert;

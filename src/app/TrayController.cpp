@@ -49,6 +49,11 @@ void TrayController::applicationDidFinishLaunching(QMainWindow* mainWindow) {
     setupStatusItem();
 }
 
+void TrayController::showPauseKeys(const QKeySequence& keys) {
+    m_pauseAction->setText(tr("Pause Expansion") + QLatin1Char('\t') +
+                           keys.toString(QKeySequence::NativeText));
+}
+
 void TrayController::setupMainMenu(QMainWindow* mainWindow) {
     m_applicationMenu = mainWindow->menuBar()->addMenu(QStringLiteral("Typolet"));
 

@@ -62,6 +62,9 @@ public:
     // "Exclude “name”" in the tray menu, for the application the user last typed in, which
     // `source` names (empty: none known). Set once the engine runs.
     QAction* excludeAction() const { return m_excludeAction; }
+    // Shows the desktop-wide keys that pause, beside "Pause Expansion" (shown, not bound:
+    // the keys reach Typolet through their grab, not through the menus).
+    void showPauseKeys(const QKeySequence& keys);
     void setLastApplicationSource(std::function<QString()> source) {
         m_lastApplication = std::move(source);
     }

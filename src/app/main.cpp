@@ -14,6 +14,7 @@
 #include <QApplication>
 #include <QCoreApplication>
 #include <QGuiApplication>
+#include <QKeySequence>
 #include <QWindow>
 #include <csignal>
 #include <memory>
@@ -99,6 +100,14 @@ int main(int argc, char* argv[]) {
     engine.setPaused(preferences.paused());
     QObject::connect(&preferences, &Preferences::pausedChanged, app.get(),
                      [&engine](bool paused) { engine.setPaused(paused); });
+    // Ctrl+Alt+Space pauses and resumes from anywhere, when no other program has it.
+    const QKeySequence pauseKeys(Qt::CTRL | Qt::ALT | Qt::Key_Space);
+    if (engine.grabGlobalKey(pauseKeys, [&preferences] { preferences.setPaused(!preferences.paused()); }))
+        typolet.trayController()->showPauseKeys(pauseKeys);
+    else
+        qCWarning(lcApp).noquote()
+            << QStringLiteral("%1 is taken by another program: pause from the tray menu instead")
+                   .arg(pauseKeys.toString(QKeySequence::NativeText));
     engine.setExcludedApplications(preferences.excludedApplications());
     QObject::connect(&preferences, &Preferences::excludedApplicationsChanged, app.get(),
                      [&engine](const QStringList& names) { engine.setExcludedApplications(names); });

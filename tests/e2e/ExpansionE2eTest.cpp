@@ -241,6 +241,20 @@ private slots:
         QVERIFY(session.waitForExpansions(1));
         QCOMPARE(session.gtkEntryText(), QStringLiteral("Best regards"));
     }
+
+    // Ctrl+Alt+Space pauses and resumes from any application, which never sees the keys.
+    void ctrlAltSpacePausesFromAnywhere() {
+        XSession session;
+        QVERIFY(prepare(session, {{";sig", "Best regards"}}));
+        QVERIFY(session.run(QStringLiteral("xdotool"), {"key", "ctrl+alt+space"}));
+        QVERIFY(XSession::waitFor([&] { return session.typoletOutput().contains("Expansion paused"); }));
+        QVERIFY(type(session, QStringLiteral(";sig")));
+        QVERIFY(XSession::waitFor([&] { return session.typoletOutput().count("(paused: ignored)") >= 4; }));
+        QVERIFY(session.run(QStringLiteral("xdotool"), {"key", "ctrl+alt+space"}));
+        QVERIFY(XSession::waitFor([&] { return session.typoletOutput().contains("Expansion resumed"); }));
+        QVERIFY(type(session, QStringLiteral(" ;sig")));
+        expectShown(session, QStringLiteral(";sig Best regards"));
+    }
 };
 
 QTEST_GUILESS_MAIN(ExpansionE2eTest)
