@@ -295,6 +295,10 @@ This will permanently delete all %n snippet(s) in this category.</source>
         <source>Remove</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Pause and resume from anywhere</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>QuitConfirmation</name>
@@ -446,6 +450,17 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
     <message>
         <source>Exclude “%1”</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>main</name>
+    <message>
+        <source>%1 is taken by another program; pause from the tray menu, or choose other keys in Preferences.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keys Taken</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -300,6 +300,10 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <source>Remove</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Pause and resume from anywhere</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>QuitConfirmation</name>
@@ -451,6 +455,17 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
     <message>
         <source>Exclude “%1”</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>main</name>
+    <message>
+        <source>%1 is taken by another program; pause from the tray menu, or choose other keys in Preferences.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keys Taken</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

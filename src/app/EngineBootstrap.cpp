@@ -75,6 +75,7 @@ QString EngineBootstrap::lastApplication() const {
 }
 
 bool EngineBootstrap::grabGlobalKey(const QKeySequence& keys, std::function<void()> onPressed) {
+    m_globalKey.reset(); // lets go of the previous keys first
     m_globalKey = std::make_unique<X11GlobalKey>();
     if (keys.isEmpty() || !m_globalKey->grab(keys[0])) {
         m_globalKey.reset();

@@ -58,6 +58,22 @@ bool Preferences::setPaused(bool paused) {
     return written;
 }
 
+QKeySequence Preferences::pauseKeys() const {
+    // Absent: the default. Present and empty: the user chose no keys.
+    if (!m_settings->contains(QLatin1String(pauseKeysKey)))
+        return QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_Space);
+    return QKeySequence::fromString(m_settings->value(QLatin1String(pauseKeysKey)).toString(),
+                                    QKeySequence::PortableText);
+}
+
+bool Preferences::setPauseKeys(const QKeySequence& keys) {
+    const bool changed = pauseKeys() != keys;
+    const bool written = write(pauseKeysKey, keys.toString(QKeySequence::PortableText));
+    if (changed)
+        emit pauseKeysChanged(keys);
+    return written;
+}
+
 QStringList Preferences::excludedApplications() const {
     return m_settings->value(QLatin1String(excludedApplicationsKey)).toStringList();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QKeySequence>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -15,7 +16,8 @@ class QSettings;
 //  - undoWithBackspace: BackSpace right after an expansion puts the command back; absent
 //    reads as true;
 //  - paused: nothing expands until it is switched off again, also after a restart;
-//  - excludedApplications: the applications (by window class) where nothing expands.
+//  - excludedApplications: the applications (by window class) where nothing expands;
+//  - pauseKeys: the desktop-wide keys that pause and resume, "Ctrl+Alt+Space" when absent.
 // Every write is flushed to disk at once.
 class Preferences : public QObject {
     Q_OBJECT
@@ -39,6 +41,9 @@ public:
     bool paused() const;
     bool setPaused(bool paused);
 
+    QKeySequence pauseKeys() const;
+    bool setPauseKeys(const QKeySequence& keys);
+
     QStringList excludedApplications() const;
     bool setExcludedApplications(const QStringList& names);
 
@@ -49,12 +54,14 @@ public:
     static constexpr const char* undoWithBackspaceKey = "undoWithBackspace";
     static constexpr const char* pausedKey = "paused";
     static constexpr const char* excludedApplicationsKey = "excludedApplications";
+    static constexpr const char* pauseKeysKey = "pauseKeys";
 
 signals:
     void startAtLoginChanged(bool enabled);
     void undoWithBackspaceChanged(bool enabled);
     void pausedChanged(bool paused);
     void excludedApplicationsChanged(const QStringList& names);
+    void pauseKeysChanged(const QKeySequence& keys);
 
 private:
     bool write(const char* key, const QVariant& value);

@@ -10,6 +10,7 @@
 #include "ToneLabel.h"
 
 #include <QHBoxLayout>
+#include <QKeySequenceEdit>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
@@ -66,6 +67,26 @@ void PreferencesView::buildGeneralCard() {
     m_undoSwitch = addSwitchRow(tr("Undo with BackSpace"),
                                 tr("BackSpace right after an expansion puts the command back"),
                                 m_preferences.undoWithBackspace());
+
+    auto* keysRow = new QHBoxLayout();
+    keysRow->setContentsMargins(textIndent, 0, 0, 0);
+    auto* keysTitle = new QLabel(tr("Pause and resume from anywhere"), m_generalCard);
+    keysTitle->setFont(UiTheme::system(14, QFont::Medium));
+    keysTitle->setWordWrap(true);
+    keysRow->addWidget(keysTitle, 1);
+    m_pauseKeys = new QKeySequenceEdit(m_preferences.pauseKeys(), m_generalCard);
+    m_pauseKeys->setAccessibleName(keysTitle->text());
+    m_pauseKeys->setMinimumWidth(140); // "Ctrl+Alt+Space" whole
+    keysTitle->setBuddy(m_pauseKeys);
+    keysRow->addWidget(m_pauseKeys);
+    m_generalCard->contentLayout()->addLayout(keysRow);
+    // One combination: the first one typed.
+    connect(m_pauseKeys, &QKeySequenceEdit::editingFinished, this, [this] {
+        const QKeySequence typed = m_pauseKeys->keySequence();
+        const QKeySequence keys = typed.isEmpty() ? QKeySequence() : QKeySequence(typed[0]);
+        m_pauseKeys->setKeySequence(keys);
+        m_preferences.setPauseKeys(keys);
+    });
     content->addStretch(1);
 }
 

@@ -6,6 +6,7 @@ class Autostart;
 class Preferences;
 class PreferenceCard;
 class QLabel;
+class QKeySequenceEdit;
 class QListWidget;
 class QPushButton;
 class SectionHeader;
@@ -27,6 +28,8 @@ public:
 
     ToggleSwitch* startAtLoginSwitch() const { return m_switch; }
     ToggleSwitch* undoSwitch() const { return m_undoSwitch; }
+    // The desktop-wide keys that pause and resume expansion.
+    QKeySequenceEdit* pauseKeysEdit() const { return m_pauseKeys; }
     // The applications where nothing expands, and the button that takes the selected one out.
     QListWidget* exclusionList() const { return m_exclusions; }
     QPushButton* removeExclusionButton() const { return m_removeExclusion; }
@@ -60,5 +63,6 @@ private:
     SectionHeader* m_syncHeader = nullptr;
     ToggleSwitch* m_switch = nullptr;
     ToggleSwitch* m_undoSwitch = nullptr;
+    QKeySequenceEdit* m_pauseKeys = nullptr;
     ToneLabel* m_syncDetail = nullptr;
 };

@@ -31,7 +31,7 @@ public:
     PreferencesView* preferencesView() const { return m_preferencesView; }
     AboutView* aboutView() const { return m_aboutView; }
 
-    static constexpr QSize preferencesSize{500, 640};
+    static constexpr QSize preferencesSize{500, 690};
     static constexpr QSize aboutSize{240, 220};
 
 private:

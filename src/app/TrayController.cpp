@@ -50,8 +50,9 @@ void TrayController::applicationDidFinishLaunching(QMainWindow* mainWindow) {
 }
 
 void TrayController::showPauseKeys(const QKeySequence& keys) {
-    m_pauseAction->setText(tr("Pause Expansion") + QLatin1Char('\t') +
-                           keys.toString(QKeySequence::NativeText));
+    m_pauseAction->setText(keys.isEmpty() ? tr("Pause Expansion")
+                                          : tr("Pause Expansion") + QLatin1Char('\t') +
+                                                keys.toString(QKeySequence::NativeText));
 }
 
 void TrayController::setupMainMenu(QMainWindow* mainWindow) {

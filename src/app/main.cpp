@@ -15,6 +15,7 @@
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QKeySequence>
+#include <QMessageBox>
 #include <QWindow>
 #include <csignal>
 #include <memory>
@@ -100,14 +101,26 @@ int main(int argc, char* argv[]) {
     engine.setPaused(preferences.paused());
     QObject::connect(&preferences, &Preferences::pausedChanged, app.get(),
                      [&engine](bool paused) { engine.setPaused(paused); });
-    // Ctrl+Alt+Space pauses and resumes from anywhere, when no other program has it.
-    const QKeySequence pauseKeys(Qt::CTRL | Qt::ALT | Qt::Key_Space);
-    if (engine.grabGlobalKey(pauseKeys, [&preferences] { preferences.setPaused(!preferences.paused()); }))
-        typolet.trayController()->showPauseKeys(pauseKeys);
-    else
-        qCWarning(lcApp).noquote()
-            << QStringLiteral("%1 is taken by another program: pause from the tray menu instead")
-                   .arg(pauseKeys.toString(QKeySequence::NativeText));
+    // The pause keys (Ctrl+Alt+Space unless changed) pause and resume from anywhere, when no
+    // other program holds them; a change in Preferences takes effect at once.
+    const auto grabPauseKeys = [&engine, &preferences, &typolet](bool tellUser) {
+        const QKeySequence keys = preferences.pauseKeys();
+        const bool grabbed = engine.grabGlobalKey(
+            keys, [&preferences] { preferences.setPaused(!preferences.paused()); });
+        typolet.trayController()->showPauseKeys(grabbed ? keys : QKeySequence());
+        if (grabbed || keys.isEmpty())
+            return;
+        const QString taken =
+            QCoreApplication::translate("main", "%1 is taken by another program; pause from the "
+                                                "tray menu, or choose other keys in Preferences.")
+                .arg(keys.toString(QKeySequence::NativeText));
+        qCWarning(lcApp).noquote() << taken;
+        if (tellUser)
+            QMessageBox::warning(nullptr, QCoreApplication::translate("main", "Keys Taken"), taken);
+    };
+    grabPauseKeys(false);
+    QObject::connect(&preferences, &Preferences::pauseKeysChanged, app.get(),
+                     [grabPauseKeys] { grabPauseKeys(true); });
     engine.setExcludedApplications(preferences.excludedApplications());
     QObject::connect(&preferences, &Preferences::excludedApplicationsChanged, app.get(),
                      [&engine](const QStringList& names) { engine.setExcludedApplications(names); });

@@ -15,6 +15,7 @@
 #include "ToggleSwitch.h"
 #include "ToneLabel.h"
 
+#include <QKeySequenceEdit>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
@@ -72,6 +73,14 @@ void PreferencesViewTest::switchTurnsTheEntryOnAndOffAndShowsTheTruth() {
     QTest::mouseClick(f.view.undoSwitch(), Qt::LeftButton);
     QCOMPARE(undo.size(), 1);
     QCOMPARE(f.settings.read(QStringLiteral("undoWithBackspace")).toBool(), false);
+
+    // The pause keys: Ctrl+Alt+Space until another combination (only the first) is chosen.
+    QCOMPARE(f.preferences.pauseKeys(), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_Space));
+    QSignalSpy keys(&f.preferences, &Preferences::pauseKeysChanged);
+    f.view.pauseKeysEdit()->setKeySequence(QKeySequence(QStringLiteral("Ctrl+Alt+P, Ctrl+X")));
+    emit f.view.pauseKeysEdit()->editingFinished();
+    QCOMPARE(keys.size(), 1);
+    QCOMPARE(Preferences(f.settings.path()).pauseKeys(), QKeySequence(QStringLiteral("Ctrl+Alt+P")));
 
     // Exclusions are listed as they change, and Remove takes the selected one out.
     f.preferences.setExcludedApplications({"XTerm", "firefox"});
