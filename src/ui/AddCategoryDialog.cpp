@@ -66,9 +66,7 @@ AddCategoryDialog::AddCategoryDialog(SnippetStore& store, AddHandler onAdd,
     m_addButton = footer.add;
     root->addWidget(footer.band);
 
-    connect(m_cancelButton, &QAbstractButton::clicked, this, &QDialog::reject);
     connect(m_addButton, &QAbstractButton::clicked, this, &AddCategoryDialog::add);
-    FormParts::submitOnCtrlReturn(this, m_addButton);
     connect(m_nameField, &FocusableTextField::editingChanged, this, [this](bool editing) {
         m_isNameFieldFocused = editing;
         m_nameFrame->setHighlighted(editing);

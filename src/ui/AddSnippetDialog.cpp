@@ -101,9 +101,7 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
     m_addButton = footer.add;
     root->addWidget(footer.band);
 
-    connect(m_cancelButton, &QAbstractButton::clicked, this, &QDialog::reject);
     connect(m_addButton, &QAbstractButton::clicked, this, &AddSnippetDialog::add);
-    FormParts::submitOnCtrlReturn(this, m_addButton);
     connect(m_commandField, &FocusableTextField::editingChanged, this, [this](bool editing) {
         m_isCommandFieldFocused = editing;
         m_commandFrame->setHighlighted(editing);

@@ -1,4 +1,5 @@
 #include "FormParts.h"
+#include <QDialog>
 #include <QKeySequence>
 #include <QShortcut>
 #include "FormBand.h"
@@ -141,8 +142,8 @@ void FormParts::submitOnCtrlReturn(QWidget* owner, QAbstractButton* submit) {
     }
 }
 
-FormParts::AddFooter FormParts::addFooter(QWidget* parent, const QString& toolTip) {
-    auto* band = new FormBand(parent);
+FormParts::AddFooter FormParts::addFooter(QDialog* sheet, const QString& toolTip) {
+    auto* band = new FormBand(sheet);
     auto* buttons = new QHBoxLayout(band);
     buttons->setContentsMargins(16, 16, 16, 16);
     buttons->setSpacing(16);
@@ -154,5 +155,7 @@ FormParts::AddFooter FormParts::addFooter(QWidget* parent, const QString& toolTi
     add->setObjectName(QStringLiteral("addButton"));
     add->setToolTip(toolTip);
     buttons->addWidget(add);
+    QObject::connect(cancel, &QAbstractButton::clicked, sheet, &QDialog::reject);
+    submitOnCtrlReturn(sheet, add);
     return {band, cancel, add};
 }

@@ -11,6 +11,7 @@
 
 class PlainButton;
 class QAbstractButton;
+class QDialog;
 class QLabel;
 class QMessageBox;
 class QPushButton;
@@ -56,11 +57,12 @@ public:
     // enabled: the forms' way to save or add without leaving the keyboard.
     static void submitOnCtrlReturn(QWidget* owner, QAbstractButton* submit);
 
-    // The band under an add sheet: Cancel and a primary "Add" with `toolTip`, right-aligned.
+    // The band under an add sheet: Cancel (which rejects `sheet`) and a primary "Add" with
+    // `toolTip`, right-aligned; Ctrl+Return presses Add.
     struct AddFooter {
         QWidget* band;
         PlainButton* cancel;
         QPushButton* add;
     };
-    static AddFooter addFooter(QWidget* parent, const QString& toolTip);
+    static AddFooter addFooter(QDialog* sheet, const QString& toolTip);
 };
