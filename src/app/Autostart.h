@@ -18,7 +18,7 @@ public:
     void setStartAtLogin(bool enabled);
 
     // Run each time the Preferences view appears. The first time ever, it turns the
-    // start-at-login switch on and registers the login item; afterwards it does nothing, so a
+    // start-at-login switch on and writes the autostart entry; afterwards it does nothing, so a
     // user who switched it off keeps it off. Until Preferences is first opened Typolet does not
     // start at login.
     void applyFirstLaunchDefault(Preferences& preferences);

@@ -33,7 +33,7 @@ public:
     ~TrayController() override;
 
     // The launch steps, once the main window exists: regular presentation, the application
-    // menu on `mainWindow`'s menu bar, the tray icon. The delegate does not keep `mainWindow`.
+    // menu on `mainWindow`'s menu bar, the tray icon. The controller does not keep `mainWindow`.
     void applicationDidFinishLaunching(QMainWindow* mainWindow);
 
     // Asks the quit question and acts on it; Now means the program may end.
