@@ -255,6 +255,20 @@ private slots:
         QVERIFY(type(session, QStringLiteral(" ;sig")));
         expectShown(session, QStringLiteral(";sig Best regards"));
     }
+
+    // When another program holds the pause keys, Typolet says so and still expands.
+    void pauseKeysHeldElsewhereAreReported() {
+        XSession session;
+        QVERIFY(session.isRunning());
+        QProcess* holder = session.start(QStringLiteral(TYPOLET_KEY_HOLDER), {});
+        QVERIFY(XSession::waitFor([&] { return holder->readAllStandardOutput().contains("held"); }));
+        QVERIFY(prepare(session, {{";sig", "Best regards"}}));
+        QVERIFY(XSession::waitFor([&] {
+            return session.typoletOutput().contains("is taken by another program");
+        }));
+        QVERIFY(type(session, QStringLiteral(";sig")));
+        expectShown(session, QStringLiteral("Best regards"));
+    }
 };
 
 QTEST_GUILESS_MAIN(ExpansionE2eTest)
