@@ -288,15 +288,15 @@ This will permanently delete all %n snippet(s) in this category.</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Nothing expands in these. To add one, type in it, then choose &quot;Exclude&quot; in the tray menu.</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Remove</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Pause and resume from anywhere</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nothing expands in these. To add one, open the tray menu while it is in use and choose &quot;Exclude&quot;.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -70,8 +70,8 @@ void EngineBootstrap::setExcludedApplications(const QStringList& names) {
         m_engine->setExcludedApplications(names);
 }
 
-QString EngineBootstrap::lastApplication() const {
-    return m_engine ? m_engine->lastApplication() : QString();
+QString EngineBootstrap::focusedApplication() const {
+    return m_focus->name();
 }
 
 bool EngineBootstrap::grabGlobalKey(const QKeySequence& keys, std::function<void()> onPressed) {

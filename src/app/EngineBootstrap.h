@@ -33,9 +33,9 @@ public:
 
     // When typed keys are not looked at (see TextExpander::setKeysIgnoredWhen).
     void setKeysIgnoredWhen(std::function<bool()> ignored);
-    // Applications where nothing expands, and the one the user last typed in.
+    // Applications where nothing expands, and the one that has the keyboard focus now.
     void setExcludedApplications(const QStringList& names);
-    QString lastApplication() const;
+    QString focusedApplication() const;
 
     // Grabs `keys` for the whole desktop and runs `onPressed` for each press; false when
     // another program holds them.

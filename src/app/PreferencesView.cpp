@@ -120,8 +120,8 @@ void PreferencesView::buildExclusionsCard() {
     QVBoxLayout* content = m_exclusionsCard->contentLayout();
     content->addWidget(new SectionHeader(QStringLiteral("xmark.circle.fill"),
                                          tr("Excluded Applications"), {}, m_exclusionsCard));
-    auto* hint = new ToneLabel(tr("Nothing expands in these. To add one, type in it, then choose "
-                                  "\"Exclude\" in the tray menu."),
+    auto* hint = new ToneLabel(tr("Nothing expands in these. To add one, open the tray menu while "
+                                  "it is in use and choose \"Exclude\"."),
                                ToneLabel::Tone::Tertiary, m_exclusionsCard);
     hint->setFont(UiTheme::system(12));
     hint->setWordWrap(true);

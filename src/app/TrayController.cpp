@@ -88,7 +88,7 @@ void TrayController::setupStatusItem() {
     m_statusMenu->addAction(m_pauseAction);
     m_excludeAction = m_statusMenu->addAction(tr("Exclude This Application"));
     m_excludeAction->setEnabled(false);
-    // Named when the menu opens: the application typed in last, not Typolet's own menu.
+    // Named as the menu opens, before it takes the keyboard: the application in use.
     connect(m_statusMenu.get(), &QMenu::aboutToShow, this, [this] {
         const QString name = m_lastApplication ? m_lastApplication() : QString();
         const bool excluded =

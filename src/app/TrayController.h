@@ -59,7 +59,7 @@ public:
     QMenu* fileMenu() const { return m_fileMenu; }
     // "Pause Expansion", checked while paused; in the tray menu and the File menu.
     QAction* pauseAction() const { return m_pauseAction; }
-    // "Exclude “name”" in the tray menu, for the application the user last typed in, which
+    // "Exclude “name”" in the tray menu, for the application in use when the menu opens, which
     // `source` names (empty: none known). Set once the engine runs.
     QAction* excludeAction() const { return m_excludeAction; }
     // Shows the desktop-wide keys that pause, beside "Pause Expansion" (shown, not bound:

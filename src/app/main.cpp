@@ -124,7 +124,9 @@ int main(int argc, char* argv[]) {
     engine.setExcludedApplications(preferences.excludedApplications());
     QObject::connect(&preferences, &Preferences::excludedApplicationsChanged, app.get(),
                      [&engine](const QStringList& names) { engine.setExcludedApplications(names); });
-    typolet.trayController()->setLastApplicationSource([&engine] { return engine.lastApplication(); });
+    // Asked as the tray menu opens, before it takes the keyboard: the application in use.
+    typolet.trayController()->setLastApplicationSource(
+        [&engine] { return engine.focusedApplication(); });
     engine.setUndoWithBackspace(preferences.undoWithBackspace());
     QObject::connect(&preferences, &Preferences::undoWithBackspaceChanged, app.get(),
                      [&engine](bool on) { engine.setUndoWithBackspace(on); });

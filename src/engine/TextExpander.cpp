@@ -65,13 +65,10 @@ QString TextExpander::ignoredBecause() {
         return QStringLiteral("paused");
     if (m_keysIgnored && m_keysIgnored())
         return QStringLiteral("in Typolet's own window");
-    if (!m_platform.focus)
+    if (!m_platform.focus || m_excluded.isEmpty())
         return {};
     const QString application = m_platform.focus->name();
-    if (application.isEmpty())
-        return {};
-    m_lastApplication = application;
-    if (m_excluded.contains(application, Qt::CaseInsensitive))
+    if (!application.isEmpty() && m_excluded.contains(application, Qt::CaseInsensitive))
         return QStringLiteral("in an excluded application");
     return {};
 }

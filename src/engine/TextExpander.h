@@ -47,9 +47,8 @@ public:
     // The user's "Pause Expansion": likewise nothing is looked at until it is switched off.
     void setPaused(bool paused);
     // Applications (by the platform's focus name, letter case ignored) where nothing expands.
+    // The focus is asked at each key only while there are any.
     void setExcludedApplications(const QStringList& names) { m_excluded = names; }
-    // The application the last key was typed in, when the platform can tell.
-    QString lastApplication() const { return m_lastApplication; }
 
     // BackSpace as the first key after an expansion (within the buffer's timeout) puts the
     // command back as it was typed. On by default.
@@ -114,7 +113,6 @@ private:
     std::function<bool()> m_keysIgnored;
     bool m_paused = false;
     QStringList m_excluded;
-    QString m_lastApplication;
     bool m_undoEnabled = true;
     bool m_cancelled = false;
     // After an expansion that went out whole: the command it replaced and how many characters

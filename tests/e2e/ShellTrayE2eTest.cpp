@@ -74,6 +74,7 @@ private slots:
     void runInBackgroundThenOpenTypolet();
     void keepsExpandingInTheBackground();
     void pauseFromTheTrayMenuIsKeptOverARestart();
+    void excludeFromTheTrayMenuTakesTheApplicationInUse();
     void secondLaunchExitsAndRaisesTheFirst();
     void withoutATrayItRunsWithItsWindow();
 
@@ -188,6 +189,18 @@ void ShellTrayE2eTest::pauseFromTheTrayMenuIsKeptOverARestart() {
     QVERIFY(x.typolet()->waitForFinished(20000));
     start(x, false);
     QVERIFY(x.typoletOutput().contains("Expansion paused"));
+}
+
+void ShellTrayE2eTest::excludeFromTheTrayMenuTakesTheApplicationInUse() {
+    XSession x;
+    start(x, true);
+    QVERIFY(x.startTerminal(x.file(QStringLiteral("typed")), QStringLiteral("NoSnippets")));
+    QVERIFY(x.focusTarget());
+    QVERIFY(!openTrayMenu(x).isEmpty());
+    x.run(QStringLiteral("xdotool"), {"key", "Down", "Down", "Down", "Return"}); // "Exclude …"
+    const QString settings = x.file(QStringLiteral("Typolet/Typolet.conf"));
+    QVERIFY2(XSession::waitFor([&] { return XSession::readText(settings).contains("NoSnippets"); }),
+             qPrintable(XSession::readText(settings)));
 }
 
 void ShellTrayE2eTest::secondLaunchExitsAndRaisesTheFirst() {
