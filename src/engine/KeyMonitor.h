@@ -33,6 +33,10 @@ public:
     using HeldKeyFilter = std::function<bool(const KeyStroke&)>;
     virtual HoldResult holdKeys(HeldKeyFilter onHeld) = 0;
 
+    // `handler` runs on the main thread when the user presses a pointer button that can move
+    // the caret (not the wheel): what was typed before is then no longer before the caret.
+    virtual void setPointerPressHandler(std::function<void()> handler) { (void)handler; }
+
     // Lets the held keys go: each reaches the focused application and is then reported. When
     // the report of one starts another expansion (holdKeys() is called again meanwhile), the
     // rest stay held until the next releaseKeys().

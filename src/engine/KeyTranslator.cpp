@@ -124,6 +124,21 @@ bool KeyTranslator::isModifierKey(uint32_t keyCode) {
     return isModifierKeysym(plainKeysym(keyCode));
 }
 
+std::optional<QString> KeyTranslator::peekText(uint32_t keyCode, const KeyboardState& state) {
+    if (!m_source.currentKeymap())
+        return std::nullopt;
+    bool chord = false;
+    const xkb_keysym_t keysym = keysymIn(keyCode, state, chord);
+    if (chord)
+        return QString(QChar(chordText));
+    if (auto fixed = fixedText(keysym))
+        return fixed;
+    const char32_t codePoint = xkb_keysym_to_utf32(keysym);
+    if (codePoint == 0 || (codePoint >= 0xD800 && codePoint <= 0xDFFF))
+        return QString();
+    return QString::fromUcs4(&codePoint, 1);
+}
+
 std::optional<QString> KeyTranslator::translateKeyCode(uint32_t keyCode,
                                                       const KeyboardState& state,
                                                       uint32_t& deadKeyState) {

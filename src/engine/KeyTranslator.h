@@ -36,6 +36,10 @@ public:
     std::optional<QString> translateKeyCode(uint32_t keyCode, const KeyboardState& state,
                                             uint32_t& deadKeyState);
 
+    // The text the key would give, without feeding the dead-key sequence: for a look at a key
+    // that will be translated for real when it reaches the application.
+    std::optional<QString> peekText(uint32_t keyCode, const KeyboardState& state);
+
     // The text of a key chord that the application takes as a command (Control+S, Alt+F).
     static constexpr char16_t chordText = 0x18;
 

@@ -28,7 +28,13 @@ bool isBackspace(const QString& character) {
 TextExpander::TextExpander(SnippetStore& store, KeyboardOutput* output, Clock clock,
                            QObject* parent)
     : QObject(parent), m_store(store), m_output(output),
-      m_clock(clock ? std::move(clock) : Clock(wallClockSeconds)), m_lastKeyDownTime(m_clock()) {}
+      m_clock(clock ? std::move(clock) : Clock(wallClockSeconds)), m_lastKeyDownTime(m_clock()) {
+    // A command left waiting as typing stops: the keyboard is not held any longer than a buffer
+    // lives.
+    m_awaitTimer.setSingleShot(true);
+    m_awaitTimer.setInterval(static_cast<int>(bufferTimeout * 1000));
+    connect(&m_awaitTimer, &QTimer::timeout, this, &TextExpander::stopAwaiting);
+}
 
 TextExpander::TextExpander(SnippetStore& store, const EnginePlatform& platform, Clock clock,
                            QObject* parent)
@@ -57,7 +63,17 @@ void TextExpander::startMonitoring() {
         qCWarning(lcEngine).noquote() << QStringLiteral("Could not start watching the keyboard");
         return;
     }
+    m_platform.monitor->setPointerPressHandler([this] { pointerPressed(); });
     m_monitoring = true;
+}
+
+void TextExpander::pointerPressed() {
+    if (m_buffer.isEmpty() && !m_undo && !m_awaiting)
+        return;
+    qCInfo(lcKeys).noquote() << QStringLiteral("Pointer pressed: buffer cleared");
+    m_buffer.clear();
+    m_undo.reset();
+    stopAwaiting();
 }
 
 QString TextExpander::ignoredBecause() {
@@ -189,11 +205,24 @@ void TextExpander::handleKeyPress(const QString& character) {
     if (!ignoredBecause().isEmpty()) {
         m_buffer.clear();
         m_undo.reset();
+        stopAwaiting();
         return;
     }
+    // A command waits for its word to end and this key was not held: it is in the application.
+    if (m_awaiting && !m_awaiting->keysHeld && wordEndDecided(character, true))
+        return;
     // Only the very next key may undo an expansion, and only soon: later the caret may have
     // moved (a click, another window), and erasing there would destroy the user's text.
-    const std::optional<Undo> undo = std::exchange(m_undo, std::nullopt);
+    std::optional<Undo> undo = std::exchange(m_undo, std::nullopt);
+    if (undo && !undo->passing.isEmpty()) {
+        // The key that ended the word comes back after the content; the undo waits for the
+        // key after it.
+        if (character == undo->passing) {
+            undo->passing.clear();
+            m_undo = undo;
+        }
+        undo.reset();
+    }
     if (undo && m_undoEnabled && isBackspace(character) && m_clock() - undo->at <= bufferTimeout) {
         qCInfo(lcKeys).noquote() << QStringLiteral("BackSpace after an expansion: putting back '") +
                                         undo->command + QLatin1Char('\'');
@@ -204,6 +233,123 @@ void TextExpander::handleKeyPress(const QString& character) {
     }
     if (applyKey(character))
         checkForMatch();
+}
+
+void TextExpander::awaitWordEnd(const Snippet& snippet) {
+    qCInfo(lcKeys).noquote() << QStringLiteral("Waiting for a word to end after '") +
+                                    snippet.command + QLatin1Char('\'');
+    m_awaiting = AwaitedWordEnd{snippet, false, false};
+    m_awaitTimer.start();
+    // Keys being let go have reached the application already, one by one: the next one is
+    // looked at as it is reported.
+    if (!m_monitoring || m_holding || m_releasing)
+        return;
+    KeyMonitor::HoldResult hold = m_platform.monitor->holdKeys(
+        [this](const KeyStroke& stroke) { return heldWhileAwaiting(stroke); });
+    m_holding = true;
+    QStringList slipped;
+    for (const KeyStroke& stroke : std::as_const(hold.slipped)) {
+        if (m_platform.translator->isModifierKey(stroke.keyCode))
+            continue;
+        const auto text =
+            m_platform.translator->translateKeyCode(stroke.keyCode, stroke.state, deadKeyState);
+        for (int i = 0; text && i <= stroke.repeats; ++i)
+            slipped.append(*text);
+    }
+    if (!hold.holding && slipped.isEmpty()) {
+        releaseHeldKeys(); // the keys go on as they come; each is looked at when reported
+        return;
+    }
+    m_awaiting->keysHeld = slipped.isEmpty();
+    if (slipped.isEmpty())
+        return;
+    // Keys reached the application before the hold: they decide, as they stand there.
+    const QString after = slipped.join(QString());
+    bool plainText = true;
+    for (const QString& text : std::as_const(slipped))
+        plainText = plainText && isAccepted(text) && text != u"\t";
+    if (plainText && Snippet::endsWord(slipped.first())) {
+        m_awaiting.reset();
+        m_awaitTimer.stop();
+        expand(snippet, after, true);
+        return;
+    }
+    m_awaiting.reset();
+    m_awaitTimer.stop();
+    for (const QString& text : std::as_const(slipped))
+        handleKeyPress(text);
+    releaseHeldKeys();
+}
+
+bool TextExpander::heldWhileAwaiting(const KeyStroke& stroke) {
+    if (m_expanding)
+        return heldKey(stroke);
+    if (!m_awaiting || m_awaiting->decided || m_platform.translator->isModifierKey(stroke.keyCode))
+        return true;
+    m_awaiting->decided = true;
+    m_awaitTimer.stop();
+    // Only a look: the key is translated for real when it reaches the application. After a
+    // dead key it gives a composed character, never a word end.
+    const QString next = deadKeyState != 0
+                             ? QString()
+                             : m_platform.translator->peekText(stroke.keyCode, stroke.state)
+                                   .value_or(QString());
+    // Decided after the monitor has queued the key, so letting go of it can replay it.
+    QMetaObject::invokeMethod(this, [this, next] { wordEndDecided(next, false); },
+                              Qt::QueuedConnection);
+    return true;
+}
+
+bool TextExpander::wordEndDecided(const QString& next, bool reachedApplication) {
+    if (!m_awaiting)
+        return false;
+    const Snippet snippet = m_awaiting->snippet;
+    m_awaiting.reset();
+    m_awaitTimer.stop();
+    // A Tab or Return that reached the application may have moved on (another field, a sent
+    // message): nothing before the caret is known to be the command any more.
+    const bool leftTheLine = next == u"\t" || next == u"\r" || next == u"\n";
+    bool ends = Snippet::endsWord(next) && !(reachedApplication && leftTheLine);
+    if (ends && m_indexedRevision == m_store.snippetsRevision()) {
+        // A longer command that goes on with this character is what the user is typing.
+        KeystrokeBuffer withNext = m_buffer;
+        withNext.append(next);
+        const auto longer = m_index.match(withNext);
+        ends = !longer || GraphemeText::count(m_store.snippets()[*longer].command) <=
+                              GraphemeText::count(snippet.command);
+    }
+    if (!ends) {
+        qCInfo(lcKeys).noquote() << QStringLiteral("No word end after '") + snippet.command +
+                                        QStringLiteral("': nothing expands");
+        if (!reachedApplication)
+            releaseHeldKeys();
+        return false;
+    }
+    if (reachedApplication) {
+        qCInfo(lcKeys).noquote() << QStringLiteral("Key pressed: ") + next;
+        m_lastKeyDownTime = m_clock();
+    }
+    expand(snippet, next, reachedApplication);
+    return true;
+}
+
+void TextExpander::stopAwaiting() {
+    if (!m_awaiting)
+        return;
+    const bool held = m_awaiting->keysHeld;
+    m_awaiting.reset();
+    m_awaitTimer.stop();
+    if (held)
+        releaseHeldKeys();
+}
+
+void TextExpander::releaseHeldKeys() {
+    if (!m_holding || m_expanding)
+        return;
+    m_holding = false;
+    m_releasing = true;
+    m_platform.monitor->releaseKeys();
+    m_releasing = false;
 }
 
 void TextExpander::checkForMatch() {
@@ -224,7 +370,11 @@ void TextExpander::checkForMatch() {
         m_buffer.clear();
         return;
     }
-    expand(snippets[*found]); // a copy: later edits don't change what is typed
+    // A copy: later edits don't change what is typed.
+    if (snippets[*found].expandsAfterWordEnd())
+        awaitWordEnd(snippets[*found]);
+    else
+        expand(snippets[*found]);
 }
 
 QString TextExpander::typeableText(const QString& content, int& leftOut) {
@@ -244,20 +394,36 @@ Expansion TextExpander::replacement(int erased, const QString& text) {
     return {ExpansionAction::erase(erased), ExpansionAction::type(text)};
 }
 
-void TextExpander::expand(const Snippet& snippet) {
+void TextExpander::expand(const Snippet& snippet, const QString& wordEnd, bool endReached) {
     qCInfo(lcKeys).noquote() << QStringLiteral("Match found: '") + snippet.command +
                        QStringLiteral("' -> '") + snippet.content + QLatin1Char('\'');
     int leftOut = 0;
-    const QString typed = typeableText(snippet.content, leftOut);
+    QString typed = typeableText(snippet.content, leftOut);
     if (leftOut > 0)
         qCWarning(lcEngine).noquote()
             << QStringLiteral("Left out %1 control character(s) of a snippet's content: only "
                               "text, tabs and line breaks are typed")
                    .arg(leftOut);
-    replace(static_cast<int>(GraphemeText::count(snippet.command)), typed, snippet.command, {});
+    int erased = static_cast<int>(GraphemeText::count(snippet.command));
+    // BackSpace puts back the command with what ended its word, as it was typed; not after a
+    // Tab or Return, which may have left the field.
+    std::optional<Undo> undo = Undo{snippet.command + wordEnd, 0, 0, {}};
+    if (wordEnd == u"\t" || wordEnd == u"\r")
+        undo.reset();
+    if (endReached) {
+        // What ended the word is in the application already: it goes and comes back after the
+        // content.
+        erased += static_cast<int>(GraphemeText::count(wordEnd));
+        typed += wordEnd;
+    } else if (undo && !wordEnd.isEmpty()) {
+        // It is held, and reaches the application right after the content.
+        undo->typed = 1;
+        undo->passing = wordEnd;
+    }
+    replace(erased, typed, undo, {});
 }
 
-void TextExpander::replace(int erased, QString typed, std::optional<QString> undo,
+void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
                            const QString& bufferAfter) {
     m_undo.reset();
     m_pendingUndo.reset();
@@ -309,8 +475,10 @@ void TextExpander::replace(int erased, QString typed, std::optional<QString> und
     m_buffer.clear();
     m_buffer.append(bufferAfter);
     qCInfo(lcKeys).noquote() << QStringLiteral("Typing: '") + typed + QLatin1Char('\'');
-    if (undo)
-        m_pendingUndo = Undo{*undo, static_cast<int>(GraphemeText::count(typed)), 0};
+    if (undo) {
+        undo->typed += static_cast<int>(GraphemeText::count(typed));
+        m_pendingUndo = undo;
+    }
     m_expanding = true;
     if (!m_output) {
         expansionFinished();
@@ -344,6 +512,5 @@ void TextExpander::expansionFinished() {
         handleKeyPress(m_afterExpansion.takeFirst());
     if (m_expanding || !m_holding)
         return; // a new expansion holds on to the keys
-    m_holding = false;
-    m_platform.monitor->releaseKeys();
+    releaseHeldKeys();
 }

@@ -9,6 +9,7 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QTimer>
 #include <QVariantMap>
 #include <functional>
 #include <optional>
@@ -90,11 +91,25 @@ private:
     // Applies one key's text to the buffer; true when it was appended.
     bool applyKey(const QString& character);
     void checkForMatch();
-    void expand(const Snippet& snippet);
+    // `wordEnd`: the key that ended the command's word; `endReached`: it is in the application.
+    void expand(const Snippet& snippet, const QString& wordEnd = {}, bool endReached = false);
+    // A command that waits for a word to end has been typed: the next key decides. The keys
+    // are held meanwhile where they can be, so that a Tab or Return that ends the word
+    // reaches the application only after the content.
+    void awaitWordEnd(const Snippet& snippet);
+    bool heldWhileAwaiting(const KeyStroke& stroke);
+    // The key after an awaited command; true when it ended the word and the snippet expands.
+    // `reachedApplication`: the key is in the application already (it was not held).
+    bool wordEndDecided(const QString& next, bool reachedApplication);
+    // No expansion after all: held keys go on to the application.
+    void stopAwaiting();
+    // A click may have moved the caret: nothing typed before it may be erased.
+    void pointerPressed();
+    void releaseHeldKeys();
     // Erases `erased` characters before the caret and types `typed` in their place, holding
     // the user's keys meanwhile. `undo` is what a BackSpace right after it may put back.
-    void replace(int erased, QString typed, std::optional<QString> undo,
-                 const QString& bufferAfter);
+    struct Undo;
+    void replace(int erased, QString typed, std::optional<Undo> undo, const QString& bufferAfter);
     bool heldKey(const KeyStroke& stroke);
     void expansionFinished();
 
@@ -121,10 +136,21 @@ private:
         QString command;
         int typed = 0;
         double at = 0;
+        // The key that ended the word, still to come back from the keys held meanwhile: it is
+        // part of the expansion, not the next key.
+        QString passing;
     };
+    struct AwaitedWordEnd {
+        Snippet snippet;
+        bool keysHeld = false;
+        bool decided = false;
+    };
+    std::optional<AwaitedWordEnd> m_awaiting;
+    QTimer m_awaitTimer;
     std::optional<Undo> m_undo;
     std::optional<Undo> m_pendingUndo;
     bool m_holding = false;
+    bool m_releasing = false; // held keys are being let go and reported
     bool m_saidCannotHold = false;
     // Texts that reached the application during the expansion and enter the buffer after it.
     QStringList m_afterExpansion;

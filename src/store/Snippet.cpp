@@ -8,9 +8,32 @@ Snippet::Snippet(QUuid id, QString command, QString content, double createdAt, Q
     : id(id), command(std::move(command)), content(std::move(content)), createdAt(createdAt),
       categoryId(categoryId) {}
 
-Snippet Snippet::create(QString command, QString content, QUuid categoryId) {
-    return Snippet(QUuid::createUuid(), std::move(command), std::move(content), Timestamp::now(),
+Snippet Snippet::create(QString command, QString content, QUuid categoryId, Trigger trigger) {
+    Snippet snippet(QUuid::createUuid(), std::move(command), std::move(content), Timestamp::now(),
                     categoryId);
+    snippet.trigger = trigger;
+    return snippet;
+}
+
+bool Snippet::endsWord(QStringView character) {
+    if (character == u"\t" || character == u"\r" || character == u"\n")
+        return true;
+    const auto codePoints = character.toUcs4();
+    if (codePoints.size() != 1)
+        return false;
+    switch (QChar::category(codePoints.front())) {
+    case QChar::Separator_Space:
+    case QChar::Punctuation_Connector:
+    case QChar::Punctuation_Dash:
+    case QChar::Punctuation_Open:
+    case QChar::Punctuation_Close:
+    case QChar::Punctuation_InitialQuote:
+    case QChar::Punctuation_FinalQuote:
+    case QChar::Punctuation_Other:
+        return true;
+    default:
+        return false;
+    }
 }
 
 size_t qHash(const Snippet& snippet, size_t seed) noexcept { return qHash(snippet.id, seed); }

@@ -6,6 +6,9 @@
 
 #include <QDateTime>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QSet>
 #include <QSettings>
 #include <QVariant>
 
@@ -61,30 +64,41 @@ std::optional<DataError> SnippetStore::commandError(const QString& command,
 }
 
 namespace {
-// Whether typing `longer` passes through the end of `shorter` before its own end.
-bool expandsWhileTyping(const QString& shorter, const QString& longer) {
+// Whether typing `longer` passes through the end of `shorter` before its own end, where
+// `shorter` would fire: at once, or when a word ends right after it.
+bool expandsWhileTyping(const QString& shorter, Snippet::Trigger trigger, const QString& longer) {
     for (qsizetype at = longer.indexOf(shorter); at >= 0; at = longer.indexOf(shorter, at + 1)) {
-        if (at + shorter.size() < longer.size())
+        const qsizetype end = at + shorter.size();
+        if (end >= longer.size())
+            continue;
+        if (trigger == Snippet::Trigger::Immediately)
+            return true;
+        const qsizetype next = longer.at(end).isHighSurrogate() ? 2 : 1;
+        if (Snippet::endsWord(QStringView(longer).mid(end, next)))
             return true;
     }
     return false;
 }
 } // namespace
 
-QString SnippetStore::commandClash(const QString& command, const QUuid& snippetId) const {
+SnippetStore::CommandClash SnippetStore::commandClash(const QString& command,
+                                                      const QUuid& snippetId,
+                                                      Snippet::Trigger trigger) const {
     if (isBlankCommand(command))
         return {};
     for (const Snippet& other : m_snippets) {
         if (other.id == snippetId || other.command == command || isBlankCommand(other.command))
             continue;
-        if (expandsWhileTyping(other.command, command))
-            return tr("\u201C%1\u201D expands while \u201C%2\u201D is typed, so \u201C%2\u201D "
-                      "cannot be typed.")
-                .arg(other.command, command);
-        if (expandsWhileTyping(command, other.command))
-            return tr("\u201C%1\u201D expands while \u201C%2\u201D is typed, so \u201C%2\u201D "
-                      "cannot be typed any more.")
-                .arg(command, other.command);
+        if (expandsWhileTyping(other.command, other.trigger, command))
+            return {tr("\u201C%1\u201D expands while \u201C%2\u201D is typed, so \u201C%2\u201D "
+                       "cannot be typed.")
+                        .arg(other.command, command),
+                    other.command, other.id};
+        if (expandsWhileTyping(command, trigger, other.command))
+            return {tr("\u201C%1\u201D expands while \u201C%2\u201D is typed, so \u201C%2\u201D "
+                       "cannot be typed any more.")
+                        .arg(command, other.command),
+                    command, QUuid()};
     }
     return {};
 }
@@ -177,7 +191,8 @@ std::optional<DataError> SnippetStore::deleteCategory(const Category& category) 
 std::optional<DataError> SnippetStore::updateSnippet(const Snippet& snippet,
                                                              const QString& command,
                                                              const QString& content,
-                                                             std::optional<QUuid> categoryId) {
+                                                             std::optional<QUuid> categoryId,
+                                                             std::optional<Snippet::Trigger> trigger) {
     if (const auto error = commandError(command, snippet.id))
         return error;
     const auto found = std::find_if(m_snippets.cbegin(), m_snippets.cend(),
@@ -185,8 +200,10 @@ std::optional<DataError> SnippetStore::updateSnippet(const Snippet& snippet,
     if (found == m_snippets.cend())
         return std::nullopt;
     const qsizetype index = found - m_snippets.cbegin();
+    const Snippet::Trigger keptTrigger = m_snippets[index].trigger;
     m_snippets[index] = Snippet(snippet.id, command, content, snippet.createdAt,
                                   categoryId.value_or(snippet.categoryId));
+    m_snippets[index].trigger = trigger.value_or(keptTrigger);
     ++m_snippetsRevision;
     emit snippetsChanged();
     return saved(saveSnippets());
@@ -201,8 +218,10 @@ std::optional<QString> SnippetStore::write(const char* key, const QByteArray& da
         return std::nullopt;
     }
     // Shown where the change was made, and logged.
+    QStringList lists = m_unsaved.keys();
+    lists.removeAll(QLatin1String(afterWordEndKey)); // part of the snippets to the user
     const QString message = tr("Could not save %1 to %2: %3")
-                                .arg(QStringList(m_unsaved.keys()).join(tr(" and ")),
+                                .arg(lists.join(tr(" and ")),
                                      settingsPath(), *error);
     qCWarning(lcStore).noquote() << message;
     emit saveFailed(message);
@@ -213,6 +232,14 @@ std::optional<QString> SnippetStore::saveSnippets() {
     const auto data = m_snippetEncoder.encode(m_snippets);
     if (!data)
         return std::nullopt;
+    QStringList afterWordEnd;
+    for (const Snippet& snippet : std::as_const(m_snippets)) {
+        if (snippet.expandsAfterWordEnd())
+            afterWordEnd.append(snippet.id.toString(QUuid::WithoutBraces).toUpper());
+    }
+    // Goes out in the same write as the list, so the two never disagree on disk.
+    m_unsaved.insert(QLatin1String(afterWordEndKey),
+                     QJsonDocument(QJsonArray::fromStringList(afterWordEnd)).toJson(QJsonDocument::Compact));
     std::optional<QString> error = write(snippetsKey, *data);
     // Observers run after the action that saved has finished; the list they get is the one
     // current at delivery.
@@ -238,8 +265,19 @@ void SnippetStore::loadSnippets() {
                          : std::nullopt;
     if (!snippets || unreadable > 0)
         noteUnreadable(QLatin1String(snippetsKey), snippets ? unreadable : -1);
-    if (snippets)
-        setSnippets(std::move(*snippets));
+    if (!snippets)
+        return;
+    QSet<QUuid> afterWordEnd;
+    // Unreadable, it only loses the waiting: every snippet then fires at once.
+    const QJsonArray ids =
+        QJsonDocument::fromJson(m_settings->value(QLatin1String(afterWordEndKey)).toByteArray()).array();
+    for (const QJsonValue& id : ids)
+        afterWordEnd.insert(QUuid::fromString(id.toString()));
+    for (Snippet& snippet : *snippets) {
+        if (afterWordEnd.contains(snippet.id))
+            snippet.trigger = Snippet::Trigger::AfterWordEnd;
+    }
+    setSnippets(std::move(*snippets));
 }
 
 void SnippetStore::loadCategories() {

@@ -42,7 +42,8 @@ public:
     [[nodiscard]] std::optional<DataError> updateSnippet(const Snippet& snippet,
                                                           const QString& command,
                                                           const QString& content,
-                                                          std::optional<QUuid> categoryId = std::nullopt);
+                                                          std::optional<QUuid> categoryId = std::nullopt,
+                                                          std::optional<Snippet::Trigger> trigger = std::nullopt);
     // Every snippet with that id.
     [[nodiscard]] std::optional<DataError> removeSnippet(const QUuid& id);
     [[nodiscard]] std::optional<DataError> addCategory(const QString& name);
@@ -60,10 +61,17 @@ public:
     std::optional<QString> saveSnippets();
     std::optional<QString> saveCategories();
 
-    // Why `command` and another snippet's command cannot both be typed, or empty: a command
-    // that shows up inside another, short of its end, expands while the longer one is typed
-    // (";sig" inside ";signature"). A warning, not a refusal.
-    QString commandClash(const QString& command, const QUuid& snippetId) const;
+    // Why `command` and another snippet's command cannot both be typed: a command that shows
+    // up inside another, short of its end, expands while the longer one is typed (";sig" inside
+    // ";signature"), unless it waits for a word to end and the longer one goes on with a
+    // letter there. A warning, not a refusal; the cure is to let the shorter one wait.
+    struct CommandClash {
+        QString message; // empty when there is none
+        QString shorterCommand;
+        QUuid shorterId; // null when the shorter one is `command` itself
+    };
+    CommandClash commandClash(const QString& command, const QUuid& snippetId,
+                              Snippet::Trigger trigger = Snippet::Trigger::Immediately) const;
 
     // Only blanks, or nothing: never a command.
     static bool isBlankCommand(const QString& command);
@@ -85,6 +93,9 @@ public:
 
     static constexpr const char* snippetsKey = "Shortcuts";
     static constexpr const char* categoriesKey = "Categories";
+    // The ids of the snippets that wait for a word to end, beside the snippet list so that its
+    // JSON stays as it is.
+    static constexpr const char* afterWordEndKey = "snippetsAfterWordEnd";
 
 signals:
     void snippetsChanged();

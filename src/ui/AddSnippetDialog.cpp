@@ -9,6 +9,7 @@
 #include "PlainButton.h"
 #include "SnippetStore.h"
 #include "SymbolView.h"
+#include "TriggerOption.h"
 #include "UiTheme.h"
 
 #include <QHBoxLayout>
@@ -64,11 +65,8 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
     m_errorRow->setObjectName(QStringLiteral("duplicateError"));
     m_errorRow->setVisible(false);
     commandSection->addWidget(m_errorRow);
-    m_clashWarning = FormParts::coloredText(QString(), UiTheme::caption(), UiTheme::orange(), this);
-    m_clashWarning->setObjectName(QStringLiteral("clashWarning"));
-    m_clashWarning->setWordWrap(true);
-    m_clashWarning->setVisible(false);
-    commandSection->addWidget(m_clashWarning);
+    m_triggerOption = new TriggerOption(m_store, this);
+    commandSection->addWidget(m_triggerOption);
     form->addLayout(commandSection);
 
     auto* contentSection = new QVBoxLayout();
@@ -126,9 +124,7 @@ void AddSnippetDialog::updateState() {
     const bool contentEmpty = m_contentEditor->document()->isEmpty();
     m_contentPlaceholder->setVisible(contentEmpty);
     m_addButton->setEnabled(!SnippetStore::isBlankCommand(command()) && !contentEmpty);
-    const QString clash = m_store.commandClash(command(), QUuid());
-    m_clashWarning->setText(clash);
-    m_clashWarning->setVisible(!clash.isEmpty());
+    m_triggerOption->check(command(), QUuid());
 }
 
 void AddSnippetDialog::setShowingDuplicateError(bool showing) {
@@ -141,7 +137,8 @@ void AddSnippetDialog::add() {
     const QString content = this->content();
     if (content.isEmpty())
         return;
-    const Snippet snippet = Snippet::create(command, content, m_categoryId);
+    const Snippet snippet =
+        Snippet::create(command, content, m_categoryId, m_triggerOption->trigger());
     // The only refusal left once Add is enabled is a command in use.
     if (FormParts::refused(m_store.addSnippet(snippet), this)) {
         setShowingDuplicateError(true);

@@ -13,6 +13,7 @@ class PlainButton;
 class QLabel;
 class QPushButton;
 class SnippetStore;
+class TriggerOption;
 
 // The "New Snippet" sheet: a command and a content, both required. A command that an
 // existing snippet already uses (exactly, letter case counts) is refused with "This command
@@ -33,6 +34,7 @@ public:
 
     QString command() const;
     QString content() const;
+    TriggerOption* triggerOption() const { return m_triggerOption; }
     bool showingDuplicateError() const { return m_showingDuplicateError; }
     bool isCommandFieldFocused() const { return m_isCommandFieldFocused; }
 
@@ -55,7 +57,7 @@ private:
     FocusableTextField* m_commandField;
     InputFieldFrame* m_commandFrame;
     QWidget* m_errorRow;
-    QLabel* m_clashWarning;
+    TriggerOption* m_triggerOption;
     CustomTextEditor* m_contentEditor;
     QLabel* m_contentPlaceholder;
     PlainButton* m_cancelButton;

@@ -7,6 +7,7 @@
 #include "PlainButton.h"
 #include "SnippetStore.h"
 #include "ToastView.h"
+#include "TriggerOption.h"
 #include "UiTheme.h"
 
 #include <QHBoxLayout>
@@ -81,16 +82,15 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
     m_duplicateError->setObjectName(QStringLiteral("duplicateError"));
     m_duplicateError->setVisible(false);
     commandSection->addWidget(m_duplicateError);
-    m_clashWarning = FormParts::coloredText(QString(), UiTheme::caption(), UiTheme::orange(), this);
-    m_clashWarning->setObjectName(QStringLiteral("clashWarning"));
-    m_clashWarning->setWordWrap(true);
-    m_clashWarning->setVisible(false);
-    commandSection->addWidget(m_clashWarning);
+    m_triggerOption = new TriggerOption(m_store, this);
+    commandSection->addWidget(m_triggerOption);
     // Warned while the command is typed, and for the stored one as it is shown.
     connect(m_commandField, &QLineEdit::textChanged, this, [this](const QString& command) {
-        const QString clash = m_store.commandClash(command, m_snippetId);
-        m_clashWarning->setText(clash);
-        m_clashWarning->setVisible(!clash.isEmpty());
+        m_triggerOption->check(command, m_snippetId);
+    });
+    connect(m_triggerOption, &TriggerOption::triggerEdited, this, [this] {
+        if (!m_loading)
+            setEdited(true);
     });
     form->addLayout(commandSection);
 
@@ -168,6 +168,7 @@ void SnippetDetailView::load() {
             continue;
         // Loading is not an edit: Save stays as it is.
         m_loading = true;
+        m_triggerOption->setTrigger(stored.trigger);
         m_commandField->setText(stored.command);
         m_commandField->setCursorPosition(0);
         showContent(stored.content);
@@ -237,7 +238,8 @@ void SnippetDetailView::save() {
     if (stored == snippets.cend())
         return; // deleted meanwhile; nothing to save into
     const Snippet original = *stored;
-    const std::optional<DataError> error = m_store.updateSnippet(original, command, content);
+    const std::optional<DataError> error = m_store.updateSnippet(
+        original, command, content, std::nullopt, m_triggerOption->trigger());
     if (FormParts::refused(error, this)) {
         m_duplicateError->setText(error->description());
         setShowingDuplicateError(true);

@@ -15,6 +15,7 @@ class QPropertyAnimation;
 class QPushButton;
 class SnippetStore;
 class ToastView;
+class TriggerOption;
 
 // The right-hand pane for the selected snippet: its command and content in editable fields,
 // "Save" (enabled once either text has been changed; Ctrl+Return) and "Delete" (handed back
@@ -52,6 +53,7 @@ public:
     bool contentIsCut() const { return m_cutContent.has_value(); }
 
     QLineEdit* commandField() const { return m_commandField; }
+    TriggerOption* triggerOption() const { return m_triggerOption; }
     CustomTextEditor* contentEditor() const { return m_contentEditor; }
     QPushButton* saveButton() const { return m_saveButton; }
     PlainButton* deleteButton() const { return m_deleteButton; }
@@ -87,7 +89,7 @@ private:
 
     QLineEdit* m_commandField;
     QLabel* m_duplicateError;
-    QLabel* m_clashWarning;
+    TriggerOption* m_triggerOption;
     CustomTextEditor* m_contentEditor;
     QLabel* m_cutContentNote;
     // The whole stored content while the editor shows only its start.

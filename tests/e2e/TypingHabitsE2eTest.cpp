@@ -119,6 +119,27 @@ private slots:
         expectSettled(session, 100, repeated(QStringLiteral("w000 ") + content + QLatin1Char(' '), 100));
     }
 
+    // A command that waits for its word: ";sig" inside ";signature" stays out of its way, and
+    // each character that ends a word, typed at once or after a moment, expands it and stays
+    // after the content; BackSpace then gives back what was typed.
+    void aCommandWaitsForItsWordToEnd_data() {
+        QTest::addColumn<int>("interval");
+        QTest::newRow("fast") << 15;
+        QTest::newRow("steady") << 120;
+    }
+    void aCommandWaitsForItsWordToEnd() {
+        QFETCH(int, interval);
+        XSession session;
+        QVERIFY2(session.startWith({{";sig", "Regards"}, {";signature", "Best regards, Ada"}},
+                                   Target::Terminal, {";sig"}),
+                 qPrintable(session.log()));
+        QVERIFY(session.typist({"--own-keyboard", "--interval", QString::number(interval),
+                                "text:;signature ;sig ;sig.;sig", "key:Tab", "text:;sig",
+                                "key:Return", "text:;sign ;sig ", "key:BackSpace"}));
+        expectSettled(session, 7,
+                      QStringLiteral("Best regards, Ada Regards Regards.Regards\tRegards\n;sign ;sig "));
+    }
+
     // Escape stops a long content; what was typed meanwhile still follows, once.
     void escapeCancelsALongContent() {
         XSession session;

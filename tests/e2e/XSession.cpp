@@ -2,11 +2,14 @@
 
 #include "RecordCodec.h"
 #include "Snippet.h"
+#include "SnippetStore.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QSettings>
 #include <QThread>
 
@@ -138,14 +141,20 @@ bool XSession::waitFor(const std::function<bool()>& condition, int timeoutMs) {
     return true;
 }
 
-void XSession::writeSnippets(const QList<std::pair<QString, QString>>& snippets) const {
+void XSession::writeSnippets(const QList<std::pair<QString, QString>>& snippets,
+                             const QStringList& waiting) const {
     QList<Snippet> records;
-    for (const auto& [command, content] : snippets)
+    QJsonArray waitingIds;
+    for (const auto& [command, content] : snippets) {
         records.append(Snippet::create(command, content, QUuid()));
+        if (waiting.contains(command))
+            waitingIds.append(records.last().id.toString(QUuid::WithoutBraces));
+    }
     QDir().mkpath(m_dir.filePath(QStringLiteral("Typolet")));
     QSettings settings(m_dir.filePath(QStringLiteral("Typolet/Typolet.conf")),
                        QSettings::NativeFormat);
     settings.setValue(QStringLiteral("Shortcuts"), *RecordCodec::encodeSnippets(records));
+    settings.setValue(QLatin1String(SnippetStore::afterWordEndKey), QJsonDocument(waitingIds).toJson());
     settings.sync();
 }
 
@@ -237,12 +246,13 @@ bool XSession::startQtClient(const QString& outFile, const QStringList& extraArg
     return waitFor([&] { return QFile::exists(outFile); });
 }
 
-bool XSession::startWith(const QList<std::pair<QString, QString>>& snippets, Target target) {
+bool XSession::startWith(const QList<std::pair<QString, QString>>& snippets, Target target,
+                         const QStringList& waiting) {
     if (!isRunning()) {
         m_log += QStringLiteral("Xvfb did not start\n");
         return false;
     }
-    writeSnippets(snippets);
+    writeSnippets(snippets, waiting);
     if (!startTypolet())
         return false;
     m_targetKind = target;

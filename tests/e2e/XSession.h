@@ -26,13 +26,16 @@ public:
     QString folder() const { return m_dir.path(); }
     QString file(const QString& name) const { return m_dir.filePath(name); }
 
-    // Writes the snippets (command, content) where Typolet will load them.
-    void writeSnippets(const QList<std::pair<QString, QString>>& snippets) const;
+    // Writes the snippets (command, content) where Typolet will load them; the commands in
+    // `waiting` expand only after a word ends.
+    void writeSnippets(const QList<std::pair<QString, QString>>& snippets,
+                       const QStringList& waiting = {}) const;
 
     enum class Target { Terminal, QtClient, GtkEntry };
     // Writes the snippets, starts Typolet and the target, and focuses the target. False, with
     // what went wrong in log(), when any of it does not come up.
-    bool startWith(const QList<std::pair<QString, QString>>& snippets, Target target);
+    bool startWith(const QList<std::pair<QString, QString>>& snippets, Target target,
+                   const QStringList& waiting = {});
     // What the target shows now; for the GTK entry this ends it (see gtkEntryText()).
     QString shownText();
     // What the target shows once `done` accepts it (a client may lag behind the keys it was

@@ -1,5 +1,6 @@
 // Adding a snippet from the main window, end to end: the sheet, its rules and the store.
 #include "AddSnippetDialog.h"
+#include "TriggerOption.h"
 #include "CustomTextEditor.h"
 #include "FocusableTextField.h"
 #include "GuiTestSupport.h"
@@ -7,6 +8,7 @@
 #include "SnippetDetailView.h"
 #include "Timestamp.h"
 
+#include <QCheckBox>
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
@@ -93,6 +95,15 @@ private slots:
         auto* clash = sheet->findChild<QLabel*>(QStringLiteral("clashWarning"));
         QTest::keyClicks(sheet->commandField(), QStringLiteral(";h"));
         QVERIFY(clash->isVisible() && clash->text().contains(QStringLiteral(";hi")));
+        // The cure lets the shorter command wait for its word to end: this one, or the other.
+        auto* option = sheet->triggerOption();
+        GuiInput::click(option->cureButton());
+        QVERIFY(option->checkBox()->isChecked() && !clash->isVisible());
+        GuiInput::retype(sheet->commandField(), QStringLiteral(";hiya"));
+        QVERIFY(clash->isVisible());
+        GuiInput::click(option->cureButton());
+        QVERIFY(!clash->isVisible());
+        QVERIFY(s.stored().at(0).expandsAfterWordEnd());
         GuiInput::retype(sheet->commandField(), QStringLiteral(";c"));
         QVERIFY(!clash->isVisible());
         QTest::keyClicks(sheet->contentEditor(), QStringLiteral("Cancelled"));

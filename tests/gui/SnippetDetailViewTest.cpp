@@ -4,6 +4,9 @@
 #include "GuiTestSupport.h"
 #include "PlainButton.h"
 #include "ToastView.h"
+#include "TriggerOption.h"
+
+#include <QCheckBox>
 
 #include <QLabel>
 #include <QLineEdit>
@@ -79,6 +82,23 @@ private slots:
         e.detail->save();
         QCOMPARE(commandsOf(e.fixture.store().snippets()), QStringList{";bye"});
         QVERIFY(!e.detail->showingToast());
+    }
+
+    // The option is part of the snippet: switching it is an edit, saved with the texts and
+    // shown again when the snippet is selected again.
+    void theWordEndOptionIsSavedWithTheSnippet() {
+        Editing e;
+        QCheckBox* option = e.detail->triggerOption()->checkBox();
+        QVERIFY(!option->isChecked());
+        QTest::mouseClick(option, Qt::LeftButton, {}, QPoint(6, option->height() / 2));
+        QVERIFY(e.detail->saveButton()->isEnabled());
+        GuiInput::click(e.detail->saveButton());
+        QVERIFY(e.stored().expandsAfterWordEnd());
+        QVERIFY(e.fixture.reloaded()->snippets().first().expandsAfterWordEnd());
+        GuiInput::clickRow(e.view->snippetList(), 1);
+        QVERIFY(!option->isChecked());
+        GuiInput::clickRow(e.view->snippetList(), 0);
+        QVERIFY(option->isChecked() && !e.detail->saveButton()->isEnabled());
     }
 
     void anotherSnippetsCommandIsRefusedUntilEdited() {

@@ -15,6 +15,10 @@ public:
     bool start(KeyHandler handler) override;
     HoldResult holdKeys(HeldKeyFilter onHeld) override;
     void releaseKeys() override;
+    void setPointerPressHandler(std::function<void()> handler) override {
+        m_pointerPressed = std::move(handler);
+    }
+    void click() { m_pointerPressed(); }
 
     void press(uint32_t keyCode, KeyboardState state = {}, int repeats = 0,
                bool uncertain = false);
@@ -31,6 +35,7 @@ private:
     bool m_holding = false;
     bool m_heldAgain = false;
     KeyHandler m_handler;
+    std::function<void()> m_pointerPressed;
     HeldKeyFilter m_onHeld;
     QList<KeyStroke> m_held;
     QList<KeyStroke> m_slipped;

@@ -219,21 +219,55 @@ private slots:
         QCOMPARE(storedCommands(settings), QStringList({";z", ";c", ";new"}));
     }
 
-    // A command inside another, short of its end, makes the longer one impossible to type.
+    // A command inside another, short of its end, makes the longer one impossible to type,
+    // unless it waits for a word to end and the longer one goes on with a letter there.
     void commandsThatHideAnotherAreWarnedOf() {
         TemporarySettings settings;
         SnippetStore store(settings.path());
         const Snippet signature = Snippet::create(";signature", "s", kDefault);
         store.appendSnippet(signature);
         store.appendSnippet(Snippet::create("x;sig", "x", kDefault));
-        const QList<std::pair<QString, bool>> cases = {
-            {";sig", true}, {"sig", true},        // inside ";signature", before its end
-            {";signatures", true},                // ";signature" expands first
-            {"ture", false}, {";sig2", false},   // at the end only, or nowhere
-            {";signature", false}, {" ", false}}; // the same command, or blank
-        for (const auto& [command, clashes] : cases)
-            QVERIFY2(store.commandClash(command, QUuid()).isEmpty() != clashes, qPrintable(command));
-        QVERIFY(store.commandClash(";signa", signature.id).isEmpty()); // its own old command
+        store.appendSnippet(Snippet::create(";re", "r", kDefault, Snippet::Trigger::AfterWordEnd));
+        using T = Snippet::Trigger;
+        const QList<std::tuple<QString, T, bool>> cases = {
+            {";sig", T::Immediately, true}, {"sig", T::Immediately, true}, // before the end
+            {";sig", T::AfterWordEnd, false},    // ";signature" goes on with a letter
+            {";signatures", T::Immediately, true}, // ";signature" expands first
+            {"ture", T::Immediately, false}, {";sig2", T::Immediately, false},
+            {";signature", T::Immediately, false}, {" ", T::Immediately, false},
+            {";reply", T::Immediately, false},   // the waiting ";re" lets it through
+            {";re.ply", T::Immediately, true}};  // but not at a full stop
+        for (const auto& [command, trigger, clashes] : cases)
+            QVERIFY2(store.commandClash(command, QUuid(), trigger).message.isEmpty() != clashes,
+                     qPrintable(command));
+        QVERIFY(store.commandClash(";signa", signature.id).message.isEmpty()); // its own old one
+        // The cure is named: the shorter command and, when it is another snippet's, its id.
+        const SnippetStore::CommandClash inside = store.commandClash(";signatures", QUuid());
+        QCOMPARE(inside.shorterCommand, QStringLiteral(";signature"));
+        QCOMPARE(inside.shorterId, signature.id);
+        QVERIFY(store.commandClash(";s", QUuid()).shorterId.isNull());
+    }
+
+    // Waiting for a word end is kept over a restart, beside the list: its JSON is unchanged.
+    void theWordEndTriggerIsKeptBesideTheList() {
+        TemporarySettings settings;
+        QByteArray json;
+        {
+            SnippetStore store(settings.path());
+            QVERIFY(!store.addSnippet(Snippet::create(";a", "a", kDefault)));
+            json = settings.read(SnippetStore::snippetsKey).toByteArray();
+            const Snippet waiting = Snippet::create(";b", "b", kDefault, Snippet::Trigger::AfterWordEnd);
+            QVERIFY(!store.addSnippet(waiting));
+            QVERIFY(!store.updateSnippet(store.snippets().at(0), ";a", "a", std::nullopt,
+                                         Snippet::Trigger::AfterWordEnd));
+            QVERIFY(!store.updateSnippet(store.snippets().at(1), ";b", "bee")); // kept as it was
+        }
+        SnippetStore reloaded(settings.path());
+        QCOMPARE(reloaded.snippets().size(), 2);
+        QVERIFY(reloaded.snippets().at(0).expandsAfterWordEnd());
+        QVERIFY(reloaded.snippets().at(1).expandsAfterWordEnd());
+        QVERIFY(!settings.read(SnippetStore::snippetsKey).toByteArray().contains("rigger"));
+        QVERIFY(settings.read(SnippetStore::snippetsKey).toByteArray().startsWith(json.chopped(1)));
     }
 
     void directChangesBumpTheRevisionAndSavesAnnounceTheListAtDelivery() {

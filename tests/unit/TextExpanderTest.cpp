@@ -18,7 +18,8 @@ using Expansions = QList<Expansion>;
 
 namespace {
 constexpr uint32_t keyA = 38, keyS = 39, keySemicolon = 47, keyBackSpace = 22, keyShiftL = 50,
-                   keyApostrophe = 48, keyE = 26, keyEscape = 9;
+                   keyApostrophe = 48, keyE = 26, keyEscape = 9, keySpace = 65, keyTab = 23,
+                   keyReturn = 36, keyPeriod = 60;
 constexpr uint32_t shiftMask = 1, controlMask = 4;
 
 Expansions expansion(int erased, const QString& content) {
@@ -35,8 +36,9 @@ struct Rig {
     CapturedDiagnostics diagnostics;
     QStringList& lines = diagnostics.lines;
 
-    void add(const QString& command, const QString& content) {
-        store.appendSnippet(Snippet::create(command, content, Category::defaultCategoryId));
+    void add(const QString& command, const QString& content,
+             Snippet::Trigger trigger = Snippet::Trigger::Immediately) {
+        store.appendSnippet(Snippet::create(command, content, Category::defaultCategoryId, trigger));
     }
     // One key 0.1 s after the previous.
     void key(const QString& character) {
@@ -68,8 +70,9 @@ struct Listening {
     TextExpander& start() {
         return engine.emplace(store, EnginePlatform{&permissions, &monitor, &translator, &output});
     }
-    void add(const QString& command, const QString& content) {
-        store.appendSnippet(Snippet::create(command, content, Category::defaultCategoryId));
+    void add(const QString& command, const QString& content,
+             Snippet::Trigger trigger = Snippet::Trigger::Immediately) {
+        store.appendSnippet(Snippet::create(command, content, Category::defaultCategoryId, trigger));
     }
     void press(std::initializer_list<uint32_t> keys) {
         for (const uint32_t key : keys)
@@ -365,6 +368,66 @@ private slots:
         rig.monitor.press(keyE, {}, 2, true); // let go right at a repeat: not known
         QCOMPARE(engine.buffer(), QString());
         QVERIFY(rig.output.performed.isEmpty());
+    }
+
+    // A command that waits for its word: the next key is held while it decides, and reaches
+    // the application after the content, so even a Tab or Return lands after it.
+    void aWaitingCommandExpandsWhenItsWordEnds_data() {
+        QTest::addColumn<uint32_t>("next");
+        QTest::addColumn<QString>("bufferAfter");
+        QTest::addColumn<bool>("undoable");
+        QTest::newRow("space") << keySpace << " " << true;
+        QTest::newRow("full stop") << keyPeriod << "." << true;
+        QTest::newRow("tab") << keyTab << "\t" << false;
+        QTest::newRow("return") << keyReturn << "" << false;
+        QTest::newRow("letter") << keyE << ";ase" << false;
+    }
+    void aWaitingCommandExpandsWhenItsWordEnds() {
+        QFETCH(uint32_t, next);
+        QFETCH(QString, bufferAfter);
+        QFETCH(bool, undoable);
+        const bool endsWord = next != keyE;
+        Listening rig;
+        rig.add(";as", "Thanks", Snippet::Trigger::AfterWordEnd);
+        TextExpander& engine = rig.start();
+        rig.press({keySemicolon, keyA, keyS});
+        QVERIFY(rig.monitor.holding());
+        QVERIFY(rig.output.performed.isEmpty());
+        rig.monitor.press(next);
+        QCoreApplication::processEvents();
+        QCOMPARE(rig.output.performed, endsWord ? expansion(3, "Thanks") : Expansions());
+        rig.output.finish();
+        QVERIFY(!rig.monitor.holding());
+        QCOMPARE(engine.buffer(), bufferAfter);
+        // BackSpace puts back what was typed, with the character that ended the word.
+        rig.monitor.press(keyBackSpace);
+        QCOMPARE(rig.output.performed.mid(1), undoable ? expansion(6, ";as" + bufferAfter) : Expansions());
+    }
+
+    // Not held (keys being let go, or no hold possible): a space or punctuation that reached
+    // the application is erased and typed again after the content; a Tab or Return may have
+    // left the field, so nothing is erased. A click, or a longer command, also stops it.
+    void aWaitingCommandWhoseEndReachedTheApplication() {
+        Rig rig;
+        rig.add(";as", "Thanks", Snippet::Trigger::AfterWordEnd);
+        rig.add(";as!", "Wow");
+        rig.type(";as ;as\t;as!");
+        QCOMPARE(rig.output.performed, expansion(4, "Thanks ") + expansion(4, "Wow"));
+
+        Listening held;
+        held.add(";as", "Thanks", Snippet::Trigger::AfterWordEnd);
+        held.start();
+        held.monitor.slip(keyPeriod);
+        held.press({keySemicolon, keyA, keyS});
+        QCOMPARE(held.output.performed, expansion(4, "Thanks."));
+        held.output.finish();
+        held.press({keySemicolon, keyA, keyS});
+        held.monitor.click();
+        QVERIFY(!held.monitor.holding());
+        held.monitor.press(keySpace);
+        QCoreApplication::processEvents();
+        QCOMPARE(held.output.performed.size(), 1);
+        QCOMPARE(held.engine->buffer(), " ");
     }
 
     void withoutAHoldItStillExpandsAndSaysSoOnce() {

@@ -66,6 +66,7 @@ bool X11KeyMonitor::start(KeyHandler handler) {
     unsigned char keyMask[XIMaskLen(XI_LASTEVENT)] = {};
     XISetMask(keyMask, XI_RawKeyPress);
     XISetMask(keyMask, XI_RawKeyRelease);
+    XISetMask(keyMask, XI_RawButtonPress);
     unsigned char hierarchyMask[XIMaskLen(XI_LASTEVENT)] = {};
     XISetMask(hierarchyMask, XI_HierarchyChanged);
     XIEventMask masks[] = {{XIAllMasterDevices, sizeof keyMask, keyMask},
@@ -186,6 +187,14 @@ void X11KeyMonitor::process(XEvent& event) {
             const unsigned long time = raw->time;
             XFreeEventData(m_display, &event.xcookie);
             rawKey(master, source, keyCode, time, type == XI_RawKeyPress);
+            return;
+        }
+        if (type == XI_RawButtonPress) {
+            // Buttons 4 to 7 are the wheel: scrolling leaves the caret where it was.
+            const int button = static_cast<const XIRawEvent*>(data)->detail;
+            XFreeEventData(m_display, &event.xcookie);
+            if ((button < 4 || button > 7) && m_pointerPressed)
+                m_pointerPressed();
             return;
         }
         if (type == XI_KeyPress || type == XI_KeyRelease) {

@@ -39,6 +39,9 @@ public:
     bool start(KeyHandler handler) override;
     HoldResult holdKeys(HeldKeyFilter onHeld) override;
     void releaseKeys() override;
+    void setPointerPressHandler(std::function<void()> handler) override {
+        m_pointerPressed = std::move(handler);
+    }
 
     void setKeymapChangedHandler(std::function<void()> handler);
     void setGroupChangedHandler(std::function<void(uint32_t)> handler);
@@ -82,6 +85,7 @@ private:
     std::unique_ptr<QSocketNotifier> m_notifier;
     KeyHandler m_keyDown;
     std::function<void()> m_keymapChanged;
+    std::function<void()> m_pointerPressed;
     std::function<void(uint32_t)> m_groupChanged;
 
     int m_coreKeyboard = -1;

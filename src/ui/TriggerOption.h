@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Snippet.h"
+#include "SnippetStore.h"
+
+#include <QUuid>
+#include <QWidget>
+
+class QCheckBox;
+class QLabel;
+class QPushButton;
+
+// Under a command field: whether the command fires at once or only once a word ends after
+// it, and the warning when the command shows up inside another one, with its cure at hand
+// (let the shorter command wait for the word to end, whichever snippet it belongs to).
+class TriggerOption : public QWidget {
+    Q_OBJECT
+public:
+    TriggerOption(SnippetStore& store, QWidget* parent = nullptr);
+
+    Snippet::Trigger trigger() const;
+    // Shown as given; not a change by the user.
+    void setTrigger(Snippet::Trigger trigger);
+
+    // Looks again for a clash of `command` (belonging to `snippetId`, null for a new one).
+    void check(const QString& command, const QUuid& snippetId);
+
+    bool showingClash() const;
+    QCheckBox* checkBox() const { return m_checkBox; }
+    QPushButton* cureButton() const { return m_cure; }
+
+signals:
+    // The user switched the option.
+    void triggerEdited();
+
+private:
+    void cure();
+
+    SnippetStore& m_store;
+    QString m_command;
+    QUuid m_snippetId;
+    SnippetStore::CommandClash m_clash;
+    bool m_settingTrigger = false;
+
+    QCheckBox* m_checkBox;
+    QLabel* m_warning;
+    QPushButton* m_cure;
+};
