@@ -89,6 +89,17 @@ private slots:
         expectShown(session, QStringLiteral("x ;si"));
     }
 
+    // A click may move the caret: what was typed before it never completes a command.
+    void aClickBetweenKeysStopsTheCommand() {
+        XSession session;
+        QVERIFY(prepare(session, {{";sig", "Regards"}}, true));
+        QVERIFY(type(session, QStringLiteral(";si")));
+        // In the text, past its end: the caret stays at the end.
+        QVERIFY(session.run(QStringLiteral("xdotool"), {"mousemove", "200", "150", "click", "1"}));
+        QVERIFY(type(session, QStringLiteral("g ;sig")));
+        expectShown(session, QStringLiteral(";sig Regards"));
+    }
+
     void plainSnippetReplacesItsCommand() {
         XSession session;
         QVERIFY(prepare(session, {{";addr", "12 Main Street, Springfield"}}));
