@@ -2,14 +2,9 @@
 
 #include "SecureInputWatch.h"
 
-// A password field has the focus while the test says so; counts the questions.
+// A password field has the focus while the test says so.
 class FakeSecureInputWatch : public SecureInputWatch {
 public:
-    bool passwordFieldFocused() const override {
-        ++questions;
-        return passwordField;
-    }
-
+    bool passwordFieldFocused() const override { return passwordField; }
     bool passwordField = false;
-    mutable int questions = 0;
 };

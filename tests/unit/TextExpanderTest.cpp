@@ -309,8 +309,8 @@ private slots:
         QCOMPARE(engine.deadKeyState, 0u);
     }
 
-    // In a password field no key is looked at, kept or logged; the field's keys never complete
-    // a command typed after the focus left it.
+    // In a password field no key is looked at, kept or logged (each gets one line, with no key
+    // code); they never complete a command typed after the focus left.
     void aPasswordFieldKeepsItsKeysToItself() {
         Listening rig;
         rig.add(";as", "Thank you");
@@ -318,15 +318,12 @@ private slots:
         rig.press({keySemicolon});
         rig.secureInput.passwordField = true;
         rig.press({keyA, keyS, keySemicolon, keyA, keyS});
-        QVERIFY(rig.secureInput.questions >= 5);
-        QCOMPARE(engine.buffer(), QString());
-        QVERIFY(rig.output.performed.isEmpty());
-        // Each key gets the same line, with no key code or text in it.
-        const QStringList& lines = rig.diagnostics.lines;
-        QStringList logged = lines.mid(lines.indexOf("Checking buffer: ';'") + 1);
+        QVERIFY(engine.buffer().isEmpty() && rig.output.performed.isEmpty());
+        QStringList logged = rig.diagnostics.lines;
+        logged = logged.mid(logged.indexOf("Checking buffer: ';'") + 1);
         logged.removeDuplicates();
-        QCOMPARE(logged.size(), 1);
-        QVERIFY2(!logged.first().contains(QRegularExpression("\\d")), qPrintable(logged.first()));
+        QVERIFY2(logged.size() == 1 && !logged.first().contains(QRegularExpression("\\d")),
+                 qPrintable(logged.join('\n')));
         rig.secureInput.passwordField = false;
         rig.press({keySemicolon, keyA, keyS});
         QCOMPARE(rig.output.performed, expansion(3, "Thank you"));

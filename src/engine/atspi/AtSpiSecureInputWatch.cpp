@@ -156,6 +156,9 @@ void AtSpiSecureInputWatch::focusGained(const QString& service, const QString& p
     const auto settle = [this, wasPassword](uint knownRole) {
         m_field = knownRole == passwordTextRole ? Field::Password : Field::Plain;
         const bool isPassword = m_field == Field::Password;
+        // Each focus change, for whoever needs to know when it was taken in.
+        qCDebug(lcEngine).noquote() << (isPassword ? QStringLiteral("Focus: a password field")
+                                                   : QStringLiteral("Focus: not a password field"));
         if (isPassword != wasPassword)
             qCInfo(lcEngine).noquote()
                 << (isPassword ? QStringLiteral("A password field has the focus: keys typed "
