@@ -6,7 +6,6 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QDBusServiceWatcher>
 #include <QFileInfo>
 
 namespace {
@@ -23,7 +22,6 @@ const QString connectionName = QStringLiteral("typolet-accessibility");
 AtSpiSecureInputWatch::AtSpiSecureInputWatch(QObject* parent) : QObject(parent) {}
 
 AtSpiSecureInputWatch::~AtSpiSecureInputWatch() {
-    m_focusedService.reset();
     if (m_bus) {
         m_bus.reset();
         QDBusConnection::disconnectFromBus(connectionName);
@@ -92,14 +90,10 @@ void AtSpiSecureInputWatch::listenOn(const QString& address) {
     m_bus->connect(QString(), QString(), QStringLiteral("org.a11y.atspi.Event.Object"),
                    QStringLiteral("StateChanged"), this, SLOT(stateChanged(QDBusMessage)));
 
-    m_focusedService = std::make_unique<QDBusServiceWatcher>(
-        QString(), *m_bus, QDBusServiceWatcher::WatchForUnregistration);
-    connect(m_focusedService.get(), &QDBusServiceWatcher::serviceUnregistered, this,
-            [this](const QString& service) {
-                // The application ended (or left the bus) with the focus in one of its fields.
-                if (service == m_service)
-                    forgetFocus();
-            });
+    // One rule for every name on the bus, so that a focus change costs no call to the bus.
+    m_bus->connect(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+                   QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameOwnerChanged"), this,
+                   SLOT(nameOwnerChanged(QString, QString, QString)));
 
     // Applications send focus events only while someone has registered for them (no extra
     // properties, from every application).
@@ -152,7 +146,6 @@ void AtSpiSecureInputWatch::focusGained(const QString& service, const QString& p
     const bool wasPassword = m_field == Field::Password;
     m_service = service;
     m_path = path;
-    m_focusedService->setWatchedServices({service});
     const auto settle = [this, wasPassword](uint knownRole) {
         m_field = knownRole == passwordTextRole ? Field::Password : Field::Plain;
         const bool isPassword = m_field == Field::Password;
@@ -180,6 +173,13 @@ void AtSpiSecureInputWatch::focusGained(const QString& service, const QString& p
                 // broken application does not stop expansion in it for good.
                 settle(reply.isError() ? 0 : reply.value());
             });
+}
+
+void AtSpiSecureInputWatch::nameOwnerChanged(const QString& name, const QString&,
+                                             const QString& newOwner) {
+    // The application ended (or left the bus) with the focus in one of its fields.
+    if (newOwner.isEmpty() && name == m_service)
+        forgetFocus();
 }
 
 void AtSpiSecureInputWatch::forgetFocus() {

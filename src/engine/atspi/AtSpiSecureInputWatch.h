@@ -8,7 +8,6 @@
 
 class QDBusConnection;
 class QDBusMessage;
-class QDBusServiceWatcher;
 
 // Follows the keyboard focus through AT-SPI, the accessibility interface that GTK, Qt and the
 // browsers speak over D-Bus, and knows whether the focused object is a password field.
@@ -33,6 +32,7 @@ public:
 
 private slots:
     void stateChanged(const QDBusMessage& event);
+    void nameOwnerChanged(const QString& name, const QString& oldOwner, const QString& newOwner);
 
 private:
     void listenOn(const QString& address);
@@ -41,7 +41,6 @@ private:
     void forgetFocus();
 
     std::unique_ptr<QDBusConnection> m_bus;
-    std::unique_ptr<QDBusServiceWatcher> m_focusedService;
     // The focused accessible object, known by its application's bus name and its path.
     QString m_service;
     QString m_path;
