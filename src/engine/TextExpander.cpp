@@ -116,6 +116,7 @@ void TextExpander::keyDown(const KeyStroke& stroke) {
         qCInfo(lcKeys).noquote() << QStringLiteral("Key down: %1 (ignored)").arg(ignored);
         m_buffer.clear();
         m_undo.reset();
+        stopAwaiting(); // a command typed before never expands into the password field
         return;
     }
     qCInfo(lcKeys).noquote() << QStringLiteral("Key down: ") + QString::number(stroke.keyCode) +
