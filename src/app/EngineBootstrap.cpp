@@ -2,6 +2,7 @@
 
 #include <QKeySequence>
 
+#include "AtSpiSecureInputWatch.h"
 #include "ConsolePermissionAlert.h"
 #include "KeyTranslator.h"
 #include "MessageBoxPermissionAlert.h"
@@ -20,7 +21,8 @@ EngineBootstrap::EngineBootstrap(bool withWindows)
       m_translator(std::make_unique<KeyTranslator>(*m_keymaps)),
       m_monitor(std::make_unique<X11KeyMonitor>()),
       m_output(std::make_unique<X11KeyboardOutput>(*m_keymaps)),
-      m_focus(std::make_unique<X11FocusedApplication>()) {
+      m_focus(std::make_unique<X11FocusedApplication>()),
+      m_secureInput(std::make_unique<AtSpiSecureInputWatch>()) {
     if (withWindows)
         m_windowAlert = std::make_unique<MessageBoxPermissionAlert>();
     else
@@ -42,13 +44,15 @@ bool EngineBootstrap::start(SnippetStore& store) {
     m_engine = std::make_unique<TextExpander>(
         store,
         EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), m_output.get(),
-                       m_focus.get()});
+                       m_focus.get(), m_secureInput.get()});
     m_engine->setExcludedApplications(m_excluded);
     m_engine->setKeysIgnoredWhen(m_keysIgnored);
     m_engine->setPaused(m_paused);
     const bool listening = m_engine->isMonitoring();
-    if (listening)
+    if (listening) {
         m_output->open();
+        m_secureInput->start();
+    }
 
     PermissionAlertPresenter* presenter =
         m_windowAlert ? static_cast<PermissionAlertPresenter*>(m_windowAlert.get())

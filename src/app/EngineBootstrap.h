@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 
+class AtSpiSecureInputWatch;
 class ConsolePermissionAlert;
 class MessageBoxPermissionAlert;
 class SnippetStore;
@@ -19,7 +20,7 @@ class X11PermissionProbe;
 class KeyTranslator;
 
 // Puts the expansion engine together on X11: the permission probe, the keymap source, the key
-// monitor and the keyboard output, then the engine over them, then the start-up permission
+// monitor, the keyboard output and the password-field watch (AT-SPI), then the engine over them, then the start-up permission
 // guidance. It owns every piece; main owns it for the life of the application.
 class EngineBootstrap {
 public:
@@ -56,6 +57,7 @@ private:
     std::unique_ptr<X11KeyMonitor> m_monitor;
     std::unique_ptr<X11KeyboardOutput> m_output;
     std::unique_ptr<X11FocusedApplication> m_focus;
+    std::unique_ptr<AtSpiSecureInputWatch> m_secureInput;
     std::unique_ptr<X11GlobalKey> m_globalKey;
     std::unique_ptr<TextExpander> m_engine;
     std::unique_ptr<MessageBoxPermissionAlert> m_windowAlert;

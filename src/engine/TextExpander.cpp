@@ -8,6 +8,7 @@
 #include "KeyTranslator.h"
 #include "KeyboardOutput.h"
 #include "PermissionProbe.h"
+#include "SecureInputWatch.h"
 #include "SnippetStore.h"
 
 #include <chrono>
@@ -19,6 +20,10 @@ double wallClockSeconds() {
                duration_cast<microseconds>(system_clock::now().time_since_epoch()).count()) /
            1e6;
 }
+
+// Why keys are ignored while a password field has the focus; the key's own line then says no
+// more than this.
+const QString inPasswordField = QStringLiteral("a password field has the focus");
 
 bool isBackspace(const QString& character) {
     return character == QChar(0x7F) || character == QChar(0x08);
@@ -81,6 +86,8 @@ QString TextExpander::ignoredBecause() {
         return QStringLiteral("paused");
     if (m_keysIgnored && m_keysIgnored())
         return QStringLiteral("in Typolet's own window");
+    if (m_platform.secureInput && m_platform.secureInput->passwordFieldFocused())
+        return inPasswordField;
     if (!m_platform.focus || m_excluded.isEmpty())
         return {};
     const QString application = m_platform.focus->name();
@@ -104,6 +111,14 @@ void TextExpander::keyDown(const KeyStroke& stroke) {
     if (!translator || translator->isModifierKey(stroke.keyCode))
         return;
     const QString ignored = ignoredBecause();
+    if (ignored == inPasswordField) {
+        // Not even the key code: it would tell which keys make up the password.
+        qCInfo(lcKeys).noquote() << QStringLiteral("Key down: %1 (ignored)").arg(ignored);
+        m_buffer.clear();
+        m_undo.reset();
+        stopAwaiting(); // a command typed before never expands into the password field
+        return;
+    }
     qCInfo(lcKeys).noquote() << QStringLiteral("Key down: ") + QString::number(stroke.keyCode) +
                        (stroke.repeats ? QStringLiteral(" repeated %1 times").arg(stroke.repeats)
                                        : QString()) +

@@ -80,7 +80,8 @@ QProcessEnvironment XSession::environment(const QStringList& extra) const {
     env.remove(QStringLiteral("XAUTHORITY"));
     // No desktop's tray over D-Bus: a tray icon goes to the session's own XEmbed tray.
     env.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
-    for (const QString& entry : extra) {
+    env.remove(QStringLiteral("AT_SPI_BUS_ADDRESS"));
+    for (const QString& entry : extra + m_environment) {
         const qsizetype eq = entry.indexOf(QLatin1Char('='));
         env.insert(entry.left(eq), entry.mid(eq + 1));
     }
@@ -97,6 +98,28 @@ QProcess* XSession::start(const QString& program, const QStringList& arguments,
     m_processes.push_back(std::move(process));
     raw->waitForStarted(10000);
     return raw;
+}
+
+bool XSession::startAccessibilityBus() {
+    QProcess* bus = start(QStringLiteral("dbus-daemon"),
+                          {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                           QStringLiteral("--print-address=1")});
+    QByteArray address;
+    waitFor([&] {
+        address += bus->readAllStandardOutput();
+        return address.contains('\n') || bus->state() == QProcess::NotRunning;
+    });
+    if (!address.contains('\n')) {
+        m_log += QStringLiteral("dbus-daemon did not start: ") + bus->errorString() +
+                 QString::fromUtf8(bus->readAllStandardError()) + QLatin1Char('\n');
+        return false;
+    }
+    // AT-SPI's bus launcher (and through it the accessibility bus and its registry) is started
+    // by this bus at the first question, and ends with it. GTK talks to it unless told not to.
+    m_environment += {QStringLiteral("DBUS_SESSION_BUS_ADDRESS=") +
+                          QString::fromUtf8(address.trimmed()),
+                      QStringLiteral("NO_AT_BRIDGE=0")};
+    return true;
 }
 
 QString XSession::output(const QString& program, const QStringList& arguments) const {
@@ -306,10 +329,10 @@ bool XSession::waitForExpansions(int count, int quietMs) {
     }, 120000);
 }
 
-bool XSession::startGtkEntry() {
+bool XSession::startGtkEntry(const QStringList& kind) {
     m_target = start(QStringLiteral("zenity"),
-                     {QStringLiteral("--entry"), QStringLiteral("--title=GTK target"),
-                      QStringLiteral("--width=900")},
+                     kind + QStringList{QStringLiteral("--title=GTK target"),
+                                        QStringLiteral("--width=900")},
                      {QStringLiteral("GDK_BACKEND=x11"), QStringLiteral("NO_AT_BRIDGE=1")});
     return waitForWindow(m_target);
 }

@@ -54,8 +54,9 @@ public:
     // Our Qt text client; its whole text is written to `outFile` after each change.
     // `extraArguments` go to the client (the benchmark asks for --report-length).
     bool startQtClient(const QString& outFile, const QStringList& extraArguments = {});
-    // A GTK 3 entry (zenity); its text is read with gtkEntryText().
-    bool startGtkEntry();
+    // A GTK 3 entry (zenity; `--password` for a password field); its text is read with
+    // gtkEntryText().
+    bool startGtkEntry(const QStringList& kind = {QStringLiteral("--entry")});
     // Presses Return in the entry and returns the text it held; empty if it did not answer.
     QString gtkEntryText();
     QProcess* target() const { return m_target; }
@@ -69,6 +70,12 @@ public:
     bool run(const QString& program, const QStringList& arguments, int timeoutMs = 30000);
     // Runs an X tool (xwininfo) to completion and returns what it printed.
     QString output(const QString& program, const QStringList& arguments) const;
+
+    // A D-Bus session bus, which brings AT-SPI's accessibility bus, for every program started
+    // after it; without it programs run with no session bus. Before startTypolet().
+    bool startAccessibilityBus();
+    // Set for every program started from now on, over what it is started with.
+    void addEnvironment(const QString& entry) { m_environment.append(entry); }
 
     // Starts a program on this display; the session ends it.
     QProcess* start(const QString& program, const QStringList& arguments,
@@ -105,4 +112,5 @@ private:
     QString m_received;
     QProcess* m_target = nullptr;
     QString m_log;
+    QStringList m_environment;
 };

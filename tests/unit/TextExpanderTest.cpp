@@ -6,6 +6,7 @@
 #include "Logging.h"
 #include "FakeKeyMonitor.h"
 #include "FakePermissionProbe.h"
+#include "FakeSecureInputWatch.h"
 #include "KeyTranslator.h"
 #include "RecordingKeyboardOutput.h"
 #include "SnippetStore.h"
@@ -61,6 +62,7 @@ struct Listening {
     FakePermissionProbe permissions{true, true};
     FakeKeyMonitor monitor;
     Output output;
+    FakeSecureInputWatch secureInput;
     CapturedDiagnostics diagnostics;
     std::optional<TextExpander> engine;
 
@@ -68,7 +70,8 @@ struct Listening {
         output.finishAtOnce = false;
     }
     TextExpander& start() {
-        return engine.emplace(store, EnginePlatform{&permissions, &monitor, &translator, &output});
+        return engine.emplace(store, EnginePlatform{&permissions, &monitor, &translator, &output,
+                                                      nullptr, &secureInput});
     }
     void add(const QString& command, const QString& content,
              Snippet::Trigger trigger = Snippet::Trigger::Immediately) {
@@ -304,6 +307,26 @@ private slots:
         rig.monitor.press(keyE);
         QCOMPARE(engine.buffer(), "aé");
         QCOMPARE(engine.deadKeyState, 0u);
+    }
+
+    // In a password field no key is looked at, kept or logged (each gets one line, with no key
+    // code); they never complete a command typed after the focus left.
+    void aPasswordFieldKeepsItsKeysToItself() {
+        Listening rig;
+        rig.add(";as", "Thank you");
+        TextExpander& engine = rig.start();
+        rig.press({keySemicolon});
+        rig.secureInput.passwordField = true;
+        rig.press({keyA, keyS, keySemicolon, keyA, keyS});
+        QVERIFY(engine.buffer().isEmpty() && rig.output.performed.isEmpty());
+        QStringList logged = rig.diagnostics.lines;
+        logged = logged.mid(logged.indexOf("Checking buffer: ';'") + 1);
+        logged.removeDuplicates();
+        QVERIFY2(logged.size() == 1 && !logged.first().contains(QRegularExpression("\\d")),
+                 qPrintable(logged.join('\n')));
+        rig.secureInput.passwordField = false;
+        rig.press({keySemicolon, keyA, keyS});
+        QCOMPARE(rig.output.performed, expansion(3, "Thank you"));
     }
 
     void keysTypedDuringAnExpansionFollowItAndMayExpandAgain() {
