@@ -127,6 +127,7 @@ void TextExpander::keyDown(const KeyStroke& stroke) {
         // What was typed there never completes a command typed afterwards.
         m_buffer.clear();
         m_undo.reset();
+        stopAwaiting();
         return;
     }
     if (stroke.repeats > 0)
