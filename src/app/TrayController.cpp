@@ -1,5 +1,6 @@
 #include "TrayController.h"
 
+#include "ContentView.h"
 #include "Preferences.h"
 
 #include "SymbolImage.h"
@@ -10,6 +11,7 @@
 #include <QCursor>
 #include <QEvent>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
@@ -71,6 +73,21 @@ void TrayController::setupMainMenu(QMainWindow* mainWindow) {
     connect(quit, &QAction::triggered, this, &TrayController::quitApp);
 
     m_fileMenu = mainWindow->menuBar()->addMenu(tr("&File"));
+    if (auto* content = qobject_cast<ContentView*>(mainWindow->centralWidget())) {
+        QAction* newSnippet = m_fileMenu->addAction(tr("New Snippet..."));
+        newSnippet->setShortcut(QKeySequence::New);
+        connect(newSnippet, &QAction::triggered, content, &ContentView::showAddSheet);
+        QAction* newCategory = m_fileMenu->addAction(tr("New Category..."));
+        newCategory->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N));
+        connect(newCategory, &QAction::triggered, content, &ContentView::showAddCategorySheet);
+        QAction* find = m_fileMenu->addAction(tr("Find Snippets"));
+        find->setShortcut(QKeySequence::Find);
+        connect(find, &QAction::triggered, content, [content] {
+            content->searchField()->setFocus(Qt::ShortcutFocusReason);
+            content->searchField()->selectAll();
+        });
+        m_fileMenu->addSeparator();
+    }
     m_fileMenu->addAction(m_pauseAction);
 
     // The key bindings work in the main window (they live on its menu bar) and are also given to

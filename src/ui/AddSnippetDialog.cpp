@@ -110,6 +110,7 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
         updateState();
     });
     connect(m_contentEditor, &CustomTextEditor::textEdited, this, &AddSnippetDialog::updateState);
+    connect(m_triggerOption, &TriggerOption::triggerEdited, this, &AddSnippetDialog::updateState);
     updateState();
 }
 
@@ -125,6 +126,11 @@ void AddSnippetDialog::updateState() {
     m_contentPlaceholder->setVisible(contentEmpty);
     m_addButton->setEnabled(!SnippetStore::isBlankCommand(command()) && !contentEmpty);
     m_triggerOption->check(command(), QUuid());
+    // Taller while a warning under the command needs the room, never narrower.
+    QLayout* root = layout();
+    const int needed = root->hasHeightForWidth() ? root->totalHeightForWidth(sheetWidth)
+                                                 : root->totalSizeHint().height();
+    setFixedHeight(std::max(sheetHeight, needed));
 }
 
 void AddSnippetDialog::setShowingDuplicateError(bool showing) {

@@ -27,7 +27,7 @@ public:
     using AddedHandler = std::function<void(const Snippet& added)>;
 
     static constexpr int sheetWidth = 480;
-    static constexpr int sheetHeight = 480;
+    static constexpr int sheetHeight = 480; // at least
 
     AddSnippetDialog(SnippetStore& store, const QUuid& categoryId, AddedHandler onAdded,
                     QWidget* parent = nullptr);
