@@ -4,6 +4,7 @@
 #include "CapturedDiagnostics.h"
 #include "CompiledKeymapSource.h"
 #include "Logging.h"
+#include "FakeClipboard.h"
 #include "FakeKeyMonitor.h"
 #include "FakePermissionProbe.h"
 #include "FakeSecureInputWatch.h"
@@ -225,6 +226,51 @@ private slots:
         rig.now += TextExpander::bufferTimeout + 1;
         rig.key("\b");
         QCOMPARE(rig.output.performed, expansion(4, "Regards"));
+    }
+
+    // Placeholders are filled in as the content goes out; after a {{cursor}} the caret goes
+    // back to it (line breaks count once), and then BackSpace cannot know what to undo.
+    void placeholdersAreFilledInAndTheCaretGoesBackToTheCursor() {
+        Rig rig;
+        FakeClipboard clipboard;
+        clipboard.content = "Ada";
+        rig.engine.setClipboard(&clipboard);
+        rig.now = QDateTime(QDate(2024, 3, 5), QTime(9, 30)).toSecsSinceEpoch();
+        rig.add(";dear", "Dear {{clipboard}},\r\n{{cursor}}\r\nOn {{date:yyyy-MM-dd}}");
+        rig.add(";cb", "[{{clipboard}}] {{who}}");
+        rig.add(";p", "plain");
+        rig.type(";p");
+        QCOMPARE(clipboard.reads, 0); // only a content that asks for it reads the clipboard
+        rig.output.performed.clear();
+
+        rig.type(";dear");
+        Expansion expected = TextExpander::replacement(5, "Dear Ada,\r\n\r\nOn 2024-03-05");
+        expected.append(ExpansionAction::moveLeft(14)); // CR LF is one
+        QCOMPARE(rig.output.performed, Expansions{expected});
+        rig.key("\b");
+        QCOMPARE(rig.output.performed.size(), 1);
+        QCOMPARE(clipboard.reads, 1);
+
+        clipboard.content.reset(); // empty, or an image only
+        rig.type(";cb");
+        QCOMPARE(rig.output.performed.mid(1), expansion(3, "[] {{who}}"));
+        QCOMPARE(rig.lines.filter("The clipboard holds no text").size(), 1);
+        QCOMPARE(rig.lines.filter("Typed 1 unknown or malformed placeholder").size(), 1);
+    }
+
+    // Keys that reached the application before the hold are typed after the content; the caret
+    // still goes back to the cursor, and they are no longer before it for the buffer.
+    void theCaretGoesBackOverKeysThatSlippedIn() {
+        Listening rig;
+        rig.add(";a", "<{{cursor}}/>");
+        TextExpander& engine = rig.start();
+        rig.monitor.slip(keyS);
+        rig.press({keySemicolon, keyA});
+        Expansion expected = TextExpander::replacement(3, "</>s");
+        expected.append(ExpansionAction::moveLeft(3));
+        QCOMPARE(rig.output.performed, Expansions{expected});
+        rig.output.finish();
+        QCOMPARE(engine.buffer(), QString());
     }
 
     void storeEditsTakeEffectAtTheNextKey() {

@@ -13,7 +13,7 @@ typedef struct _XDisplay Display;
 
 // Types into the focused application with XTest on its own Xlib connection.
 //
-// Backspaces are BackSpace press/release pairs. Text is typed with the layout's own keys where
+// Backspaces are BackSpace press/release pairs, caret moves Left pairs. Text is typed with the layout's own keys where
 // it has them, otherwise with spare keycodes bound to the characters' keysyms (see
 // KeystrokePlanner). The content arrives as stored whatever the user holds or has locked: held
 // modifiers are released and pressed again afterwards, latched and locked modifiers (Caps Lock,
