@@ -6,6 +6,7 @@
 #include "FormBand.h"
 #include "FormParts.h"
 #include "InputFieldFrame.h"
+#include "PlaceholderBar.h"
 #include "PlainButton.h"
 #include "SnippetStore.h"
 #include "SymbolView.h"
@@ -17,6 +18,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QShortcut>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
@@ -80,6 +82,8 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
     m_contentEditor->setObjectName(QStringLiteral("contentEditor"));
     m_contentEditor->setFont(UiTheme::system(13));
     contentFrame->row()->addWidget(m_contentEditor);
+    m_placeholders = new PlaceholderBar(m_contentEditor, this);
+    contentFrame->row()->addWidget(m_placeholders->menuButton(), 0, Qt::AlignTop);
     // Where the first typed line appears: just inside the editor's first line.
     m_contentPlaceholder = FormParts::secondaryText(tr("Enter your content here..."),
                                                     UiTheme::body(), contentFrame);
@@ -88,6 +92,7 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
     m_contentPlaceholder->adjustSize();
     m_contentPlaceholder->move(8, 8 + CustomTextEditor::verticalInset);
     contentSection->addWidget(contentFrame);
+    contentSection->addWidget(m_placeholders);
     form->addLayout(contentSection);
     root->addLayout(form);
     root->addStretch(1);
