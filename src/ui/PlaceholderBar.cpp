@@ -88,16 +88,19 @@ PlaceholderBar::PlaceholderBar(CustomTextEditor* editor, QWidget* parent)
     m_menuButton->setFocusPolicy(Qt::TabFocus);
     auto* menu = new QMenu(m_menuButton);
     menu->setObjectName(QStringLiteral("placeholderMenu"));
-    const auto addInsert = [this, menu](const QString& label, const QString& placeholder) {
-        connect(menu->addAction(label), &QAction::triggered, this,
-                [this, placeholder] { insert(placeholder); });
+    const auto addInsert = [this, menu](const QString& label, const QString& name) {
+        QAction* action = menu->addAction(label);
+        action->setObjectName(QStringLiteral("insert-") + name);
+        connect(action, &QAction::triggered, this,
+                [this, name] { insert(QStringLiteral("{{%1}}").arg(name)); });
     };
-    addInsert(tr("Date"), QStringLiteral("{{date}}"));
-    addInsert(tr("Time"), QStringLiteral("{{time}}"));
-    connect(menu->addAction(tr("Date in a format…")), &QAction::triggered, this,
-            &PlaceholderBar::askForDateFormat);
-    addInsert(tr("Clipboard"), QStringLiteral("{{clipboard}}"));
-    addInsert(tr("Cursor position"), QStringLiteral("{{cursor}}"));
+    addInsert(tr("Date"), QStringLiteral("date"));
+    addInsert(tr("Time"), QStringLiteral("time"));
+    QAction* dateFormat = menu->addAction(tr("Date in a format…"));
+    dateFormat->setObjectName(QStringLiteral("insert-date-format"));
+    connect(dateFormat, &QAction::triggered, this, &PlaceholderBar::askForDateFormat);
+    addInsert(tr("Clipboard"), QStringLiteral("clipboard"));
+    addInsert(tr("Cursor position"), QStringLiteral("cursor"));
     m_menuButton->setMenu(menu);
 
     m_clockTimer.setInterval(1000);
