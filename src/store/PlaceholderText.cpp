@@ -13,7 +13,9 @@ qsizetype lineEnd(const QString& content, qsizetype from) {
 }
 } // namespace
 
-PlaceholderText::PlaceholderText(const QString& content) { parse(content); }
+PlaceholderText::PlaceholderText(const QString& content) {
+    parse(content);
+}
 
 void PlaceholderText::appendLiteral(QStringView text) {
     if (text.isEmpty())
@@ -23,7 +25,9 @@ void PlaceholderText::appendLiteral(QStringView text) {
     m_parts.last().text += text;
 }
 
-void PlaceholderText::add(Kind kind, const QString& text) { m_parts.append(Part{kind, text}); }
+void PlaceholderText::add(Kind kind, const QString& text) {
+    m_parts.append(Part{kind, text});
+}
 
 void PlaceholderText::parse(const QString& content) {
     const QStringView view(content);
@@ -127,9 +131,8 @@ qsizetype PlaceholderText::readPlaceholder(const QString& content, qsizetype sta
 }
 
 bool PlaceholderText::isDynamic() const {
-    return m_hasEscape || std::any_of(m_parts.cbegin(), m_parts.cend(), [](const Part& part) {
-               return part.kind != Kind::Literal;
-           });
+    return m_hasEscape || std::any_of(m_parts.cbegin(), m_parts.cend(),
+                                      [](const Part& part) { return part.kind != Kind::Literal; });
 }
 
 bool PlaceholderText::uses(Kind kind) const {
@@ -147,14 +150,12 @@ PlaceholderText::Rendered PlaceholderText::render(const QDateTime& now,
             rendered.text += part.text;
             break;
         case Kind::Date:
-            rendered.text += part.text.isEmpty()
-                                 ? locale.toString(now.date(), QLocale::ShortFormat)
-                                 : locale.toString(now, part.text);
+            rendered.text += part.text.isEmpty() ? locale.toString(now.date(), QLocale::ShortFormat)
+                                                 : locale.toString(now, part.text);
             break;
         case Kind::Time:
-            rendered.text += part.text.isEmpty()
-                                 ? locale.toString(now.time(), QLocale::ShortFormat)
-                                 : locale.toString(now, part.text);
+            rendered.text += part.text.isEmpty() ? locale.toString(now.time(), QLocale::ShortFormat)
+                                                 : locale.toString(now, part.text);
             break;
         case Kind::Clipboard:
             if (clipboard)

@@ -41,7 +41,7 @@ public:
 
     struct Rendered {
         QString text;
-        qsizetype cursor = -1; // offset in `text` where the cursor goes, -1 without one
+        qsizetype cursor = -1;         // offset in `text` where the cursor goes, -1 without one
         bool clipboardMissing = false; // a {{clipboard}} found no text to give
     };
 

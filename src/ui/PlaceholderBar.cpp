@@ -113,10 +113,18 @@ PlaceholderBar::PlaceholderBar(CustomTextEditor* editor, QWidget* parent)
     refresh();
 }
 
-QString PlaceholderBar::previewText() const { return m_preview->text(); }
-QString PlaceholderBar::warningText() const { return m_warning->text(); }
-bool PlaceholderBar::isPreviewShown() const { return !m_previewRow->isHidden(); }
-bool PlaceholderBar::isWarningShown() const { return !m_warning->isHidden(); }
+QString PlaceholderBar::previewText() const {
+    return m_preview->text();
+}
+QString PlaceholderBar::warningText() const {
+    return m_warning->text();
+}
+bool PlaceholderBar::isPreviewShown() const {
+    return !m_previewRow->isHidden();
+}
+bool PlaceholderBar::isWarningShown() const {
+    return !m_warning->isHidden();
+}
 
 void PlaceholderBar::setAvailable(bool available) {
     setVisible(available);

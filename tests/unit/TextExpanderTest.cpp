@@ -229,48 +229,30 @@ private slots:
     }
 
     // Placeholders are filled in as the content goes out; after a {{cursor}} the caret goes
-    // back to it (line breaks count once), and then BackSpace cannot know what to undo.
+    // back to it (a line break and keys that slipped in count once each), and BackSpace then
+    // undoes nothing. Only contents that show the clipboard read it.
     void placeholdersAreFilledInAndTheCaretGoesBackToTheCursor() {
-        Rig rig;
+        Listening rig;
         FakeClipboard clipboard;
         clipboard.content = "Ada";
-        rig.engine.setClipboard(&clipboard);
-        rig.now = QDateTime(QDate(2024, 3, 5), QTime(9, 30)).toSecsSinceEpoch();
-        rig.add(";dear", "Dear {{clipboard}},\r\n{{cursor}}\r\nOn {{date:yyyy-MM-dd}}");
-        rig.add(";cb", "[{{clipboard}}] {{who}}");
-        rig.add(";p", "plain");
-        rig.type(";p");
-        QCOMPARE(clipboard.reads, 0); // only a content that asks for it reads the clipboard
-        rig.output.performed.clear();
-
-        rig.type(";dear");
-        Expansion expected = TextExpander::replacement(5, "Dear Ada,\r\n\r\nOn 2024-03-05");
-        expected.append(ExpansionAction::moveLeft(14)); // CR LF is one
-        QCOMPARE(rig.output.performed, Expansions{expected});
-        rig.key("\b");
-        QCOMPARE(rig.output.performed.size(), 1);
-        QCOMPARE(clipboard.reads, 1);
-
-        clipboard.content.reset(); // empty, or an image only
-        rig.type(";cb");
-        QCOMPARE(rig.output.performed.mid(1), expansion(3, "[] {{who}}"));
-        QCOMPARE(rig.lines.filter("The clipboard holds no text").size(), 1);
-        QCOMPARE(rig.lines.filter("Typed 1 unknown or malformed placeholder").size(), 1);
-    }
-
-    // Keys that reached the application before the hold are typed after the content; the caret
-    // still goes back to the cursor, and they are no longer before it for the buffer.
-    void theCaretGoesBackOverKeysThatSlippedIn() {
-        Listening rig;
-        rig.add(";a", "<{{cursor}}/>");
+        rig.add(";a", "Dear {{clipboard}},\r\n{{cursor}}\r\n{{date:yyyy}}");
+        rig.add(";s", "[{{clipboard}}] {{who}}");
         TextExpander& engine = rig.start();
+        engine.setClipboard(&clipboard);
         rig.monitor.slip(keyS);
         rig.press({keySemicolon, keyA});
-        Expansion expected = TextExpander::replacement(3, "</>s");
-        expected.append(ExpansionAction::moveLeft(3));
+        Expansion expected = TextExpander::replacement(
+            3, "Dear Ada,\r\n\r\n" + QDate::currentDate().toString("yyyy") + "s");
+        expected.append(ExpansionAction::moveLeft(6));
         QCOMPARE(rig.output.performed, Expansions{expected});
         rig.output.finish();
-        QCOMPARE(engine.buffer(), QString());
+        QCOMPARE(engine.buffer(), QString()); // the slipped key is not before the caret
+        rig.press({keyBackSpace});
+        clipboard.content.reset(); // empty, or an image only
+        rig.press({keySemicolon, keyS});
+        QCOMPARE(rig.output.performed.mid(1), expansion(2, "[] {{who}}"));
+        QCOMPARE(clipboard.reads, 2);
+        QCOMPARE(rig.diagnostics.lines.filter("The clipboard holds no text").size(), 1);
     }
 
     void storeEditsTakeEffectAtTheNextKey() {
