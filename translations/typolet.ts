@@ -307,12 +307,6 @@ This will permanently delete all %n snippet(s) in this category.</source>
         <source>Cursor position</source>
         <translation type="unfinished"></translation>
     </message>
-    <message numerus="yes">
-        <source>…and %n more.</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-        </translation>
-    </message>
     <message>
         <source>Date in a Format</source>
         <translation type="unfinished"></translation>
@@ -320,6 +314,12 @@ This will permanently delete all %n snippet(s) in this category.</source>
     <message>
         <source>Format of the date and time, for example yyyy-MM-dd or dd.MM.yyyy HH:mm:</source>
         <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%n problem(s) with braces. %1</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+        </translation>
     </message>
 </context>
 <context>

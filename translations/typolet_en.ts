@@ -312,13 +312,6 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <source>Cursor position</source>
         <translation type="unfinished"></translation>
     </message>
-    <message numerus="yes">
-        <source>…and %n more.</source>
-        <translation>
-            <numerusform>…and %n more.</numerusform>
-            <numerusform>…and %n more.</numerusform>
-        </translation>
-    </message>
     <message>
         <source>Date in a Format</source>
         <translation type="unfinished"></translation>
@@ -326,6 +319,13 @@ This will permanently delete all %n snippets in this category.</numerusform>
     <message>
         <source>Format of the date and time, for example yyyy-MM-dd or dd.MM.yyyy HH:mm:</source>
         <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%n problem(s) with braces. %1</source>
+        <translation>
+            <numerusform>%n problem with braces. %1</numerusform>
+            <numerusform>%n problems with braces. %1</numerusform>
+        </translation>
     </message>
 </context>
 <context>

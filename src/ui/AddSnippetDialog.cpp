@@ -77,7 +77,10 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
         FormParts::heading(tr("Content"),
                            tr("Enter the text that will replace your command"), this));
     auto* contentFrame = new InputFieldFrame(8, 8, this);
-    contentFrame->setFixedHeight(140);
+    // 140 high; a little less while the placeholder lines below it show, so the sheet keeps
+    // its size.
+    contentFrame->setMinimumHeight(100);
+    contentFrame->setMaximumHeight(140);
     m_contentEditor = new CustomTextEditor(contentFrame);
     m_contentEditor->setObjectName(QStringLiteral("contentEditor"));
     m_contentEditor->setFont(UiTheme::system(13));

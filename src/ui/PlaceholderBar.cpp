@@ -70,10 +70,10 @@ PlaceholderBar::PlaceholderBar(CustomTextEditor* editor, QWidget* parent)
     previewLayout->addWidget(m_preview, 1);
     column->addWidget(m_previewRow);
 
-    m_warning = FormParts::coloredText(QString(), UiTheme::caption(), UiTheme::orange(), this);
+    m_warning = new ElidedLabel(QString(), this);
     m_warning->setObjectName(QStringLiteral("placeholderWarning"));
-    m_warning->setWordWrap(true);
-    m_warning->setTextFormat(Qt::PlainText);
+    m_warning->setFont(UiTheme::caption());
+    m_warning->setColor(UiTheme::orange());
     column->addWidget(m_warning);
 
     // The button lives in the form's layout beside the content field, so it is parented to
@@ -117,7 +117,7 @@ QString PlaceholderBar::previewText() const {
     return m_preview->text();
 }
 QString PlaceholderBar::warningText() const {
-    return m_warning->text();
+    return m_warning->toolTip();
 }
 bool PlaceholderBar::isPreviewShown() const {
     return !m_previewRow->isHidden();
@@ -162,19 +162,18 @@ void PlaceholderBar::refresh() {
     else if (!showsClock)
         m_clockTimer.stop();
 
-    const QList<PlaceholderText::Issue>& issues = placeholders.issues();
     QStringList lines;
-    for (const auto& issue : issues) {
+    for (const auto& issue : placeholders.issues()) {
         const QString line = warningFor(issue);
         if (!lines.contains(line))
             lines.append(line);
     }
-    const qsizetype unlisted = lines.size() - listedWarnings;
-    if (unlisted > 0) {
-        lines = lines.first(listedWarnings);
-        lines.append(tr("…and %n more.", nullptr, int(unlisted)));
-    }
-    m_warning->setText(lines.join(u'\n'));
+    const QString first = lines.value(0);
+    m_warning->setText(lines.size() > 1 ? tr("%n problem(s) with braces. %1", nullptr,
+                                             int(lines.size()))
+                                              .arg(first)
+                                        : first);
+    m_warning->setToolTip(lines.join(u'\n'));
     m_warning->setVisible(!lines.isEmpty());
 }
 

@@ -7,26 +7,25 @@
 
 class CustomTextEditor;
 class ElidedLabel;
-class QLabel;
 class QToolButton;
 
 // What a content editor shows about placeholders ({{date}}, {{cursor}}, ...): a button whose
 // menu inserts one at the caret, a line previewing what the content types now (the clipboard's
 // text for {{clipboard}}), and a warning for anything between double braces that is typed as
 // written. The preview shows only for a content that placeholders change; it follows the
-// editor as the user types, and the clock while the content shows the date or time.
+// editor as the user types, and the clock while the content shows the date or time. Both are
+// one line each, so they fit the fixed-size sheet: the warning names the first problem and how
+// many there are, and its tooltip lists them all.
 //
 // The form puts menuButton() beside its content field and this widget below it.
 class PlaceholderBar : public QWidget {
     Q_OBJECT
 public:
-    // Warnings beyond this many are counted, not listed.
-    static constexpr int listedWarnings = 3;
-
     explicit PlaceholderBar(CustomTextEditor* editor, QWidget* parent = nullptr);
 
     QToolButton* menuButton() const { return m_menuButton; }
     QString previewText() const;
+    // Every problem, one per line (the warning line's tooltip).
     QString warningText() const;
     bool isPreviewShown() const;
     bool isWarningShown() const;
@@ -47,7 +46,7 @@ private:
     QToolButton* m_menuButton;
     QWidget* m_previewRow;
     ElidedLabel* m_preview;
-    QLabel* m_warning;
+    ElidedLabel* m_warning;
     QTimer m_clockTimer;
     // The clipboard's text as last read; read again after the clipboard changes.
     std::optional<std::optional<QString>> m_clipboard;

@@ -20,9 +20,13 @@ private slots:
         const auto choose = [bar](const QString& name) {
             bar->menuButton()->menu()->findChild<QAction*>("insert-" + name)->trigger();
         };
+        QGuiApplication::clipboard()->setText("Ada");
+        // A content given to the editor (as the detail pane loads one), then one typed.
+        sheet.contentEditor()->setText("[{{clipboard}}]");
+        QCOMPARE(bar->previewText(), "[Ada]");
+        sheet.contentEditor()->setText("");
         QTest::keyClicks(sheet.contentEditor(), "Hi ");
         QVERIFY(!bar->isPreviewShown() && !bar->isWarningShown()); // plain text
-        QGuiApplication::clipboard()->setText("Ada");
         choose("clipboard");
         choose("cursor");
         QCOMPARE(sheet.content(), "Hi {{clipboard}}{{cursor}}");
