@@ -253,6 +253,12 @@ private slots:
         QCOMPARE(rig.output.performed.mid(1), expansion(2, "[] {{who}}"));
         QCOMPARE(clipboard.reads, 2);
         QCOMPARE(rig.diagnostics.lines.filter("The clipboard holds no text").size(), 1);
+
+        // A word end that reached the application stays after the content, the caret before it.
+        Rig typed;
+        typed.add(";b", "<b>{{cursor}}</b>", Snippet::Trigger::AfterWordEnd);
+        typed.type(";b ");
+        QCOMPARE(typed.output.performed.value(0).value(2), ExpansionAction::moveLeft(5));
     }
 
     void storeEditsTakeEffectAtTheNextKey() {
