@@ -250,6 +250,79 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
 </context>
 <context>
+    <name>PlaceholderBar</name>
+    <message>
+        <source>%1 is not a placeholder Typolet knows; it is typed as written.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 names no placeholder; it is typed as written.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is not closed with }} on its line; it is typed as written.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>}} without {{ before it is typed as written (write {{{{ for literal braces).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1: a placeholder cannot hold another; it is typed as written.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Only the first {{cursor}} places the cursor; later ones are typed as written.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Types now:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>{ }</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Insert a placeholder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Date in a format…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Clipboard</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cursor position</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Date in a Format</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Format of the date and time, for example yyyy-MM-dd or dd.MM.yyyy HH:mm:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%n problem(s) with braces. %1</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+        </translation>
+    </message>
+</context>
+<context>
     <name>PreferencesView</name>
     <message>
         <source>General</source>

@@ -7,6 +7,7 @@
 #include "KeyTranslator.h"
 #include "MessageBoxPermissionAlert.h"
 #include "PermissionGuidance.h"
+#include "SystemClipboard.h"
 #include "TextExpander.h"
 #include "X11FocusedApplication.h"
 #include "X11GlobalKey.h"
@@ -22,7 +23,8 @@ EngineBootstrap::EngineBootstrap(bool withWindows)
       m_monitor(std::make_unique<X11KeyMonitor>()),
       m_output(std::make_unique<X11KeyboardOutput>(*m_keymaps)),
       m_focus(std::make_unique<X11FocusedApplication>()),
-      m_secureInput(std::make_unique<AtSpiSecureInputWatch>()) {
+      m_secureInput(std::make_unique<AtSpiSecureInputWatch>()),
+      m_clipboard(std::make_unique<SystemClipboard>()) {
     if (withWindows)
         m_windowAlert = std::make_unique<MessageBoxPermissionAlert>();
     else
@@ -48,6 +50,7 @@ bool EngineBootstrap::start(SnippetStore& store) {
     m_engine->setExcludedApplications(m_excluded);
     m_engine->setKeysIgnoredWhen(m_keysIgnored);
     m_engine->setPaused(m_paused);
+    m_engine->setClipboard(m_clipboard.get());
     const bool listening = m_engine->isMonitoring();
     if (listening) {
         m_output->open();

@@ -9,6 +9,7 @@ class AtSpiSecureInputWatch;
 class ConsolePermissionAlert;
 class MessageBoxPermissionAlert;
 class SnippetStore;
+class SystemClipboard;
 class TextExpander;
 class QKeySequence;
 class X11FocusedApplication;
@@ -58,6 +59,7 @@ private:
     std::unique_ptr<X11KeyboardOutput> m_output;
     std::unique_ptr<X11FocusedApplication> m_focus;
     std::unique_ptr<AtSpiSecureInputWatch> m_secureInput;
+    std::unique_ptr<SystemClipboard> m_clipboard;
     std::unique_ptr<X11GlobalKey> m_globalKey;
     std::unique_ptr<TextExpander> m_engine;
     std::unique_ptr<MessageBoxPermissionAlert> m_windowAlert;

@@ -4,15 +4,18 @@
 #include <QString>
 
 // One step of an expansion as the engine decides it; the platform output carries the steps out
-// in order. Erasing counts characters (grapheme clusters) before the caret.
+// in order. Erasing and moving the caret count characters (grapheme clusters; a line break is
+// one).
 struct ExpansionAction {
-    enum class Kind { Erase, Type };
+    enum class Kind { Erase, Type, MoveLeft };
     Kind kind = Kind::Type;
-    int count = 0; // Erase
+    int count = 0; // Erase, MoveLeft
     QString text;  // Type
 
     static ExpansionAction erase(int count) { return {Kind::Erase, count, {}}; }
     static ExpansionAction type(const QString& text) { return {Kind::Type, 0, text}; }
+    // The caret goes back over `count` characters of what was typed (Left key presses).
+    static ExpansionAction moveLeft(int count) { return {Kind::MoveLeft, count, {}}; }
     friend bool operator==(const ExpansionAction&, const ExpansionAction&) = default;
 };
 

@@ -6,8 +6,10 @@
 #include "GraphemeText.h"
 #include "KeyMonitor.h"
 #include "KeyTranslator.h"
+#include "ClipboardSource.h"
 #include "KeyboardOutput.h"
 #include "PermissionProbe.h"
+#include "PlaceholderText.h"
 #include "SecureInputWatch.h"
 #include "SnippetStore.h"
 
@@ -413,34 +415,58 @@ Expansion TextExpander::replacement(int erased, const QString& text) {
 void TextExpander::expand(const Snippet& snippet, const QString& wordEnd, bool endReached) {
     qCInfo(lcKeys).noquote() << QStringLiteral("Match found: '") + snippet.command +
                        QStringLiteral("' -> '") + snippet.content + QLatin1Char('\'');
+    const PlaceholderText placeholders(snippet.content);
+    std::optional<QString> clipboard;
+    if (m_clipboard && placeholders.uses(PlaceholderText::Kind::Clipboard))
+        clipboard = m_clipboard->text();
+    const auto now = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(m_clock() * 1000));
+    const PlaceholderText::Rendered rendered = placeholders.render(now, clipboard, QLocale());
+    if (rendered.clipboardMissing)
+        qCInfo(lcEngine).noquote()
+            << QStringLiteral("The clipboard holds no text: a clipboard placeholder typed nothing");
+    if (!placeholders.issues().isEmpty())
+        qCInfo(lcEngine).noquote()
+            << QStringLiteral("Typed %1 unknown or malformed placeholder(s) as written")
+                   .arg(placeholders.issues().size());
+
     int leftOut = 0;
-    QString typed = typeableText(snippet.content, leftOut);
+    const qsizetype cursor = rendered.cursor < 0 ? rendered.text.size() : rendered.cursor;
+    const QString beforeCursor = typeableText(rendered.text.left(cursor), leftOut);
+    QString typed = beforeCursor + typeableText(rendered.text.mid(cursor), leftOut);
     if (leftOut > 0)
         qCWarning(lcEngine).noquote()
             << QStringLiteral("Left out %1 control character(s) of a snippet's content: only "
                               "text, tabs and line breaks are typed")
                    .arg(leftOut);
     int erased = static_cast<int>(GraphemeText::count(snippet.command));
-    // BackSpace puts back the command with what ended its word, as it was typed; not after a
-    // Tab or Return, which may have left the field.
-    std::optional<Undo> undo = Undo{snippet.command + wordEnd, 0, 0, {}};
-    if (wordEnd == u"\t" || wordEnd == u"\r")
-        undo.reset();
     if (endReached) {
         // What ended the word is in the application already: it goes and comes back after the
         // content.
         erased += static_cast<int>(GraphemeText::count(wordEnd));
         typed += wordEnd;
-    } else if (undo && !wordEnd.isEmpty()) {
+    }
+    // Counted on the whole text, as the application will see it: a mark after the cursor
+    // joins the character before it.
+    const int caretBack =
+        rendered.cursor < 0
+            ? 0
+            : static_cast<int>(GraphemeText::count(typed) - GraphemeText::count(beforeCursor));
+    // BackSpace puts back the command with what ended its word, as it was typed; not after a
+    // Tab or Return, which may have left the field, nor once the caret has moved back into the
+    // content (what stands before it is no longer what was typed).
+    std::optional<Undo> undo = Undo{snippet.command + wordEnd, 0, 0, {}};
+    if (wordEnd == u"\t" || wordEnd == u"\r" || caretBack > 0) {
+        undo.reset();
+    } else if (!endReached && !wordEnd.isEmpty()) {
         // It is held, and reaches the application right after the content.
         undo->typed = 1;
         undo->passing = wordEnd;
     }
-    replace(erased, typed, undo, {});
+    replace(erased, typed, undo, {}, caretBack);
 }
 
 void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
-                           const QString& bufferAfter) {
+                           const QString& bufferAfter, int caretBack) {
     m_undo.reset();
     m_pendingUndo.reset();
     m_cancelled = false;
@@ -483,7 +509,10 @@ void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
         const QString after = slipped.join(QString());
         erased += static_cast<int>(GraphemeText::count(after));
         typed += after;
-        m_afterExpansion = slipped + m_afterExpansion;
+        if (caretBack > 0)
+            caretBack += static_cast<int>(GraphemeText::count(after)); // not before the caret
+        else
+            m_afterExpansion = slipped + m_afterExpansion;
         if (!slipped.isEmpty())
             undo.reset(); // the next key has come already
     }
@@ -500,7 +529,10 @@ void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
         expansionFinished();
         return;
     }
-    m_output->perform(replacement(erased, typed), [this] { expansionFinished(); });
+    Expansion actions = replacement(erased, typed);
+    if (caretBack > 0)
+        actions.append(ExpansionAction::moveLeft(caretBack));
+    m_output->perform(actions, [this] { expansionFinished(); });
 }
 
 bool TextExpander::heldKey(const KeyStroke& stroke) {

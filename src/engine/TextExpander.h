@@ -14,6 +14,7 @@
 #include <functional>
 #include <optional>
 
+class ClipboardSource;
 class KeyboardOutput;
 struct Snippet;
 class SnippetStore;
@@ -54,6 +55,9 @@ public:
     // BackSpace as the first key after an expansion (within the buffer's timeout) puts the
     // command back as it was typed. On by default.
     void setUndoWithBackspace(bool enabled) { m_undoEnabled = enabled; }
+
+    // Where a content's {{clipboard}} reads the clipboard's text; without one it gives nothing.
+    void setClipboard(ClipboardSource* clipboard) { m_clipboard = clipboard; }
 
     // Whether startMonitoring() got the key monitor running.
     bool isMonitoring() const { return m_monitoring; }
@@ -108,8 +112,10 @@ private:
     void releaseHeldKeys();
     // Erases `erased` characters before the caret and types `typed` in their place, holding
     // the user's keys meanwhile. `undo` is what a BackSpace right after it may put back.
+    // `caretBack` characters at the end of `typed` end up after the caret.
     struct Undo;
-    void replace(int erased, QString typed, std::optional<Undo> undo, const QString& bufferAfter);
+    void replace(int erased, QString typed, std::optional<Undo> undo, const QString& bufferAfter,
+                 int caretBack = 0);
     bool heldKey(const KeyStroke& stroke);
     void expansionFinished();
 
@@ -129,6 +135,7 @@ private:
     bool m_paused = false;
     QStringList m_excluded;
     bool m_undoEnabled = true;
+    ClipboardSource* m_clipboard = nullptr;
     bool m_cancelled = false;
     // After an expansion that went out whole: the command it replaced and how many characters
     // it typed, until the next key.

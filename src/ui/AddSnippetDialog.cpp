@@ -6,6 +6,7 @@
 #include "FormBand.h"
 #include "FormParts.h"
 #include "InputFieldFrame.h"
+#include "PlaceholderBar.h"
 #include "PlainButton.h"
 #include "SnippetStore.h"
 #include "SymbolView.h"
@@ -17,6 +18,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QShortcut>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
@@ -75,11 +77,16 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
         FormParts::heading(tr("Content"),
                            tr("Enter the text that will replace your command"), this));
     auto* contentFrame = new InputFieldFrame(8, 8, this);
-    contentFrame->setFixedHeight(140);
+    // 140 high; a little less while the placeholder lines below it show, so the sheet keeps
+    // its size.
+    contentFrame->setMinimumHeight(100);
+    contentFrame->setMaximumHeight(140);
     m_contentEditor = new CustomTextEditor(contentFrame);
     m_contentEditor->setObjectName(QStringLiteral("contentEditor"));
     m_contentEditor->setFont(UiTheme::system(13));
     contentFrame->row()->addWidget(m_contentEditor);
+    m_placeholders = new PlaceholderBar(m_contentEditor, this);
+    contentFrame->row()->addWidget(m_placeholders->menuButton(), 0, Qt::AlignTop);
     // Where the first typed line appears: just inside the editor's first line.
     m_contentPlaceholder = FormParts::secondaryText(tr("Enter your content here..."),
                                                     UiTheme::body(), contentFrame);
@@ -88,6 +95,7 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
     m_contentPlaceholder->adjustSize();
     m_contentPlaceholder->move(8, 8 + CustomTextEditor::verticalInset);
     contentSection->addWidget(contentFrame);
+    contentSection->addWidget(m_placeholders);
     form->addLayout(contentSection);
     root->addLayout(form);
     root->addStretch(1);

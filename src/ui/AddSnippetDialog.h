@@ -9,6 +9,7 @@
 class CustomTextEditor;
 class FocusableTextField;
 class InputFieldFrame;
+class PlaceholderBar;
 class PlainButton;
 class QLabel;
 class QPushButton;
@@ -42,6 +43,7 @@ public:
     CustomTextEditor* contentEditor() const { return m_contentEditor; }
     QPushButton* addButton() const { return m_addButton; }
     PlainButton* cancelButton() const { return m_cancelButton; }
+    PlaceholderBar* placeholderBar() const { return m_placeholders; }
 
 private:
     void add();
@@ -60,6 +62,7 @@ private:
     TriggerOption* m_triggerOption;
     CustomTextEditor* m_contentEditor;
     QLabel* m_contentPlaceholder;
+    PlaceholderBar* m_placeholders;
     PlainButton* m_cancelButton;
     QPushButton* m_addButton;
 };

@@ -45,9 +45,7 @@ QString CustomTextEditor::text() const {
 void CustomTextEditor::setText(const QString& text) {
     if (this->text() == text)
         return;
-    m_settingText = true;
-    setPlainText(text);
-    m_settingText = false;
+    // Recorded first: whoever listens to textChanged reads the new text.
     m_edited = false;
     m_setText = text;
     m_lineBreak = QStringLiteral("\n");
@@ -61,4 +59,7 @@ void CustomTextEditor::setText(const QString& text) {
             continue;
         break;
     }
+    m_settingText = true;
+    setPlainText(text);
+    m_settingText = false;
 }

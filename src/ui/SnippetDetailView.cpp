@@ -4,6 +4,7 @@
 #include "FormBand.h"
 #include "FormParts.h"
 #include "InputFieldFrame.h"
+#include "PlaceholderBar.h"
 #include "PlainButton.h"
 #include "SnippetStore.h"
 #include "ToastView.h"
@@ -17,6 +18,7 @@
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QShortcut>
+#include <QToolButton>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <limits>
@@ -103,7 +105,10 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
     m_contentEditor->setObjectName(QStringLiteral("contentEditor"));
     m_contentEditor->setFont(UiTheme::system(13));
     contentFrame->row()->addWidget(m_contentEditor);
+    m_placeholders = new PlaceholderBar(m_contentEditor, this);
+    contentFrame->row()->addWidget(m_placeholders->menuButton(), 0, Qt::AlignTop);
     contentSection->addWidget(contentFrame, 1);
+    contentSection->addWidget(m_placeholders);
     m_cutContentNote = FormParts::secondaryText(QString(), UiTheme::caption(), this);
     m_cutContentNote->setObjectName(QStringLiteral("cutContentNote"));
     m_cutContentNote->setWordWrap(true);
@@ -197,6 +202,7 @@ void SnippetDetailView::showContent(const QString& content) {
         m_contentEditor->setReadOnly(false);
         m_contentEditor->setText(content);
         m_cutContentNote->setVisible(false);
+        m_placeholders->setAvailable(true);
         return;
     }
     m_cutContent = content;
@@ -211,6 +217,7 @@ void SnippetDetailView::showContent(const QString& content) {
             .arg(content.size())
             .arg(shown));
     m_cutContentNote->setVisible(true);
+    m_placeholders->setAvailable(false);
 }
 
 void SnippetDetailView::reload() {

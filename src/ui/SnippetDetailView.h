@@ -8,6 +8,7 @@
 #include <optional>
 
 class CustomTextEditor;
+class PlaceholderBar;
 class PlainButton;
 class QLabel;
 class QLineEdit;
@@ -58,6 +59,7 @@ public:
     QPushButton* saveButton() const { return m_saveButton; }
     PlainButton* deleteButton() const { return m_deleteButton; }
     ToastView* toast() const { return m_toast; }
+    PlaceholderBar* placeholderBar() const { return m_placeholders; }
 
     void save();
 
@@ -92,6 +94,7 @@ private:
     TriggerOption* m_triggerOption;
     CustomTextEditor* m_contentEditor;
     QLabel* m_cutContentNote;
+    PlaceholderBar* m_placeholders;
     // The whole stored content while the editor shows only its start.
     std::optional<QString> m_cutContent;
     QPushButton* m_saveButton;

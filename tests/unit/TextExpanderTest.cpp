@@ -4,6 +4,7 @@
 #include "CapturedDiagnostics.h"
 #include "CompiledKeymapSource.h"
 #include "Logging.h"
+#include "FakeClipboard.h"
 #include "FakeKeyMonitor.h"
 #include "FakePermissionProbe.h"
 #include "FakeSecureInputWatch.h"
@@ -225,6 +226,39 @@ private slots:
         rig.now += TextExpander::bufferTimeout + 1;
         rig.key("\b");
         QCOMPARE(rig.output.performed, expansion(4, "Regards"));
+    }
+
+    // Placeholders are filled in as the content goes out; after a {{cursor}} the caret goes
+    // back to it (a line break and keys that slipped in count once each), and BackSpace then
+    // undoes nothing. Only contents that show the clipboard read it.
+    void placeholdersAreFilledInAndTheCaretGoesBackToTheCursor() {
+        Listening rig;
+        FakeClipboard clipboard;
+        clipboard.content = "Ada";
+        rig.add(";a", "Dear {{clipboard}},\r\n{{cursor}}\r\n{{date:yyyy}}");
+        rig.add(";s", "[{{clipboard}}] {{who}}");
+        TextExpander& engine = rig.start();
+        engine.setClipboard(&clipboard);
+        rig.monitor.slip(keyS);
+        rig.press({keySemicolon, keyA});
+        Expansion expected = TextExpander::replacement(
+            3, "Dear Ada,\r\n\r\n" + QDate::currentDate().toString("yyyy") + "s");
+        expected.append(ExpansionAction::moveLeft(6));
+        QCOMPARE(rig.output.performed, Expansions{expected});
+        rig.output.finish();
+        QCOMPARE(engine.buffer(), QString()); // the slipped key is not before the caret
+        rig.press({keyBackSpace});
+        clipboard.content.reset(); // empty, or an image only
+        rig.press({keySemicolon, keyS});
+        QCOMPARE(rig.output.performed.mid(1), expansion(2, "[] {{who}}"));
+        QCOMPARE(clipboard.reads, 2);
+        QCOMPARE(rig.diagnostics.lines.filter("The clipboard holds no text").size(), 1);
+
+        // A word end that reached the application stays after the content, the caret before it.
+        Rig typed;
+        typed.add(";b", "<b>{{cursor}}</b>", Snippet::Trigger::AfterWordEnd);
+        typed.type(";b ");
+        QCOMPARE(typed.output.performed.value(0).value(2), ExpansionAction::moveLeft(5));
     }
 
     void storeEditsTakeEffectAtTheNextKey() {

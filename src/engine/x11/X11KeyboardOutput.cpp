@@ -171,10 +171,13 @@ void X11KeyboardOutput::step() {
     Job& job = *m_job;
     while (!job.cancelled && job.action < job.actions.size()) {
         const ExpansionAction& action = job.actions[job.action];
-        if (action.kind == ExpansionAction::Kind::Erase) {
-            const KeyCode backspace = XKeysymToKeycode(m_display, XK_BackSpace);
-            for (int i = 0; backspace != 0 && i < action.count; ++i)
-                tap(backspace); // X clients expect a release for every press
+        if (action.kind == ExpansionAction::Kind::Erase ||
+            action.kind == ExpansionAction::Kind::MoveLeft) {
+            // Locks are cleared meanwhile, so neither key reads as a keypad digit.
+            const KeyCode key = XKeysymToKeycode(
+                m_display, action.kind == ExpansionAction::Kind::Erase ? XK_BackSpace : XK_Left);
+            for (int i = 0; key != 0 && i < action.count; ++i)
+                tap(key); // X clients expect a release for every press
             XSync(m_display, False);
             m_lastPost.start();
             ++job.action;

@@ -13,11 +13,12 @@ typedef struct _XDisplay Display;
 
 // Types into the focused application with XTest on its own Xlib connection.
 //
-// Backspaces are BackSpace press/release pairs. Text is typed with the layout's own keys where
-// it has them, otherwise with spare keycodes bound to the characters' keysyms (see
-// KeystrokePlanner). The content arrives as stored whatever the user holds or has locked: held
-// modifiers are released and pressed again afterwards, latched and locked modifiers (Caps Lock,
-// Num Lock, level-3/5 locks) are cleared and restored, and text is typed on the group in force.
+// Backspaces are BackSpace press/release pairs, caret moves Left pairs. Text is typed with the
+// layout's own keys where it has them, otherwise with spare keycodes bound to the characters'
+// keysyms (see KeystrokePlanner). The content arrives as stored whatever the user holds or has
+// locked: held modifiers are released and pressed again afterwards, latched and locked modifiers
+// (Caps Lock, Num Lock, level-3/5 locks) are cleared and restored, and text is typed on the
+// group in force.
 //
 // Long text goes out a chunk per event-loop turn, so Typolet's windows stay responsive, a
 // cancel takes effect within a chunk, and a new layout loaded meanwhile is used from the next

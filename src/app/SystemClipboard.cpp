@@ -1,0 +1,18 @@
+#include "SystemClipboard.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
+
+std::optional<QString> SystemClipboard::text() {
+    // Without windows (no display) there is no clipboard to ask.
+    if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
+        return std::nullopt;
+    const QMimeData* data = QGuiApplication::clipboard()->mimeData(QClipboard::Clipboard);
+    if (!data || !data->hasText())
+        return std::nullopt; // nothing, or only an image or files
+    QString text = data->text();
+    if (text.isEmpty())
+        return std::nullopt;
+    return text;
+}

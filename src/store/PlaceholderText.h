@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QDateTime>
+#include <QList>
+#include <QLocale>
+#include <QString>
+#include <optional>
+
+// A snippet's content read as literal text and placeholders. The stored content stays the
+// string the user wrote; this is how it is read when it is typed and when the editor previews it.
+//
+//   {{date}}, {{time}}      today's date, the time now, in the locale's short formats
+//   {{date:FORMAT}}         date and time in a QDateTime format, e.g. {{date:yyyy-MM-dd}}
+//   {{time:FORMAT}}         the same, for symmetry: {{time:HH:mm:ss}}
+//   {{clipboard}}           the clipboard's text at the moment of expansion (empty if none)
+//   {{cursor}}              where the text cursor stands afterwards; only the first one counts
+//   {{{{                    a literal {{ (the }} that closes it is literal too, so
+//                           {{{{date}} writes {{date}})
+//
+// Anything else between double braces is typed exactly as written and reported as a problem:
+// unknown names ({{name}}), empty braces ({{}}), braces never closed on their line ({{date),
+// a }} that closes nothing, braces inside braces ({{a{{b}}}}), and every {{cursor}} after the
+// first. Names are exact (lower case, no spaces). A run of three braces is a literal { followed
+// by a placeholder, so {{{date}}} writes the date between single braces.
+class PlaceholderText {
+public:
+    enum class Kind { Literal, Date, Time, Clipboard, Cursor };
+    struct Part {
+        Kind kind = Kind::Literal;
+        QString text; // Literal: the text; Date and Time: the format, empty for the locale's
+        friend bool operator==(const Part&, const Part&) = default;
+    };
+
+    enum class Problem { UnknownName, EmptyBraces, NotClosed, StrayClosing, Nested, ExtraCursor };
+    struct Issue {
+        Problem problem = Problem::UnknownName;
+        qsizetype position = 0; // offset in the content (UTF-16 code units)
+        QString written;        // the content's text at that place, as typed
+        friend bool operator==(const Issue&, const Issue&) = default;
+    };
+
+    struct Rendered {
+        QString text;
+        qsizetype cursor = -1;         // offset in `text` where the cursor goes, -1 without one
+        bool clipboardMissing = false; // a {{clipboard}} found no text to give
+    };
+
+    explicit PlaceholderText(const QString& content);
+
+    const QList<Part>& parts() const { return m_parts; }
+    const QList<Issue>& issues() const { return m_issues; }
+    // Whether any placeholder or escape changes the text from what is stored.
+    bool isDynamic() const;
+    bool uses(Kind kind) const;
+
+    // The text as typed at `now`; `clipboard` is the clipboard's text (none when it holds no
+    // text, for example only an image).
+    Rendered render(const QDateTime& now, const std::optional<QString>& clipboard,
+                    const QLocale& locale) const;
+
+private:
+    void appendLiteral(QStringView text);
+    void add(Kind kind, const QString& text = {});
+    void parse(const QString& content);
+    // Reads the placeholder that starts at `start` (two braces); returns where reading goes on.
+    qsizetype readPlaceholder(const QString& content, qsizetype start);
+
+    QList<Part> m_parts;
+    QList<Issue> m_issues;
+    bool m_hasCursor = false;
+    bool m_hasEscape = false;
+};

@@ -1,0 +1,204 @@
+#include "PlaceholderBar.h"
+
+#include "CustomTextEditor.h"
+#include "ElidedLabel.h"
+#include "FormParts.h"
+#include "PlaceholderText.h"
+#include "UiTheme.h"
+
+#include <QClipboard>
+#include <QDateTime>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QInputDialog>
+#include <QLabel>
+#include <QMenu>
+#include <QMimeData>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace {
+// A warning quotes at most this much of what the user wrote.
+constexpr qsizetype quotedLength = 24;
+
+QString quoted(const QString& written) {
+    return ElidedLabel::oneLine(written, quotedLength);
+}
+
+QString warningFor(const PlaceholderText::Issue& issue) {
+    using Problem = PlaceholderText::Problem;
+    switch (issue.problem) {
+    case Problem::UnknownName:
+        return PlaceholderBar::tr("%1 is not a placeholder Typolet knows; it is typed as written.")
+            .arg(quoted(issue.written));
+    case Problem::EmptyBraces:
+        return PlaceholderBar::tr("%1 names no placeholder; it is typed as written.")
+            .arg(quoted(issue.written));
+    case Problem::NotClosed:
+        return PlaceholderBar::tr("%1 is not closed with }} on its line; it is typed as written.")
+            .arg(quoted(issue.written));
+    case Problem::StrayClosing:
+        return PlaceholderBar::tr("}} without {{ before it is typed as written (write {{{{ for "
+                                  "literal braces).");
+    case Problem::Nested:
+        return PlaceholderBar::tr("%1: a placeholder cannot hold another; it is typed as written.")
+            .arg(quoted(issue.written));
+    case Problem::ExtraCursor:
+        return PlaceholderBar::tr("Only the first {{cursor}} places the cursor; later ones are "
+                                  "typed as written.");
+    }
+    return {};
+}
+} // namespace
+
+PlaceholderBar::PlaceholderBar(CustomTextEditor* editor, QWidget* parent)
+    : QWidget(parent), m_editor(editor) {
+    setObjectName(QStringLiteral("placeholderBar"));
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(4);
+
+    m_previewRow = new QWidget(this);
+    auto* previewLayout = new QHBoxLayout(m_previewRow);
+    previewLayout->setContentsMargins(0, 0, 0, 0);
+    previewLayout->setSpacing(6);
+    previewLayout->addWidget(
+        FormParts::secondaryText(tr("Types now:"), UiTheme::caption(), m_previewRow));
+    m_preview = new ElidedLabel(QString(), m_previewRow);
+    m_preview->setObjectName(QStringLiteral("placeholderPreview"));
+    m_preview->setFont(UiTheme::caption());
+    previewLayout->addWidget(m_preview, 1);
+    column->addWidget(m_previewRow);
+
+    m_warning = new ElidedLabel(QString(), this);
+    m_warning->setObjectName(QStringLiteral("placeholderWarning"));
+    m_warning->setFont(UiTheme::caption());
+    m_warning->setColor(UiTheme::orange());
+    column->addWidget(m_warning);
+
+    // The button lives in the form's layout beside the content field, so it is parented to
+    // the form, not to this widget.
+    m_menuButton = new QToolButton(parent);
+    m_menuButton->setObjectName(QStringLiteral("placeholderMenuButton"));
+    m_menuButton->setText(tr("{ }"));
+    m_menuButton->setToolTip(tr("Insert a placeholder"));
+    m_menuButton->setAccessibleName(tr("Insert a placeholder"));
+    m_menuButton->setPopupMode(QToolButton::InstantPopup);
+    m_menuButton->setAutoRaise(true);
+    m_menuButton->setFocusPolicy(Qt::TabFocus);
+    auto* menu = new QMenu(m_menuButton);
+    menu->setObjectName(QStringLiteral("placeholderMenu"));
+    const auto addInsert = [this, menu](const QString& label, const QString& name) {
+        QAction* action = menu->addAction(label);
+        action->setObjectName(QStringLiteral("insert-") + name);
+        connect(action, &QAction::triggered, this,
+                [this, name] { insert(QStringLiteral("{{%1}}").arg(name)); });
+    };
+    addInsert(tr("Date"), QStringLiteral("date"));
+    addInsert(tr("Time"), QStringLiteral("time"));
+    QAction* dateFormat = menu->addAction(tr("Date in a format…"));
+    dateFormat->setObjectName(QStringLiteral("insert-date-format"));
+    connect(dateFormat, &QAction::triggered, this, &PlaceholderBar::askForDateFormat);
+    addInsert(tr("Clipboard"), QStringLiteral("clipboard"));
+    addInsert(tr("Cursor position"), QStringLiteral("cursor"));
+    m_menuButton->setMenu(menu);
+
+    m_clockTimer.setInterval(1000);
+    connect(&m_clockTimer, &QTimer::timeout, this, &PlaceholderBar::refresh);
+    connect(m_editor, &QPlainTextEdit::textChanged, this, &PlaceholderBar::refresh);
+    connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, [this] {
+        m_clipboard.reset();
+        refresh();
+    });
+    refresh();
+}
+
+QString PlaceholderBar::previewText() const {
+    return m_preview->text();
+}
+QString PlaceholderBar::warningText() const {
+    return m_warning->toolTip();
+}
+bool PlaceholderBar::isPreviewShown() const {
+    return !m_previewRow->isHidden();
+}
+bool PlaceholderBar::isWarningShown() const {
+    return !m_warning->isHidden();
+}
+
+void PlaceholderBar::setAvailable(bool available) {
+    setVisible(available);
+    m_menuButton->setEnabled(available);
+}
+
+std::optional<QString> PlaceholderBar::clipboardText() {
+    if (!m_clipboard) {
+        // Read once per change of the clipboard: on X11 each read asks the program that owns it.
+        const QMimeData* data = QGuiApplication::clipboard()->mimeData();
+        m_clipboard = std::optional<QString>();
+        if (data && data->hasText() && !data->text().isEmpty())
+            m_clipboard = std::optional<QString>(data->text());
+    }
+    return *m_clipboard;
+}
+
+void PlaceholderBar::refresh() {
+    const PlaceholderText placeholders(m_editor->text());
+    const bool dynamic = placeholders.isDynamic();
+    if (dynamic) {
+        std::optional<QString> clipboard;
+        if (placeholders.uses(PlaceholderText::Kind::Clipboard))
+            clipboard = clipboardText();
+        m_preview->setText(
+            placeholders.render(QDateTime::currentDateTime(), clipboard, QLocale()).text);
+    } else {
+        m_preview->setText(QString());
+    }
+    m_previewRow->setVisible(dynamic);
+    const bool showsClock = placeholders.uses(PlaceholderText::Kind::Date) ||
+                            placeholders.uses(PlaceholderText::Kind::Time);
+    if (showsClock && !m_clockTimer.isActive())
+        m_clockTimer.start();
+    else if (!showsClock)
+        m_clockTimer.stop();
+
+    QStringList lines;
+    for (const auto& issue : placeholders.issues()) {
+        const QString line = warningFor(issue);
+        if (!lines.contains(line))
+            lines.append(line);
+    }
+    const QString first = lines.value(0);
+    m_warning->setText(lines.size() > 1 ? tr("%n problem(s) with braces. %1", nullptr,
+                                             int(lines.size()))
+                                              .arg(first)
+                                        : first);
+    m_warning->setToolTip(lines.join(u'\n'));
+    m_warning->setVisible(!lines.isEmpty());
+}
+
+void PlaceholderBar::insert(const QString& placeholder) {
+    QTextCursor cursor = m_editor->textCursor();
+    cursor.insertText(placeholder);
+    m_editor->setTextCursor(cursor);
+    m_editor->setFocus();
+}
+
+void PlaceholderBar::askForDateFormat() {
+    auto* dialog = new QInputDialog(window());
+    dialog->setObjectName(QStringLiteral("dateFormatDialog"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowModality(Qt::WindowModal);
+    dialog->setWindowTitle(tr("Date in a Format"));
+    dialog->setLabelText(tr("Format of the date and time, for example yyyy-MM-dd or "
+                            "dd.MM.yyyy HH:mm:"));
+    dialog->setTextValue(QStringLiteral("yyyy-MM-dd"));
+    connect(dialog, &QInputDialog::textValueSelected, this, [this](const QString& format) {
+        // A format cannot reach over a line or hold the closing braces.
+        QString clean = format;
+        clean.remove(u'\n').remove(u'\r').remove(QStringLiteral("}}"));
+        insert(clean.isEmpty() ? QStringLiteral("{{date}}")
+                               : QStringLiteral("{{date:%1}}").arg(clean));
+    });
+    dialog->open();
+}
