@@ -51,10 +51,9 @@ ImportPlan AutoKeyPhraseFolder::read(const QString& folder) {
         if (parseError.error != QJsonParseError::NoError || !document.isObject())
             return ImportPlan::failure(
                 folder, tr("%1 is not a JSON object: %2 (at character %3).")
-                            .arg(settingsPath,
-                                 parseError.error != QJsonParseError::NoError
-                                     ? parseError.errorString()
-                                     : tr("it holds another JSON value"))
+                            .arg(settingsPath, parseError.error != QJsonParseError::NoError
+                                                   ? parseError.errorString()
+                                                   : tr("it holds another JSON value"))
                             .arg(parseError.offset));
         const QJsonArray abbreviations = document.object()
                                              .value(QLatin1String("abbreviation"))
@@ -65,8 +64,8 @@ ImportPlan AutoKeyPhraseFolder::read(const QString& folder) {
         for (const QJsonValue& abbreviation : abbreviations) {
             if (!abbreviation.isString())
                 continue;
-            plan.addSnippet(Snippet::create(abbreviation.toString(), QString::fromUtf8(content),
-                                            category.id));
+            plan.addSnippet(
+                Snippet::create(abbreviation.toString(), QString::fromUtf8(content), category.id));
             ++taken;
         }
         if (taken == 0)

@@ -6,11 +6,17 @@
 #include <yaml-cpp/yaml.h>
 
 namespace {
-QString text(const YAML::Node& scalar) { return QString::fromStdString(scalar.Scalar()); }
+QString text(const YAML::Node& scalar) {
+    return QString::fromStdString(scalar.Scalar());
+}
 
 // A missing key gives a node that throws when asked its type; it is neither kind here.
-bool isScalar(const YAML::Node& node) { return node.IsDefined() && node.IsScalar(); }
-bool isSequence(const YAML::Node& node) { return node.IsDefined() && node.IsSequence(); }
+bool isScalar(const YAML::Node& node) {
+    return node.IsDefined() && node.IsScalar();
+}
+bool isSequence(const YAML::Node& node) {
+    return node.IsDefined() && node.IsSequence();
+}
 
 // The triggers of one match, or none when it has no usable trigger.
 QStringList triggersOf(const YAML::Node& match) {

@@ -75,7 +75,8 @@ ImportPlan TypoletLibraryFile::decode(const QString& path, const QByteArray& jso
     ImportPlan plan;
     plan.source = path;
     int unreadable = 0;
-    plan.categories = RecordCodec::decodeCategories(compact(kCategories), &unreadable).value_or(QList<Category>{});
+    plan.categories = RecordCodec::decodeCategories(compact(kCategories), &unreadable)
+                          .value_or(QList<Category>{});
     const QList<Snippet> snippets =
         RecordCodec::decodeSnippets(compact(kSnippets), &unreadable).value_or(QList<Snippet>{});
     plan.skipped = unreadable;
