@@ -65,9 +65,9 @@ ImportDialog::ImportDialog(SnippetStore& store, ImportPlan plan, QWidget* parent
     m_table->resizeColumnToContents(clashColumn);
 
     const QString source = QFileInfo(m_plan.source).fileName();
-    QStringList summary{tr("%n snippet(s) to import from \u201C%1\u201D.", nullptr,
-                           int(m_plan.snippets.size()))
-                            .arg(source)};
+    QStringList summary{
+        tr("%n snippet(s) to import from \u201C%1\u201D.", nullptr, int(m_plan.snippets.size()))
+            .arg(source)};
     if (m_plan.skipped > 0)
         summary.append(tr("%n entry(ies) of it cannot become snippets and will be left out.",
                           nullptr, m_plan.skipped));

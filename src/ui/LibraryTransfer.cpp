@@ -33,7 +33,9 @@ QList<QAction*> LibraryTransfer::actions() const {
     return {m_import, m_importFolder, m_export, m_exportCategory};
 }
 
-ImportDialog* LibraryTransfer::importDialog() const { return m_importDialog; }
+ImportDialog* LibraryTransfer::importDialog() const {
+    return m_importDialog;
+}
 
 QString LibraryTransfer::startFolder() const {
     return m_lastFolder.isEmpty()
@@ -43,7 +45,7 @@ QString LibraryTransfer::startFolder() const {
 
 void LibraryTransfer::importFile() {
     const QString path = QFileDialog::getOpenFileName(
-        m_view.window(), tr("Import Snippets"), startFolder(),
+        m_view.window(), tr("Choose a File to Import"), startFolder(),
         tr("Snippet files (*.json *.yml *.yaml);;Typolet library (*.json);;espanso match file "
            "(*.yml *.yaml);;All files (*)"));
     if (!path.isEmpty())
@@ -52,7 +54,7 @@ void LibraryTransfer::importFile() {
 
 void LibraryTransfer::importFolder() {
     const QString path = QFileDialog::getExistingDirectory(
-        m_view.window(), tr("Import AutoKey Folder"), startFolder());
+        m_view.window(), tr("Choose an AutoKey Folder to Import"), startFolder());
     if (!path.isEmpty())
         importFrom(path);
 }
@@ -104,8 +106,8 @@ void LibraryTransfer::exportTo(const QString& suggestedName, const QList<Categor
 }
 
 void LibraryTransfer::showError(const QString& title, const QString& message) {
-    auto* alert = new QMessageBox(QMessageBox::Warning, title, message, QMessageBox::Ok,
-                                  m_view.window());
+    auto* alert =
+        new QMessageBox(QMessageBox::Warning, title, message, QMessageBox::Ok, m_view.window());
     alert->setAttribute(Qt::WA_DeleteOnClose);
     alert->setWindowModality(Qt::WindowModal);
     alert->open();

@@ -1,7 +1,7 @@
 // Importing a match file from the editor: the dialog shows the command that clashes, and the
 // choice made for it is what the store does.
-#include "GuiTestSupport.h"
 #include "ImportDialog.h"
+#include "GuiTestSupport.h"
 #include "LibraryTransfer.h"
 
 #include <QComboBox>

@@ -67,8 +67,8 @@ private slots:
         SnippetStore full(fullSettings.path()), empty(emptySettings.path());
         QVERIFY(!full.addCategory("Work"));
         const Category work = full.categories().last();
-        QVERIFY(!full.addSnippet(Snippet(QUuid::createUuid(), ";a", "A\n\"quoted\" é", 12.5,
-                                         work.id)));
+        QVERIFY(
+            !full.addSnippet(Snippet(QUuid::createUuid(), ";a", "A\n\"quoted\" é", 12.5, work.id)));
         QVERIFY(!full.addSnippet(Snippet::create(";b", "B", Category::defaultCategoryId)));
         QTemporaryDir dir;
         const QString path = dir.filePath("library.json");
@@ -145,25 +145,39 @@ matches:
         QTest::addColumn<QString>("picked");
         QTest::addColumn<QString>("named"); // file the message names
         QTest::addColumn<QString>("says");
-        QTest::newRow("bad YAML") << Files{{"m.yml", "matches:\n  - trigger: \":a\"\n   replace: [\n"}}
-                                  << "m.yml" << "m.yml" << "line 3";
-        QTest::newRow("no matches") << Files{{"m.yaml", "imports: []\n"}} << "m.yaml" << "m.yaml"
+        QTest::newRow("bad YAML") << Files{{"m.yml",
+                                            "matches:\n  - trigger: \":a\"\n   replace: [\n"}}
+                                  << "m.yml"
+                                  << "m.yml"
+                                  << "line 3";
+        QTest::newRow("no matches") << Files{{"m.yaml", "imports: []\n"}} << "m.yaml"
+                                    << "m.yaml"
                                     << "matches";
         QTest::newRow("bad JSON") << Files{{"l.json", R"({"version": 1, "snippets": [)"}}
-                                  << "l.json" << "l.json" << "JSON";
+                                  << "l.json"
+                                  << "l.json"
+                                  << "JSON";
         QTest::newRow("newer version")
             << Files{{"l.json", R"({"version": 2, "categories": [], "snippets": []})"}} << "l.json"
-            << "l.json" << "newer";
-        QTest::newRow("not a library") << Files{{"l.json", "[]"}} << "l.json" << "l.json"
+            << "l.json"
+            << "newer";
+        QTest::newRow("not a library") << Files{{"l.json", "[]"}} << "l.json"
+                                       << "l.json"
                                        << "version";
-        QTest::newRow("unreadable") << Files{} << "gone.json" << "gone.json" << "could not be read";
+        QTest::newRow("unreadable") << Files{} << "gone.json"
+                                    << "gone.json"
+                                    << "could not be read";
         QTest::newRow("phrase without settings")
             << Files{{"P/a.txt", "a"}, {"P/.a.json", phraseSettings(R"("a")")}, {"P/b.txt", "b"}}
-            << "P" << ".b.json" << "settings";
+            << "P"
+            << ".b.json"
+            << "settings";
         QTest::newRow("phrase settings not JSON")
-            << Files{{"P/a.txt", "a"}, {"P/.a.json", "{abbreviation"}} << "P" << ".a.json"
+            << Files{{"P/a.txt", "a"}, {"P/.a.json", "{abbreviation"}} << "P"
+            << ".a.json"
             << "JSON";
-        QTest::newRow("folder without phrases") << Files{{"P/notes.md", "x"}} << "P" << "P"
+        QTest::newRow("folder without phrases") << Files{{"P/notes.md", "x"}} << "P"
+                                                << "P"
                                                 << "no phrases";
     }
     void malformedInputIsRefused() {
@@ -196,9 +210,9 @@ matches:
         QTest::addColumn<QStringList>("stored");
         QTest::newRow("skip") << int(ImportPlan::Resolution::skip)
                               << QStringList{";a=old@", ";new=n@Imported"};
-        QTest::newRow("keep both") << int(ImportPlan::Resolution::keepBoth)
-                                   << QStringList{";a=old@", ";a=imported@Imported",
-                                                  ";new=n@Imported"};
+        QTest::newRow("keep both")
+            << int(ImportPlan::Resolution::keepBoth)
+            << QStringList{";a=old@", ";a=imported@Imported", ";new=n@Imported"};
         QTest::newRow("replace") << int(ImportPlan::Resolution::replace)
                                  << QStringList{";a=imported@", ";new=n@Imported"};
     }
