@@ -357,10 +357,6 @@ This will permanently delete all %n snippet(s) in this category.</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>%1 holds no snippets that Typolet can use.</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Typolet Library</source>
         <translation type="unfinished"></translation>
     </message>
@@ -379,6 +375,12 @@ This will permanently delete all %n snippet(s) in this category.</source>
     <message>
         <source>Export “%1”…</source>
         <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%1 holds no snippets that Typolet can use (%n entry(ies) left out).</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+        </translation>
     </message>
 </context>
 <context>

@@ -365,10 +365,6 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>%1 holds no snippets that Typolet can use.</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Typolet Library</source>
         <translation type="unfinished"></translation>
     </message>
@@ -387,6 +383,13 @@ This will permanently delete all %n snippets in this category.</numerusform>
     <message>
         <source>Export “%1”…</source>
         <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%1 holds no snippets that Typolet can use (%n entry(ies) left out).</source>
+        <translation>
+            <numerusform>%1 holds no snippets that Typolet can use (%n entry left out).</numerusform>
+            <numerusform>%1 holds no snippets that Typolet can use (%n entries left out).</numerusform>
+        </translation>
     </message>
 </context>
 <context>

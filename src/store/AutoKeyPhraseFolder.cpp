@@ -71,5 +71,8 @@ ImportPlan AutoKeyPhraseFolder::read(const QString& folder) {
         if (taken == 0)
             ++plan.skipped;
     }
+    // A folder with nothing usable brings no empty category either.
+    if (plan.snippets.isEmpty())
+        plan.categories.clear();
     return plan;
 }

@@ -65,6 +65,9 @@ ImportPlan EspansoMatchFile::decode(const QString& path, const QByteArray& yaml)
             for (const QString& trigger : triggers)
                 plan.addSnippet(Snippet::create(trigger, text(replace), category.id));
         }
+        // A file with nothing usable brings no empty category either.
+        if (plan.snippets.isEmpty())
+            plan.categories.clear();
     } catch (const YAML::Exception& error) {
         const QString what = QString::fromStdString(error.msg);
         if (error.mark.is_null())

@@ -68,7 +68,9 @@ void LibraryTransfer::importFrom(const QString& path) {
     }
     if (plan.snippets.isEmpty() && plan.categories.isEmpty()) {
         showError(tr("Nothing to Import"),
-                  tr("%1 holds no snippets that Typolet can use.").arg(path));
+                  tr("%1 holds no snippets that Typolet can use (%n entry(ies) left out).",
+                     nullptr, plan.skipped)
+                      .arg(path));
         return;
     }
     if (m_importDialog)
