@@ -271,6 +271,7 @@ std::optional<DataError> SnippetStore::importSnippets(const ImportPlan& plan) {
             snippets.append(Snippet(freeId(snippetIdsInUse, candidate.id), candidate.command,
                                     candidate.content, candidate.createdAt,
                                     storeCategory(candidate.categoryId)));
+            snippets.last().trigger = candidate.trigger;
             snippetsChanged = true;
         }
     }

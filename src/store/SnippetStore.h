@@ -57,7 +57,7 @@ public:
     // of theirs is skipped); a candidate whose category is neither in the plan nor in the
     // store goes to the default category. A candidate whose command is already a snippet's
     // is resolved as the plan says: skipped, kept both, or put in place of the existing
-    // snippet's content (its id, creation time and category stay). Ids already in use are
+    // snippet's content (its id, creation time, category and trigger stay). Ids already in use are
     // replaced by fresh ones. A plan that failed to read is refused.
     [[nodiscard]] std::optional<DataError> importSnippets(const ImportPlan& plan);
 

@@ -7,24 +7,32 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSaveFile>
+#include <QSet>
 
 namespace {
 const QLatin1String kVersion("version");
 const QLatin1String kCategories("categories");
 const QLatin1String kSnippets("snippets");
+// The ids of the snippets that wait for a word to end: the store keeps them beside its list
+// too, so the records stay exactly the stored ones.
+const QLatin1String kAfterWordEnd("afterWordEnd");
 } // namespace
 
 QByteArray TypoletLibraryFile::encode(const QList<Category>& categories,
                                       const QList<Snippet>& snippets) {
-    QJsonArray categoryArray, snippetArray;
+    QJsonArray categoryArray, snippetArray, afterWordEnd;
     for (const Category& category : categories)
         categoryArray.append(RecordCodec::encode(category));
-    for (const Snippet& snippet : snippets)
+    for (const Snippet& snippet : snippets) {
         snippetArray.append(RecordCodec::encode(snippet));
+        if (snippet.expandsAfterWordEnd())
+            afterWordEnd.append(RecordCodec::uuidString(snippet.id));
+    }
     QJsonObject root;
     root.insert(kVersion, version);
     root.insert(kCategories, categoryArray);
     root.insert(kSnippets, snippetArray);
+    root.insert(kAfterWordEnd, afterWordEnd);
     return QJsonDocument(root).toJson(QJsonDocument::Indented);
 }
 
@@ -80,7 +88,15 @@ ImportPlan TypoletLibraryFile::decode(const QString& path, const QByteArray& jso
     const QList<Snippet> snippets =
         RecordCodec::decodeSnippets(compact(kSnippets), &unreadable).value_or(QList<Snippet>{});
     plan.skipped = unreadable;
-    for (const Snippet& snippet : snippets)
+    QSet<QUuid> afterWordEnd; // optional: older files have none
+    for (const QJsonValue& id : root.value(kAfterWordEnd).toArray()) {
+        if (const auto parsed = RecordCodec::parseUuid(id.toString()))
+            afterWordEnd.insert(*parsed);
+    }
+    for (Snippet snippet : snippets) {
+        if (afterWordEnd.contains(snippet.id))
+            snippet.trigger = Snippet::Trigger::AfterWordEnd;
         plan.addSnippet(snippet);
+    }
     return plan;
 }

@@ -10,9 +10,10 @@
 #include <optional>
 
 // Typolet's own library file, for export and import: a pretty-printed JSON object
-//   {"categories": [...], "snippets": [...], "version": 1}
-// whose records are exactly the stored ones (RecordCodec), so a library exported and imported
-// into an empty store gives the same records back.
+//   {"afterWordEnd": [ids], "categories": [...], "snippets": [...], "version": 1}
+// whose records are exactly the stored ones (RecordCodec), and the ids of the snippets that
+// wait for a word to end beside them, as the store keeps them; so a library exported and
+// imported into an empty store gives the same records back.
 class TypoletLibraryFile {
     Q_DECLARE_TR_FUNCTIONS(TypoletLibraryFile)
 public:

@@ -35,10 +35,11 @@ QStringList described(const ImportPlan& plan) {
 QStringList records(const QList<Snippet>& snippets) {
     QStringList result;
     for (const Snippet& s : snippets)
-        result.append(QString("%1 %2=%3 %4 %5")
+        result.append(QString("%1 %2=%3 %4 %5 %6")
                           .arg(s.id.toString(), s.command, s.content)
                           .arg(s.createdAt)
-                          .arg(s.categoryId.toString()));
+                          .arg(s.categoryId.toString())
+                          .arg(s.expandsAfterWordEnd()));
     result.sort();
     return result;
 }
@@ -69,7 +70,8 @@ private slots:
         const Category work = full.categories().last();
         QVERIFY(
             !full.addSnippet(Snippet(QUuid::createUuid(), ";a", "A\n\"quoted\" é", 12.5, work.id)));
-        QVERIFY(!full.addSnippet(Snippet::create(";b", "B", Category::defaultCategoryId)));
+        QVERIFY(!full.addSnippet(Snippet::create(";b", "B", Category::defaultCategoryId,
+                                                 Snippet::Trigger::AfterWordEnd)));
         QTemporaryDir dir;
         const QString path = dir.filePath("library.json");
         QVERIFY(!TypoletLibraryFile::write(path, full.categories(), full.snippets()));
