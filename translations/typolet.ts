@@ -633,6 +633,21 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
 </context>
 <context>
+    <name>TriggerOption</name>
+    <message>
+        <source>Expand only after a word ends</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Wait for a space, Tab, Return or punctuation after the command; it stays after the content.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Expand “%1” only after a word ends</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>TypoletLibraryFile</name>
     <message>
         <source>Could not write %1: %2</source>
