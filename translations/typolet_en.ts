@@ -75,6 +75,29 @@
     </message>
 </context>
 <context>
+    <name>AutoKeyPhraseFolder</name>
+    <message>
+        <source>%1 is not a folder that can be read.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 holds no phrases: none of its files is a NAME.txt with a .NAME.json beside it.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 has no settings file %2 beside it, so its abbreviations are unknown.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is not a JSON object: %2 (at character %3).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it holds another JSON value</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>CategoryRowView</name>
     <message>
         <source>Edit Category</source>
@@ -191,6 +214,21 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
 </context>
 <context>
+    <name>EspansoMatchFile</name>
+    <message>
+        <source>%1 has no “matches” list, so it holds no snippets to import.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is not valid YAML: %2.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is not valid YAML: %2 (line %3, column %4).</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>FormParts</name>
     <message>
         <source>Cancel</source>
@@ -207,6 +245,151 @@ This will permanently delete all %n snippets in this category.</numerusform>
     <message>
         <source>Add</source>
         <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>ImportDialog</name>
+    <message>
+        <source>Import Snippets</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Command</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Content</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Category</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Command Already Exists</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%n snippet(s) to import from “%1”.</source>
+        <translation>
+            <numerusform>%n snippet to import from “%1”.</numerusform>
+            <numerusform>%n snippets to import from “%1”.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n entry(ies) of it cannot become snippets and will be left out.</source>
+        <translation>
+            <numerusform>%n entry of it cannot become a snippet and will be left out.</numerusform>
+            <numerusform>%n entries of it cannot become snippets and will be left out.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n command(s) are already in your library: choose what to do with each.</source>
+        <translation>
+            <numerusform>%n command is already in your library: choose what to do with it.</numerusform>
+            <numerusform>%n commands are already in your library: choose what to do with each.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>For every command already in the library:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Import</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Skip</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keep Both</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Replace</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Import Failed</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>LibraryImport</name>
+    <message>
+        <source>%1 could not be read: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is too large to import (%2 MB; at most %3 MB).</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>LibraryTransfer</name>
+    <message>
+        <source>Import…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Import AutoKey Folder…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Export…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Export Category…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Choose a File to Import</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Snippet files (*.json *.yml *.yaml);;Typolet library (*.json);;espanso match file (*.yml *.yaml);;All files (*)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Choose an AutoKey Folder to Import</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Import Failed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nothing to Import</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet Library</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Export Snippets</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet library (*.json)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Export Failed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Export “%1”…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%1 holds no snippets that Typolet can use (%n entry(ies) left out).</source>
+        <translation>
+            <numerusform>%1 holds no snippets that Typolet can use (%n entry left out).</numerusform>
+            <numerusform>%1 holds no snippets that Typolet can use (%n entries left out).</numerusform>
+        </translation>
     </message>
 </context>
 <context>
@@ -529,6 +712,40 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
     <message>
         <source>Exclude “%1”</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>TriggerOption</name>
+    <message>
+        <source>Expand only after a word ends</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Wait for a space, Tab, Return or punctuation after the command; it stays after the content.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Expand “%1” only after a word ends</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>TypoletLibraryFile</name>
+    <message>
+        <source>Could not write %1: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is not valid JSON: %2 (at character %3).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is not a Typolet library: it needs a “version” number and ᳊tegories” and “snippets” lists.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 was written by a newer Typolet (library version %2); this one reads version %3 and older.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

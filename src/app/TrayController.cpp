@@ -57,6 +57,11 @@ void TrayController::showPauseKeys(const QKeySequence& keys) {
                                                 keys.toString(QKeySequence::NativeText));
 }
 
+void TrayController::addLibraryActions(const QList<QAction*>& actions) {
+    m_fileMenu->insertActions(m_pauseAction, actions);
+    m_fileMenu->insertSeparator(m_pauseAction);
+}
+
 void TrayController::setupMainMenu(QMainWindow* mainWindow) {
     m_applicationMenu = mainWindow->menuBar()->addMenu(QStringLiteral("Typolet"));
 

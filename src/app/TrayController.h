@@ -65,6 +65,8 @@ public:
     // Shows the desktop-wide keys that pause, beside "Pause Expansion" (shown, not bound:
     // the keys reach Typolet through their grab, not through the menus).
     void showPauseKeys(const QKeySequence& keys);
+    // Puts the library's import and export entries at the top of the File menu.
+    void addLibraryActions(const QList<QAction*>& actions);
     void setLastApplicationSource(std::function<QString()> source) {
         m_lastApplication = std::move(source);
     }

@@ -2,6 +2,7 @@
 #include "ContentView.h"
 #include "Logging.h"
 #include "EngineBootstrap.h"
+#include "LibraryTransfer.h"
 #include "Autostart.h"
 #include "Preferences.h"
 #include "SnippetStore.h"
@@ -82,13 +83,21 @@ int main(int argc, char* argv[]) {
     // and the tray icon. A second launch starts none of them; it wakes the running Typolet.
     Autostart autostart(std::make_unique<XdgAutostartBackend>());
     Preferences preferences;
+    ContentView* editor = nullptr; // owned by the main window
     TypoletApp typolet(
         {[&engine, &store] { engine.start(store); },
          {}, // the permission check is part of EngineBootstrap::start
-         [&store] { return std::make_unique<ContentView>(store); }},
+         [&store, &editor] {
+             auto view = std::make_unique<ContentView>(store);
+             editor = view.get();
+             return view;
+         }},
         autostart, preferences);
     if (!typolet.start())
         return 0;
+    // Import and export in the File menu, for the library and the category the editor shows.
+    LibraryTransfer transfer(store, *editor);
+    typolet.trayController()->addLibraryActions(transfer.actions());
 
     // A termination signal cannot answer the quit question: it ends Typolet at once.
     if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) == 0) {

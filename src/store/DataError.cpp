@@ -12,6 +12,7 @@ QString DataError::description() const {
         return QCoreApplication::translate(
             "DataError", "Enter a command: a blank one would expand on every key");
     case Kind::notSaved:
+    case Kind::unreadableImport:
         return m_why;
     }
     return {};

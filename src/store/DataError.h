@@ -5,13 +5,17 @@
 // Why the store refused or could not keep a change.
 class DataError {
 public:
-    enum class Kind { duplicateCategoryName, duplicateCommand, blankCommand, notSaved };
+    enum class Kind { duplicateCategoryName, duplicateCommand, blankCommand, notSaved, unreadableImport };
 
     static DataError duplicateCategoryName() { return DataError(Kind::duplicateCategoryName); }
     static DataError duplicateCommand() { return DataError(Kind::duplicateCommand); }
     static DataError blankCommand() { return DataError(Kind::blankCommand); }
     // The change is in memory but not on disk; `why` names the file and the reason.
     static DataError notSaved(QString why) { return DataError(Kind::notSaved, std::move(why)); }
+    // An import whose file could not be read; `why` names the file and what is wrong with it.
+    static DataError unreadableImport(QString why) {
+        return DataError(Kind::unreadableImport, std::move(why));
+    }
 
     Kind kind() const { return m_kind; }
     // The text the forms show.

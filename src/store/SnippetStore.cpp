@@ -6,6 +6,7 @@
 
 #include <QDateTime>
 #include <QFile>
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QSet>
@@ -185,6 +186,106 @@ std::optional<DataError> SnippetStore::deleteCategory(const Category& category) 
     // One write carries both lists when the first fails (see write()).
     const std::optional<QString> categoriesError = saveCategories();
     const std::optional<QString> snippetsError = saveSnippets();
+    return saved(snippetsError ? snippetsError : categoriesError);
+}
+
+std::optional<Snippet> SnippetStore::snippetWithCommand(const QString& command) const {
+    for (const Snippet& snippet : m_snippets) {
+        if (snippet.command == command)
+            return snippet;
+    }
+    return std::nullopt;
+}
+
+std::optional<DataError> SnippetStore::importSnippets(const ImportPlan& plan) {
+    if (plan.failed())
+        return DataError::unreadableImport(plan.error);
+
+    // What becomes of each candidate, decided against the library as it is before the import
+    // (candidates never clash with each other).
+    enum class Action { skip, add, replace };
+    QHash<QString, qsizetype> existingCommands;
+    for (qsizetype i = m_snippets.size() - 1; i >= 0; --i)
+        existingCommands.insert(m_snippets[i].command, i);
+    QList<Action> actions;
+    QHash<QUuid, int> candidatesIn, addedIn; // by the plan's category id
+    for (qsizetype i = 0; i < plan.snippets.size(); ++i) {
+        const Snippet& candidate = plan.snippets[i];
+        const auto resolution = plan.resolutions.value(i, ImportPlan::Resolution::skip);
+        Action action = Action::add;
+        if (isBlankCommand(candidate.command))
+            action = Action::skip;
+        else if (existingCommands.contains(candidate.command))
+            action = resolution == ImportPlan::Resolution::keepBoth ? Action::add
+                     : resolution == ImportPlan::Resolution::replace ? Action::replace
+                                                                     : Action::skip;
+        actions.append(action);
+        ++candidatesIn[candidate.categoryId];
+        if (action == Action::add)
+            ++addedIn[candidate.categoryId];
+    }
+
+    // A record keeps the id it comes with unless that id is taken: two records with one id
+    // would be one record to every lookup.
+    QSet<QUuid> categoryIdsInUse, snippetIdsInUse;
+    for (const Category& category : std::as_const(m_categories))
+        categoryIdsInUse.insert(category.id);
+    for (const Snippet& snippet : std::as_const(m_snippets))
+        snippetIdsInUse.insert(snippet.id);
+    const auto freeId = [](QSet<QUuid>& inUse, const QUuid& wanted) {
+        const QUuid id = inUse.contains(wanted) ? QUuid::createUuid() : wanted;
+        inUse.insert(id);
+        return id;
+    };
+
+    QList<Category> categories = m_categories;
+    QHash<QUuid, QUuid> categoryIds; // the plan's id -> the store's
+    for (const Category& imported : plan.categories) {
+        if (categoryIds.contains(imported.id))
+            continue;
+        const QString name = imported.name.toLower();
+        const auto same = std::find_if(categories.cbegin(), categories.cend(),
+                                       [&](const Category& c) { return c.name.toLower() == name; });
+        if (same != categories.cend()) {
+            categoryIds.insert(imported.id, same->id);
+        } else if (candidatesIn.value(imported.id) == 0 || addedIn.value(imported.id) > 0) {
+            const QUuid id = freeId(categoryIdsInUse, imported.id);
+            categories.append(Category(id, imported.name, imported.createdAt));
+            categoryIds.insert(imported.id, id);
+        }
+    }
+    const auto storeCategory = [&](const QUuid& planId) {
+        if (const auto found = categoryIds.constFind(planId); found != categoryIds.cend())
+            return *found;
+        return category(planId) ? planId : Category::defaultCategoryId;
+    };
+
+    QList<Snippet> snippets = m_snippets;
+    bool snippetsChanged = false;
+    for (qsizetype i = 0; i < plan.snippets.size(); ++i) {
+        const Snippet& candidate = plan.snippets[i];
+        if (actions[i] == Action::replace) {
+            snippets[existingCommands.value(candidate.command)].content = candidate.content;
+            snippetsChanged = true;
+        } else if (actions[i] == Action::add) {
+            snippets.append(Snippet(freeId(snippetIdsInUse, candidate.id), candidate.command,
+                                    candidate.content, candidate.createdAt,
+                                    storeCategory(candidate.categoryId)));
+            snippets.last().trigger = candidate.trigger;
+            snippetsChanged = true;
+        }
+    }
+
+    const bool categoriesChanged = categories.size() != m_categories.size();
+    if (categoriesChanged)
+        setCategories(std::move(categories));
+    if (snippetsChanged)
+        setSnippets(std::move(snippets));
+    // One save of each list that changed; a failed write keeps its list for the next one
+    // (see write()), so the snippets' save carries the categories too.
+    const std::optional<QString> categoriesError =
+        categoriesChanged ? saveCategories() : std::nullopt;
+    const std::optional<QString> snippetsError = snippetsChanged ? saveSnippets() : std::nullopt;
     return saved(snippetsError ? snippetsError : categoriesError);
 }
 

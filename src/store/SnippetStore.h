@@ -2,6 +2,7 @@
 
 #include "Category.h"
 #include "DataError.h"
+#include "ImportPlan.h"
 #include "Snippet.h"
 #include "SnippetListEncoder.h"
 
@@ -51,6 +52,14 @@ public:
                                                           const QString& newName);
     // The category and its snippets; the default category stays.
     [[nodiscard]] std::optional<DataError> deleteCategory(const Category& category);
+    // Everything `plan` adds, as one change saved once. The plan's categories are matched to
+    // existing ones by name, ignoring case, and created when missing (unless every candidate
+    // of theirs is skipped); a candidate whose category is neither in the plan nor in the
+    // store goes to the default category. A candidate whose command is already a snippet's
+    // is resolved as the plan says: skipped, kept both, or put in place of the existing
+    // snippet's content (its id, creation time, category and trigger stay). Ids already in use are
+    // replaced by fresh ones. A plan that failed to read is refused.
+    [[nodiscard]] std::optional<DataError> importSnippets(const ImportPlan& plan);
 
     // Direct changes to the snippet list for loading many at once (and for tests); they are
     // not saved until saveSnippets(). Appending a snippet with a blank command is refused.
@@ -82,6 +91,8 @@ public:
 
     // The first category with this id.
     std::optional<Category> category(const QUuid& id) const;
+    // The first snippet with this command.
+    std::optional<Snippet> snippetWithCommand(const QString& command) const;
 
     // Where the lists are kept on disk.
     QString settingsPath() const;

@@ -1,0 +1,78 @@
+#include "AutoKeyPhraseFolder.h"
+
+#include "LibraryImport.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+ImportPlan AutoKeyPhraseFolder::read(const QString& folder) {
+    const QFileInfo folderInfo(folder);
+    if (!folderInfo.isDir() || !folderInfo.isReadable())
+        return ImportPlan::failure(folder, tr("%1 is not a folder that can be read.").arg(folder));
+
+    // In a fixed order, whatever order the file system lists them in.
+    QStringList phrases;
+    QDirIterator found(folder, {QStringLiteral("*.txt")}, QDir::Files,
+                       QDirIterator::Subdirectories);
+    while (found.hasNext())
+        phrases.append(found.next());
+    phrases.sort();
+    if (phrases.isEmpty())
+        return ImportPlan::failure(
+            folder, tr("%1 holds no phrases: none of its files is a NAME.txt with a .NAME.json "
+                       "beside it.")
+                        .arg(folder));
+
+    const Category category = Category::create(folderInfo.fileName());
+    ImportPlan plan;
+    plan.source = folder;
+    plan.categories.append(category);
+    for (const QString& phrase : phrases) {
+        const QFileInfo txt(phrase);
+        const QString settingsPath =
+            txt.dir().filePath(QLatin1Char('.') + txt.completeBaseName() + QStringLiteral(".json"));
+        if (!QFileInfo::exists(settingsPath))
+            return ImportPlan::failure(
+                folder, tr("%1 has no settings file %2 beside it, so its abbreviations are "
+                           "unknown.")
+                            .arg(phrase, settingsPath));
+        QByteArray content, settings;
+        if (const auto error = LibraryImport::readFile(phrase, content))
+            return ImportPlan::failure(folder, *error);
+        if (const auto error = LibraryImport::readFile(settingsPath, settings))
+            return ImportPlan::failure(folder, *error);
+
+        QJsonParseError parseError{};
+        const QJsonDocument document = QJsonDocument::fromJson(settings, &parseError);
+        if (parseError.error != QJsonParseError::NoError || !document.isObject())
+            return ImportPlan::failure(
+                folder, tr("%1 is not a JSON object: %2 (at character %3).")
+                            .arg(settingsPath, parseError.error != QJsonParseError::NoError
+                                                   ? parseError.errorString()
+                                                   : tr("it holds another JSON value"))
+                            .arg(parseError.offset));
+        const QJsonArray abbreviations = document.object()
+                                             .value(QLatin1String("abbreviation"))
+                                             .toObject()
+                                             .value(QLatin1String("abbreviations"))
+                                             .toArray();
+        int taken = 0;
+        for (const QJsonValue& abbreviation : abbreviations) {
+            if (!abbreviation.isString())
+                continue;
+            plan.addSnippet(
+                Snippet::create(abbreviation.toString(), QString::fromUtf8(content), category.id));
+            ++taken;
+        }
+        if (taken == 0)
+            ++plan.skipped;
+    }
+    // A folder with nothing usable brings no empty category either.
+    if (plan.snippets.isEmpty())
+        plan.categories.clear();
+    return plan;
+}

@@ -1,0 +1,102 @@
+#include "TypoletLibraryFile.h"
+
+#include "LibraryImport.h"
+#include "RecordCodec.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+#include <QSet>
+
+namespace {
+const QLatin1String kVersion("version");
+const QLatin1String kCategories("categories");
+const QLatin1String kSnippets("snippets");
+// The ids of the snippets that wait for a word to end: the store keeps them beside its list
+// too, so the records stay exactly the stored ones.
+const QLatin1String kAfterWordEnd("afterWordEnd");
+} // namespace
+
+QByteArray TypoletLibraryFile::encode(const QList<Category>& categories,
+                                      const QList<Snippet>& snippets) {
+    QJsonArray categoryArray, snippetArray, afterWordEnd;
+    for (const Category& category : categories)
+        categoryArray.append(RecordCodec::encode(category));
+    for (const Snippet& snippet : snippets) {
+        snippetArray.append(RecordCodec::encode(snippet));
+        if (snippet.expandsAfterWordEnd())
+            afterWordEnd.append(RecordCodec::uuidString(snippet.id));
+    }
+    QJsonObject root;
+    root.insert(kVersion, version);
+    root.insert(kCategories, categoryArray);
+    root.insert(kSnippets, snippetArray);
+    root.insert(kAfterWordEnd, afterWordEnd);
+    return QJsonDocument(root).toJson(QJsonDocument::Indented);
+}
+
+std::optional<QString> TypoletLibraryFile::write(const QString& path,
+                                                 const QList<Category>& categories,
+                                                 const QList<Snippet>& snippets) {
+    QSaveFile file(path);
+    const QByteArray data = encode(categories, snippets);
+    if (!file.open(QIODevice::WriteOnly) || file.write(data) != data.size() || !file.commit())
+        return tr("Could not write %1: %2").arg(path, file.errorString());
+    return std::nullopt;
+}
+
+ImportPlan TypoletLibraryFile::read(const QString& path) {
+    QByteArray data;
+    if (const auto error = LibraryImport::readFile(path, data))
+        return ImportPlan::failure(path, *error);
+    return decode(path, data);
+}
+
+ImportPlan TypoletLibraryFile::decode(const QString& path, const QByteArray& json) {
+    QJsonParseError parseError{};
+    const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
+    if (parseError.error != QJsonParseError::NoError)
+        return ImportPlan::failure(path, tr("%1 is not valid JSON: %2 (at character %3).")
+                                             .arg(path, parseError.errorString())
+                                             .arg(parseError.offset));
+    const QJsonObject root = document.object();
+    const QJsonValue fileVersion = root.value(kVersion);
+    if (!document.isObject() || !fileVersion.isDouble() || !root.value(kCategories).isArray() ||
+        !root.value(kSnippets).isArray())
+        return ImportPlan::failure(
+            path, tr("%1 is not a Typolet library: it needs a \u201Cversion\u201D number and "
+                     "\u201Ccategories\u201D and \u201Csnippets\u201D lists.")
+                      .arg(path));
+    if (fileVersion.toDouble() > version)
+        return ImportPlan::failure(
+            path, tr("%1 was written by a newer Typolet (library version %2); this one reads "
+                     "version %3 and older.")
+                      .arg(path)
+                      .arg(fileVersion.toDouble())
+                      .arg(version));
+
+    // The records go through the store's own reader, so they are checked exactly as stored ones.
+    const auto compact = [&](QLatin1String key) {
+        return QJsonDocument(root.value(key).toArray()).toJson(QJsonDocument::Compact);
+    };
+    ImportPlan plan;
+    plan.source = path;
+    int unreadable = 0;
+    plan.categories = RecordCodec::decodeCategories(compact(kCategories), &unreadable)
+                          .value_or(QList<Category>{});
+    const QList<Snippet> snippets =
+        RecordCodec::decodeSnippets(compact(kSnippets), &unreadable).value_or(QList<Snippet>{});
+    plan.skipped = unreadable;
+    QSet<QUuid> afterWordEnd; // optional: older files have none
+    for (const QJsonValue& id : root.value(kAfterWordEnd).toArray()) {
+        if (const auto parsed = RecordCodec::parseUuid(id.toString()))
+            afterWordEnd.insert(*parsed);
+    }
+    for (Snippet snippet : snippets) {
+        if (afterWordEnd.contains(snippet.id))
+            snippet.trigger = Snippet::Trigger::AfterWordEnd;
+        plan.addSnippet(snippet);
+    }
+    return plan;
+}

@@ -1,0 +1,257 @@
+// Reading library files and phrase folders written here from their descriptions, and applying
+// an import to the store.
+#include "LibraryImport.h"
+#include "SnippetStore.h"
+#include "TemporarySettings.h"
+#include "TypoletLibraryFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+using Files = QMap<QString, QByteArray>; // path in the folder -> contents
+
+void writeFiles(const QTemporaryDir& dir, const Files& files) {
+    for (auto it = files.cbegin(); it != files.cend(); ++it) {
+        const QString path = dir.filePath(it.key());
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(it.value());
+    }
+}
+
+// "command=content@category", one per snippet; records are compared whole elsewhere.
+QStringList described(const ImportPlan& plan) {
+    QStringList result;
+    for (const Snippet& s : plan.snippets)
+        result.append(s.command + '=' + s.content + '@' + plan.categoryName(s.categoryId));
+    return result;
+}
+
+QStringList records(const QList<Snippet>& snippets) {
+    QStringList result;
+    for (const Snippet& s : snippets)
+        result.append(QString("%1 %2=%3 %4 %5 %6")
+                          .arg(s.id.toString(), s.command, s.content)
+                          .arg(s.createdAt)
+                          .arg(s.categoryId.toString())
+                          .arg(s.expandsAfterWordEnd()));
+    result.sort();
+    return result;
+}
+
+QStringList records(const QList<Category>& categories) {
+    QStringList result;
+    for (const Category& c : categories)
+        result.append(QString("%1 %2 %3").arg(c.id.toString(), c.name).arg(c.createdAt));
+    result.sort();
+    return result;
+}
+
+QByteArray phraseSettings(const QByteArray& abbreviations) {
+    return R"({"description": "d", "abbreviation": {"abbreviations": [)" + abbreviations +
+           R"(], "ignoreCase": false}, "hotkey": {"modifiers": [], "hotKey": null}})";
+}
+} // namespace
+
+class LibraryImportTest : public QObject {
+    Q_OBJECT
+private slots:
+    // Export, then import into an empty store: the same records. One category exported
+    // carries that category and its snippets only.
+    void ownFileRoundTrips() {
+        TemporarySettings fullSettings, emptySettings;
+        SnippetStore full(fullSettings.path()), empty(emptySettings.path());
+        QVERIFY(!full.addCategory("Work"));
+        const Category work = full.categories().last();
+        QVERIFY(
+            !full.addSnippet(Snippet(QUuid::createUuid(), ";a", "A\n\"quoted\" é", 12.5, work.id)));
+        QVERIFY(!full.addSnippet(Snippet::create(";b", "B", Category::defaultCategoryId,
+                                                 Snippet::Trigger::AfterWordEnd)));
+        QTemporaryDir dir;
+        const QString path = dir.filePath("library.json");
+        QVERIFY(!TypoletLibraryFile::write(path, full.categories(), full.snippets()));
+
+        QVERIFY(!empty.importSnippets(LibraryImport::read(path)));
+        QCOMPARE(records(empty.snippets()), records(full.snippets()));
+        QCOMPARE(records(empty.categories()), records(full.categories()));
+        QCOMPARE(records(SnippetStore(emptySettings.path()).snippets()), records(full.snippets()));
+
+        QVERIFY(!TypoletLibraryFile::write(path, {work}, {full.snippets().first()}));
+        const ImportPlan one = LibraryImport::read(path);
+        QCOMPARE(described(one), QStringList{";a=A\n\"quoted\" é@Work"});
+        QCOMPARE(records(one.categories), records(QList<Category>{work}));
+    }
+
+    void foreignFilesGiveSnippets_data() {
+        QTest::addColumn<Files>("files");
+        QTest::addColumn<QString>("picked"); // empty: the folder itself
+        QTest::addColumn<QStringList>("snippets");
+        QTest::addColumn<int>("skipped");
+        QTest::newRow("match file") << Files{{"base.yml", R"y(global_vars:
+  - name: x
+    type: echo
+matches:
+  - trigger: ":sig"
+    replace: |
+      Best regards,
+        Ada
+    word: true
+  - triggers: [":hi", ":hello"]
+    replace: "Hello!"
+  - trigger: ":cat"
+    image_path: "/tmp/cat.png"
+  - regex: ":d(?P<n>\\d)"
+    replace: "digit"
+  - trigger: ":blank"
+    replace:
+  - trigger: "  "
+    replace: "spaces"
+)y"}} << "base.yml"
+                                    << QStringList{":sig=Best regards,\n  Ada\n@base",
+                                                   ":hi=Hello!@base", ":hello=Hello!@base"}
+                                    << 4;
+        QTest::newRow("phrase folder")
+            << Files{{"Phrases/addr.txt", "221B Baker Street\n"},
+                     {"Phrases/.addr.json", phraseSettings(R"("adr", "address")")},
+                     {"Phrases/hotkey.txt", "by hotkey"},
+                     {"Phrases/.hotkey.json", phraseSettings("")},
+                     {"Phrases/.folder.json", "{}"},
+                     {"Phrases/Sub/sig.txt", "Ada ✓"},
+                     {"Phrases/Sub/.sig.json", phraseSettings(R"("sig")")}}
+            << "Phrases"
+            << QStringList{"sig=Ada ✓@Phrases", "adr=221B Baker Street\n@Phrases",
+                           "address=221B Baker Street\n@Phrases"}
+            << 1;
+    }
+    void foreignFilesGiveSnippets() {
+        QFETCH(Files, files);
+        QFETCH(QString, picked);
+        QFETCH(QStringList, snippets);
+        QFETCH(int, skipped);
+        QTemporaryDir dir;
+        writeFiles(dir, files);
+        const ImportPlan plan = LibraryImport::read(dir.filePath(picked));
+        QVERIFY2(!plan.failed(), qPrintable(plan.error));
+        QCOMPARE(described(plan), snippets);
+        QCOMPARE(plan.skipped, skipped);
+    }
+
+    // Each gives a message naming the file and what is wrong, and changes nothing.
+    void malformedInputIsRefused_data() {
+        QTest::addColumn<Files>("files");
+        QTest::addColumn<QString>("picked");
+        QTest::addColumn<QString>("named"); // file the message names
+        QTest::addColumn<QString>("says");
+        QTest::newRow("bad YAML") << Files{{"m.yml",
+                                            "matches:\n  - trigger: \":a\"\n   replace: [\n"}}
+                                  << "m.yml"
+                                  << "m.yml"
+                                  << "line 3";
+        QTest::newRow("no matches") << Files{{"m.yaml", "imports: []\n"}} << "m.yaml"
+                                    << "m.yaml"
+                                    << "matches";
+        QTest::newRow("bad JSON") << Files{{"l.json", R"({"version": 1, "snippets": [)"}}
+                                  << "l.json"
+                                  << "l.json"
+                                  << "JSON";
+        QTest::newRow("newer version")
+            << Files{{"l.json", R"({"version": 2, "categories": [], "snippets": []})"}} << "l.json"
+            << "l.json"
+            << "newer";
+        QTest::newRow("not a library") << Files{{"l.json", "[]"}} << "l.json"
+                                       << "l.json"
+                                       << "version";
+        QTest::newRow("unreadable") << Files{} << "gone.json"
+                                    << "gone.json"
+                                    << "could not be read";
+        QTest::newRow("phrase without settings")
+            << Files{{"P/a.txt", "a"}, {"P/.a.json", phraseSettings(R"("a")")}, {"P/b.txt", "b"}}
+            << "P"
+            << ".b.json"
+            << "settings";
+        QTest::newRow("phrase settings not JSON")
+            << Files{{"P/a.txt", "a"}, {"P/.a.json", "{abbreviation"}} << "P"
+            << ".a.json"
+            << "JSON";
+        QTest::newRow("folder without phrases") << Files{{"P/notes.md", "x"}} << "P"
+                                                << "P"
+                                                << "no phrases";
+    }
+    void malformedInputIsRefused() {
+        QFETCH(Files, files);
+        QFETCH(QString, picked);
+        QFETCH(QString, named);
+        QFETCH(QString, says);
+        QTemporaryDir dir;
+        writeFiles(dir, files);
+        TemporarySettings settings;
+        SnippetStore store(settings.path());
+        QVERIFY(!store.addSnippet(Snippet::create(";a", "kept", Category::defaultCategoryId)));
+        const QStringList before = records(store.snippets());
+        const QVariant stored = settings.read("Shortcuts");
+
+        const ImportPlan plan = LibraryImport::read(dir.filePath(picked));
+        QVERIFY(plan.failed());
+        QVERIFY2(plan.error.contains(named) && plan.error.contains(says), qPrintable(plan.error));
+        QVERIFY(plan.snippets.isEmpty());
+        QCOMPARE(store.importSnippets(plan), DataError::unreadableImport(plan.error));
+        QCOMPARE(records(store.snippets()), before);
+        QCOMPARE(store.categories().size(), 1);
+        QCOMPARE(settings.read("Shortcuts"), stored);
+    }
+
+    // A clashing command is skipped, kept twice, or put in place of the existing content; new
+    // commands and their category are added either way, all in one save.
+    void clashesAreResolvedAndSavedOnce_data() {
+        QTest::addColumn<int>("resolution");
+        QTest::addColumn<QStringList>("stored");
+        QTest::newRow("skip") << int(ImportPlan::Resolution::skip)
+                              << QStringList{";a=old@", ";new=n@Imported"};
+        QTest::newRow("keep both")
+            << int(ImportPlan::Resolution::keepBoth)
+            << QStringList{";a=old@", ";a=imported@Imported", ";new=n@Imported"};
+        QTest::newRow("replace") << int(ImportPlan::Resolution::replace)
+                                 << QStringList{";a=imported@", ";new=n@Imported"};
+    }
+    void clashesAreResolvedAndSavedOnce() {
+        QFETCH(int, resolution);
+        QFETCH(QStringList, stored);
+        TemporarySettings settings;
+        SnippetStore store(settings.path());
+        QVERIFY(!store.addSnippet(Snippet::create(";a", "old", Category::defaultCategoryId)));
+        const Snippet old = store.snippets().first();
+        QVERIFY(!store.addCategory("imported")); // matched, ignoring case
+
+        ImportPlan plan;
+        plan.categories.append(Category::create("Imported"));
+        plan.addSnippet(Snippet::create(";a", "imported", plan.categories[0].id));
+        plan.addSnippet(Snippet::create(";new", "n", plan.categories[0].id));
+        plan.addSnippet(Snippet::create(" ", "blank", plan.categories[0].id));
+        plan.setAllResolutions(ImportPlan::Resolution(resolution));
+        QCOMPARE(plan.skipped, 1);
+
+        QCoreApplication::processEvents(); // the announcements of the saves above
+        QSignalSpy saved(&store, &SnippetStore::snippetsSaved);
+        QVERIFY(!store.importSnippets(plan));
+        QCoreApplication::processEvents();
+        QCOMPARE(saved.size(), 1);
+        const SnippetStore reloaded(settings.path());
+        ImportPlan shown; // the stored snippets, described with the stored categories
+        shown.categories = reloaded.categories();
+        shown.snippets = reloaded.snippets();
+        stored.replaceInStrings(QRegularExpression("@$"), "@Uncategory");
+        stored.replaceInStrings("@Imported", "@imported");
+        QCOMPARE(described(shown), stored);
+        QCOMPARE(reloaded.categories().size(), 2);
+        const Snippet first = reloaded.snippets().first();
+        QVERIFY(first.id == old.id && first.createdAt == old.createdAt);
+    }
+};
+
+QTEST_GUILESS_MAIN(LibraryImportTest)
+#include "LibraryImportTest.moc"
