@@ -55,6 +55,10 @@ public:
     // command back as it was typed. On by default.
     void setUndoWithBackspace(bool enabled) { m_undoEnabled = enabled; }
 
+    // Contents of at least `characters` characters are pasted through the clipboard instead of
+    // typed, which is far quicker for long ones; 0 (the default) types every content.
+    void setPasteThreshold(int characters) { m_pasteThreshold = characters; }
+
     // Whether startMonitoring() got the key monitor running.
     bool isMonitoring() const { return m_monitoring; }
     // Between a match and the end of its output.
@@ -77,8 +81,11 @@ public:
     // characters left out.
     static QString typeableText(const QString& content, int& leftOut);
 
-    // The steps that replace `erased` typed characters with `text`.
-    static Expansion replacement(int erased, const QString& text);
+    // The steps that replace `erased` typed characters with `text` followed by `retyped` (keys
+    // that reached the application before the expansion began). `text` is pasted when it has at
+    // least `pasteThreshold` characters and the threshold is above 0; `retyped` is always typed.
+    static Expansion replacement(int erased, const QString& text, const QString& retyped = {},
+                                 int pasteThreshold = 0);
 
     // White space (Zs and Tab), letters, marks, numbers and punctuation; symbols and control
     // characters are ignored.
@@ -129,6 +136,7 @@ private:
     bool m_paused = false;
     QStringList m_excluded;
     bool m_undoEnabled = true;
+    int m_pasteThreshold = 0;
     bool m_cancelled = false;
     // After an expansion that went out whole: the command it replaced and how many characters
     // it typed, until the next key.
