@@ -77,12 +77,13 @@ private slots:
         QVERIFY(session.isRunning());
         QVERIFY(putOnClipboard(session, clipboardBytes, clipboardType));
         QVERIFY2(session.startWith({{";long", content}}, target), qPrintable(session.log()));
-        QVERIFY(session.run(QStringLiteral("xdotool"), {"type", "--delay", "15", "x;long"}));
-        QVERIFY(session.waitForExpansions(1));
-        const QString shown = session.shownTextOnce([&](const QString& t) { return t == "x" + content; });
-        QVERIFY2(shown == "x" + content,
-                 qPrintable(XSession::describeDifference(shown, "x" + content)));
-        QVERIFY2(session.typoletOutput().contains("Pasting with " + keys),
+        // The second time Typolet itself holds the clipboard it gave back.
+        QVERIFY(session.run(QStringLiteral("xdotool"), {"type", "--delay", "15", "x;long ;long"}));
+        QVERIFY(session.waitForExpansions(2));
+        const QString expected = "x" + content + " " + content;
+        const QString shown = session.shownTextOnce([&](const QString& t) { return t == expected; });
+        QVERIFY2(shown == expected, qPrintable(XSession::describeDifference(shown, expected)));
+        QVERIFY2(session.typoletOutput().count("Pasting with " + keys) == 2,
                  qPrintable(session.typoletOutput().right(1500)));
         QCOMPARE(clipboard(session, clipboardType), clipboardBytes);
     }
