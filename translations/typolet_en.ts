@@ -561,6 +561,22 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <source>Nothing expands in these. To add one, open the tray menu while it is in use and choose &quot;Exclude&quot;.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Paste long snippets</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Long contents go in through the clipboard, which is much quicker than typing them; the clipboard then holds what it held before</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Paste contents from</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source> characters</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>QuitConfirmation</name>

@@ -9,6 +9,7 @@
 #include "PermissionGuidance.h"
 #include "SystemClipboard.h"
 #include "TextExpander.h"
+#include "X11ClipboardLender.h"
 #include "X11FocusedApplication.h"
 #include "X11GlobalKey.h"
 #include "X11KeyMonitor.h"
@@ -21,10 +22,12 @@ EngineBootstrap::EngineBootstrap(bool withWindows)
       m_keymaps(std::make_unique<X11KeymapSource>()),
       m_translator(std::make_unique<KeyTranslator>(*m_keymaps)),
       m_monitor(std::make_unique<X11KeyMonitor>()),
-      m_output(std::make_unique<X11KeyboardOutput>(*m_keymaps)),
       m_focus(std::make_unique<X11FocusedApplication>()),
       m_secureInput(std::make_unique<AtSpiSecureInputWatch>()),
-      m_clipboard(std::make_unique<SystemClipboard>()) {
+      m_clipboard(std::make_unique<X11ClipboardLender>()),
+      m_output(std::make_unique<X11KeyboardOutput>(*m_keymaps)),
+      m_clipboardText(std::make_unique<SystemClipboard>(m_clipboard.get())) {
+    m_output->setPasting(m_clipboard.get(), m_focus.get());
     if (withWindows)
         m_windowAlert = std::make_unique<MessageBoxPermissionAlert>();
     else
@@ -50,11 +53,14 @@ bool EngineBootstrap::start(SnippetStore& store) {
     m_engine->setExcludedApplications(m_excluded);
     m_engine->setKeysIgnoredWhen(m_keysIgnored);
     m_engine->setPaused(m_paused);
-    m_engine->setClipboard(m_clipboard.get());
+    m_engine->setClipboard(m_clipboardText.get());
+    m_engine->setUndoWithBackspace(m_undoWithBackspace);
+    m_engine->setPasteThreshold(m_pasteThreshold);
     const bool listening = m_engine->isMonitoring();
     if (listening) {
         m_output->open();
         m_secureInput->start();
+        m_clipboard->open();
     }
 
     PermissionAlertPresenter* presenter =
@@ -100,8 +106,15 @@ void EngineBootstrap::setPaused(bool paused) {
 }
 
 void EngineBootstrap::setUndoWithBackspace(bool enabled) {
+    m_undoWithBackspace = enabled;
     if (m_engine)
         m_engine->setUndoWithBackspace(enabled);
+}
+
+void EngineBootstrap::setPasteThreshold(int characters) {
+    m_pasteThreshold = characters;
+    if (m_engine)
+        m_engine->setPasteThreshold(characters);
 }
 
 void EngineBootstrap::restoreKeyboardMapping() { m_output->restoreSpareKeyCodes(); }

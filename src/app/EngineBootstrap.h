@@ -12,6 +12,7 @@ class SnippetStore;
 class SystemClipboard;
 class TextExpander;
 class QKeySequence;
+class X11ClipboardLender;
 class X11FocusedApplication;
 class X11GlobalKey;
 class X11KeyMonitor;
@@ -47,6 +48,8 @@ public:
     void setPaused(bool paused);
     // Whether BackSpace right after an expansion undoes it.
     void setUndoWithBackspace(bool enabled);
+    // Contents of at least this many characters are pasted; 0 types every content.
+    void setPasteThreshold(int characters);
 
     // Empties the spare keycodes the output bound (at quit).
     void restoreKeyboardMapping();
@@ -56,15 +59,19 @@ private:
     std::unique_ptr<X11KeymapSource> m_keymaps;
     std::unique_ptr<KeyTranslator> m_translator;
     std::unique_ptr<X11KeyMonitor> m_monitor;
-    std::unique_ptr<X11KeyboardOutput> m_output;
     std::unique_ptr<X11FocusedApplication> m_focus;
     std::unique_ptr<AtSpiSecureInputWatch> m_secureInput;
-    std::unique_ptr<SystemClipboard> m_clipboard;
+    // Before the output, which pastes through it.
+    std::unique_ptr<X11ClipboardLender> m_clipboard;
+    std::unique_ptr<X11KeyboardOutput> m_output;
+    std::unique_ptr<SystemClipboard> m_clipboardText;
     std::unique_ptr<X11GlobalKey> m_globalKey;
     std::unique_ptr<TextExpander> m_engine;
     std::unique_ptr<MessageBoxPermissionAlert> m_windowAlert;
     std::unique_ptr<ConsolePermissionAlert> m_consoleAlert;
     std::function<bool()> m_keysIgnored;
     bool m_paused = false;
+    bool m_undoWithBackspace = true;
+    int m_pasteThreshold = 0;
     QStringList m_excluded;
 };

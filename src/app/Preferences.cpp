@@ -3,6 +3,7 @@
 #include "SettingsFile.h"
 
 #include <QSettings>
+#include <algorithm>
 
 Preferences::Preferences(const QString& settingsFile, QObject* parent)
     : QObject(parent),
@@ -43,6 +44,35 @@ bool Preferences::setUndoWithBackspace(bool enabled) {
     const bool written = write(undoWithBackspaceKey, enabled);
     if (changed)
         emit undoWithBackspaceChanged(enabled);
+    return written;
+}
+
+bool Preferences::pasteLongSnippets() const {
+    return m_settings->value(QLatin1String(pasteLongSnippetsKey), true).toBool();
+}
+
+bool Preferences::setPasteLongSnippets(bool enabled) {
+    const bool changed = pasteLongSnippets() != enabled;
+    const bool written = write(pasteLongSnippetsKey, enabled);
+    if (changed)
+        emit pasteChanged();
+    return written;
+}
+
+int Preferences::pasteThreshold() const {
+    bool ok = false;
+    const int stored = m_settings->value(QLatin1String(pasteThresholdKey)).toInt(&ok);
+    if (!ok)
+        return defaultPasteThreshold;
+    return std::clamp(stored, minimumPasteThreshold, maximumPasteThreshold);
+}
+
+bool Preferences::setPasteThreshold(int characters) {
+    characters = std::clamp(characters, minimumPasteThreshold, maximumPasteThreshold);
+    const bool changed = pasteThreshold() != characters;
+    const bool written = write(pasteThresholdKey, characters);
+    if (changed)
+        emit pasteChanged();
     return written;
 }
 

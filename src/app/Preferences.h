@@ -15,6 +15,8 @@ class QSettings;
 //  - hasLaunchedBefore: set once the first-appearance default has been applied;
 //  - undoWithBackspace: BackSpace right after an expansion puts the command back; absent
 //    reads as true;
+//  - pasteLongSnippets, pasteThreshold: contents of at least pasteThreshold characters are
+//    pasted through the clipboard rather than typed; absent read as true and 100;
 //  - paused: nothing expands until it is switched off again, also after a restart;
 //  - excludedApplications: the applications (by window class) where nothing expands;
 //  - pauseKeys: the desktop-wide keys that pause and resume, "Ctrl+Alt+Space" when absent.
@@ -38,6 +40,14 @@ public:
     bool undoWithBackspace() const;
     bool setUndoWithBackspace(bool enabled);
 
+    bool pasteLongSnippets() const;
+    bool setPasteLongSnippets(bool enabled);
+    // Always within minimumPasteThreshold..maximumPasteThreshold, whatever the file holds.
+    int pasteThreshold() const;
+    bool setPasteThreshold(int characters);
+    // What the engine is given: the threshold, or 0 when pasting is switched off.
+    int effectivePasteThreshold() const { return pasteLongSnippets() ? pasteThreshold() : 0; }
+
     bool paused() const;
     bool setPaused(bool paused);
 
@@ -52,6 +62,11 @@ public:
     static constexpr const char* startAtLoginKey = "startAtLogin";
     static constexpr const char* hasLaunchedBeforeKey = "hasLaunchedBefore";
     static constexpr const char* undoWithBackspaceKey = "undoWithBackspace";
+    static constexpr const char* pasteLongSnippetsKey = "pasteLongSnippets";
+    static constexpr const char* pasteThresholdKey = "pasteThreshold";
+    static constexpr int defaultPasteThreshold = 100;
+    static constexpr int minimumPasteThreshold = 1;
+    static constexpr int maximumPasteThreshold = 1000000;
     static constexpr const char* pausedKey = "paused";
     static constexpr const char* excludedApplicationsKey = "excludedApplications";
     static constexpr const char* pauseKeysKey = "pauseKeys";
@@ -59,6 +74,8 @@ public:
 signals:
     void startAtLoginChanged(bool enabled);
     void undoWithBackspaceChanged(bool enabled);
+    // Either paste preference changed.
+    void pasteChanged();
     void pausedChanged(bool paused);
     void excludedApplicationsChanged(const QStringList& names);
     void pauseKeysChanged(const QKeySequence& keys);

@@ -14,6 +14,7 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QVBoxLayout>
 
 namespace {
@@ -52,6 +53,14 @@ PreferencesView::PreferencesView(Autostart& autostart, Preferences& preferences,
     });
     connect(m_undoSwitch, &ToggleSwitch::toggled, this,
             [this](bool on) { m_preferences.setUndoWithBackspace(on); });
+    connect(m_pasteSwitch, &ToggleSwitch::toggled, this, [this](bool on) {
+        m_preferences.setPasteLongSnippets(on);
+        m_pasteThreshold->setEnabled(on);
+    });
+    // Written when the value is settled (Return, leaving the box, an arrow), not per digit.
+    m_pasteThreshold->setKeyboardTracking(false);
+    connect(m_pasteThreshold, &QSpinBox::valueChanged, this,
+            [this](int characters) { m_preferences.setPasteThreshold(characters); });
 }
 
 void PreferencesView::buildGeneralCard() {
@@ -67,6 +76,26 @@ void PreferencesView::buildGeneralCard() {
     m_undoSwitch = addSwitchRow(tr("Undo with BackSpace"),
                                 tr("BackSpace right after an expansion puts the command back"),
                                 m_preferences.undoWithBackspace());
+    m_pasteSwitch = addSwitchRow(tr("Paste long snippets"),
+                                 tr("Long contents go in through the clipboard, which is much "
+                                    "quicker than typing them; the clipboard then holds what it "
+                                    "held before"),
+                                 m_preferences.pasteLongSnippets());
+    auto* thresholdRow = new QHBoxLayout();
+    thresholdRow->setContentsMargins(textIndent, 0, 0, 0);
+    auto* thresholdTitle = new QLabel(tr("Paste contents from"), m_generalCard);
+    thresholdTitle->setFont(UiTheme::system(14, QFont::Medium));
+    thresholdRow->addWidget(thresholdTitle, 1);
+    m_pasteThreshold = new QSpinBox(m_generalCard);
+    m_pasteThreshold->setRange(Preferences::minimumPasteThreshold,
+                               Preferences::maximumPasteThreshold);
+    m_pasteThreshold->setValue(m_preferences.pasteThreshold());
+    m_pasteThreshold->setSuffix(tr(" characters"));
+    m_pasteThreshold->setAccessibleName(thresholdTitle->text());
+    m_pasteThreshold->setEnabled(m_preferences.pasteLongSnippets());
+    thresholdTitle->setBuddy(m_pasteThreshold);
+    thresholdRow->addWidget(m_pasteThreshold);
+    content->addLayout(thresholdRow);
 
     auto* keysRow = new QHBoxLayout();
     keysRow->setContentsMargins(textIndent, 0, 0, 0);

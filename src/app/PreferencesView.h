@@ -9,12 +9,13 @@ class QLabel;
 class QKeySequenceEdit;
 class QListWidget;
 class QPushButton;
+class QSpinBox;
 class SectionHeader;
 class ToggleSwitch;
 class ToneLabel;
 
-// The content of the Preferences window: a "General" card with the start-at-login and the
-// undo-with-BackSpace switches, and a "Sync" card announcing a feature that is not there yet.
+// The content of the Preferences window: a "General" card with the start-at-login, the
+// undo-with-BackSpace and the paste switches (the paste threshold beside the last), and a "Sync" card announcing a feature that is not there yet.
 //
 // The start-at-login switch adds and removes the autostart entry and shows whether Typolet
 // will start at login. Each time the view appears it gives Autostart the chance to apply the
@@ -28,6 +29,8 @@ public:
 
     ToggleSwitch* startAtLoginSwitch() const { return m_switch; }
     ToggleSwitch* undoSwitch() const { return m_undoSwitch; }
+    ToggleSwitch* pasteSwitch() const { return m_pasteSwitch; }
+    QSpinBox* pasteThresholdBox() const { return m_pasteThreshold; }
     // The desktop-wide keys that pause and resume expansion.
     QKeySequenceEdit* pauseKeysEdit() const { return m_pauseKeys; }
     // The applications where nothing expands, and the button that takes the selected one out.
@@ -63,6 +66,8 @@ private:
     SectionHeader* m_syncHeader = nullptr;
     ToggleSwitch* m_switch = nullptr;
     ToggleSwitch* m_undoSwitch = nullptr;
+    ToggleSwitch* m_pasteSwitch = nullptr;
+    QSpinBox* m_pasteThreshold = nullptr;
     QKeySequenceEdit* m_pauseKeys = nullptr;
     ToneLabel* m_syncDetail = nullptr;
 };

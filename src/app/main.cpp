@@ -139,6 +139,10 @@ int main(int argc, char* argv[]) {
     engine.setUndoWithBackspace(preferences.undoWithBackspace());
     QObject::connect(&preferences, &Preferences::undoWithBackspaceChanged, app.get(),
                      [&engine](bool on) { engine.setUndoWithBackspace(on); });
+    engine.setPasteThreshold(preferences.effectivePasteThreshold());
+    QObject::connect(&preferences, &Preferences::pasteChanged, app.get(), [&engine, &preferences] {
+        engine.setPasteThreshold(preferences.effectivePasteThreshold());
+    });
     // A command typed into one of Typolet's own fields (the snippet editor, the search) is
     // text for that field: while a shown Typolet window has the focus, nothing expands.
     engine.setKeysIgnoredWhen([] {

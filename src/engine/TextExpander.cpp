@@ -408,8 +408,15 @@ QString TextExpander::typeableText(const QString& content, int& leftOut) {
     return text;
 }
 
-Expansion TextExpander::replacement(int erased, const QString& text) {
-    return {ExpansionAction::erase(erased), ExpansionAction::type(text)};
+Expansion TextExpander::replacement(int erased, const QString& text, const QString& retyped,
+                                    int pasteThreshold) {
+    if (pasteThreshold <= 0 || text.size() < pasteThreshold ||
+        GraphemeText::count(text) < pasteThreshold)
+        return {ExpansionAction::erase(erased), ExpansionAction::type(text + retyped)};
+    Expansion steps{ExpansionAction::erase(erased), ExpansionAction::paste(text)};
+    if (!retyped.isEmpty())
+        steps.append(ExpansionAction::type(retyped));
+    return steps;
 }
 
 void TextExpander::expand(const Snippet& snippet, const QString& wordEnd, bool endReached) {
@@ -470,6 +477,7 @@ void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
     m_undo.reset();
     m_pendingUndo.reset();
     m_cancelled = false;
+    QString retyped;
     if (m_monitoring) {
         KeyMonitor::HoldResult hold =
             m_platform.monitor->holdKeys([this](const KeyStroke& stroke) { return heldKey(stroke); });
@@ -506,11 +514,10 @@ void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
             return;
         }
         // Plain text is erased with the command and typed again after the content.
-        const QString after = slipped.join(QString());
-        erased += static_cast<int>(GraphemeText::count(after));
-        typed += after;
+        retyped = slipped.join(QString());
+        erased += static_cast<int>(GraphemeText::count(retyped));
         if (caretBack > 0)
-            caretBack += static_cast<int>(GraphemeText::count(after)); // not before the caret
+            caretBack += static_cast<int>(GraphemeText::count(retyped)); // not before the caret
         else
             m_afterExpansion = slipped + m_afterExpansion;
         if (!slipped.isEmpty())
@@ -519,9 +526,9 @@ void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
 
     m_buffer.clear();
     m_buffer.append(bufferAfter);
-    qCInfo(lcKeys).noquote() << QStringLiteral("Typing: '") + typed + QLatin1Char('\'');
+    qCInfo(lcKeys).noquote() << QStringLiteral("Typing: '") + typed + retyped + QLatin1Char('\'');
     if (undo) {
-        undo->typed += static_cast<int>(GraphemeText::count(typed));
+        undo->typed += static_cast<int>(GraphemeText::count(typed + retyped));
         m_pendingUndo = undo;
     }
     m_expanding = true;
@@ -529,7 +536,7 @@ void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
         expansionFinished();
         return;
     }
-    Expansion actions = replacement(erased, typed);
+    Expansion actions = replacement(erased, typed, retyped, m_pasteThreshold);
     if (caretBack > 0)
         actions.append(ExpansionAction::moveLeft(caretBack));
     m_output->perform(actions, [this] { expansionFinished(); });

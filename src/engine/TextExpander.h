@@ -58,6 +58,9 @@ public:
 
     // Where a content's {{clipboard}} reads the clipboard's text; without one it gives nothing.
     void setClipboard(ClipboardSource* clipboard) { m_clipboard = clipboard; }
+    // Contents of at least `characters` characters are pasted through the clipboard instead of
+    // typed, which is far quicker for long ones; 0 (the default) types every content.
+    void setPasteThreshold(int characters) { m_pasteThreshold = characters; }
 
     // Whether startMonitoring() got the key monitor running.
     bool isMonitoring() const { return m_monitoring; }
@@ -81,8 +84,11 @@ public:
     // characters left out.
     static QString typeableText(const QString& content, int& leftOut);
 
-    // The steps that replace `erased` typed characters with `text`.
-    static Expansion replacement(int erased, const QString& text);
+    // The steps that replace `erased` typed characters with `text` followed by `retyped` (keys
+    // that reached the application before the expansion began). `text` is pasted when it has at
+    // least `pasteThreshold` characters and the threshold is above 0; `retyped` is always typed.
+    static Expansion replacement(int erased, const QString& text, const QString& retyped = {},
+                                 int pasteThreshold = 0);
 
     // White space (Zs and Tab), letters, marks, numbers and punctuation; symbols and control
     // characters are ignored.
@@ -136,6 +142,7 @@ private:
     QStringList m_excluded;
     bool m_undoEnabled = true;
     ClipboardSource* m_clipboard = nullptr;
+    int m_pasteThreshold = 0;
     bool m_cancelled = false;
     // After an expansion that went out whole: the command it replaced and how many characters
     // it typed, until the next key.

@@ -182,6 +182,7 @@ private slots:
 
     void qtClientReceivesLongLatinText() {
         XSession session;
+        session.writeSetting(QStringLiteral("pasteLongSnippets"), false); // typed, key by key
         const QString content = repeatedTo(
             QStringLiteral("Pack my box with five dozen liquor jugs, said Zoë. "), 1000);
         QVERIFY(prepare(session, {{";ql", content}}, true));
@@ -191,6 +192,7 @@ private slots:
 
     void qtClientReceivesLongTextInOtherScripts() {
         XSession session;
+        session.writeSetting(QStringLiteral("pasteLongSnippets"), false); // typed, key by key
         const QString content = otherScripts(1000);
         QVERIFY(prepare(session, {{";qs", content}}, true));
         QVERIFY(type(session, QStringLiteral(";qs")));

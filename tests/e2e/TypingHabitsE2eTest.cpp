@@ -143,6 +143,7 @@ private slots:
     // Escape stops a long content; what was typed meanwhile still follows, once.
     void escapeCancelsALongContent() {
         XSession session;
+        session.writeSetting(QStringLiteral("pasteLongSnippets"), false); // typed, key by key
         const QString content = repeated(QStringLiteral("All work and no play. "), 500);
         QVERIFY2(session.startWith({{";long", content}}, Target::QtClient),
                  qPrintable(session.log()));
@@ -159,6 +160,7 @@ private slots:
     // A layout change while a long content is typed does not garble the rest of it.
     void layoutChangeDuringAnExpansion() {
         XSession session;
+        session.writeSetting(QStringLiteral("pasteLongSnippets"), false); // typed, key by key
         const QString content = repeated(QStringLiteral("Zany yaks quiz; "), 200);
         QVERIFY2(session.startWith({{";zy", content}}, Target::QtClient),
                  qPrintable(session.log()));

@@ -181,6 +181,12 @@ void XSession::writeSnippets(const QList<std::pair<QString, QString>>& snippets,
     settings.sync();
 }
 
+void XSession::writeSetting(const QString& key, const QVariant& value) const {
+    QDir().mkpath(m_dir.filePath(QStringLiteral("Typolet")));
+    QSettings(m_dir.filePath(QStringLiteral("Typolet/Typolet.conf")), QSettings::NativeFormat)
+        .setValue(key, value);
+}
+
 QString XSession::typoletOutput() const {
     if (!m_typolet)
         return {};
@@ -260,6 +266,19 @@ bool XSession::startTerminal(const QString& outFile, const QString& windowClass)
     return waitFor([&] { return QFile::exists(ready); });
 }
 
+bool XSession::startPastingTerminal(const QString& outFile) {
+    const QString ready = outFile + QStringLiteral(".ready");
+    const QString script =
+        QStringLiteral("sh -c 'stty -icanon -echo -ixon iutf8 && touch %1 && exec cat > %2'")
+            .arg(ready, outFile);
+    m_target = start(QStringLiteral("lxterminal"),
+                     {QStringLiteral("--no-remote"), QStringLiteral("-e"), script},
+                     {QStringLiteral("NO_AT_BRIDGE=1")});
+    if (!waitForWindow(m_target))
+        return false;
+    return waitFor([&] { return QFile::exists(ready); });
+}
+
 bool XSession::startQtClient(const QString& outFile, const QStringList& extraArguments) {
     QProcess* client = start(QStringLiteral(TYPOLET_QT_TARGET), QStringList{outFile} + extraArguments,
                              {QStringLiteral("QT_QPA_PLATFORM=xcb")});
@@ -291,6 +310,9 @@ bool XSession::startWith(const QList<std::pair<QString, QString>>& snippets, Tar
     case Target::GtkEntry:
         started = startGtkEntry();
         break;
+    case Target::PastingTerminal:
+        started = startPastingTerminal(m_received);
+        break;
     }
     return started && focusTarget();
 }
@@ -302,7 +324,7 @@ QString XSession::shownText() {
     if (!file.open(QIODevice::ReadOnly))
         return {};
     const QByteArray bytes = file.readAll();
-    return m_targetKind == Target::Terminal ? afterErasing(bytes) : QString::fromUtf8(bytes);
+    return m_targetKind == Target::QtClient ? QString::fromUtf8(bytes) : afterErasing(bytes);
 }
 
 QString XSession::shownTextOnce(const std::function<bool(const QString&)>& done) {
@@ -327,6 +349,13 @@ bool XSession::waitForExpansions(int count, int quietMs) {
         }
         return quiet.hasExpired() && output.count(QLatin1String("Expansion done")) >= count;
     }, 120000);
+}
+
+bool XSession::startGtkTextView(const QStringList& arguments) {
+    m_target = start(QStringLiteral("/usr/bin/python3"),
+                     QStringList{QStringLiteral(TYPOLET_GTK_TEXT_TARGET)} + arguments,
+                     {QStringLiteral("GDK_BACKEND=x11"), QStringLiteral("NO_AT_BRIDGE=1")});
+    return waitForWindow(m_target);
 }
 
 bool XSession::startGtkEntry(const QStringList& kind) {

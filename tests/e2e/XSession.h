@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <QVariant>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -30,8 +31,11 @@ public:
     // `waiting` expand only after a word ends.
     void writeSnippets(const QList<std::pair<QString, QString>>& snippets,
                        const QStringList& waiting = {}) const;
+    // Writes one preference into the same settings file.
+    void writeSetting(const QString& key, const QVariant& value) const;
 
-    enum class Target { Terminal, QtClient, GtkEntry };
+    // PastingTerminal is a terminal that pastes with Ctrl+Shift+V (LXTerminal).
+    enum class Target { Terminal, QtClient, GtkEntry, PastingTerminal };
     // Writes the snippets, starts Typolet and the target, and focuses the target. False, with
     // what went wrong in log(), when any of it does not come up.
     bool startWith(const QList<std::pair<QString, QString>>& snippets, Target target,
@@ -51,9 +55,13 @@ public:
     // A terminal whose input goes, byte for byte, to `outFile`.
     // `windowClass` gives the terminal that WM_CLASS instead of xterm's own.
     bool startTerminal(const QString& outFile, const QString& windowClass = {});
+    // The same with LXTerminal, whose paste keys are Ctrl+Shift+V.
+    bool startPastingTerminal(const QString& outFile);
     // Our Qt text client; its whole text is written to `outFile` after each change.
     // `extraArguments` go to the client (the benchmark asks for --report-length).
     bool startQtClient(const QString& outFile, const QStringList& extraArguments = {});
+    // A GTK 3 text view that reports when its text reaches a length (see GtkTextTarget.py).
+    bool startGtkTextView(const QStringList& arguments);
     // A GTK 3 entry (zenity; `--password` for a password field); its text is read with
     // gtkEntryText().
     bool startGtkEntry(const QStringList& kind = {QStringLiteral("--entry")});

@@ -261,6 +261,26 @@ private slots:
         QCOMPARE(typed.output.performed.value(0).value(2), ExpansionAction::moveLeft(5));
     }
 
+    // Contents of at least the threshold's characters (not code units) are pasted; shorter
+    // ones, and every one once pasting is off, are typed.
+    void longContentsArePastedFromTheThreshold() {
+        Rig rig;
+        const QString decomposed = u"e\u0301e\u0301e\u0301"_qs; // six code units, three characters
+        rig.add(";s", "12345");
+        rig.add(";l", "123456");
+        rig.add(";d", decomposed);
+        rig.engine.setPasteThreshold(6);
+        rig.type(";s ;l ;d ");
+        rig.engine.setPasteThreshold(0);
+        rig.type(";l");
+        const auto erase = ExpansionAction::erase(2);
+        QCOMPARE(rig.output.performed,
+                 (Expansions{{erase, ExpansionAction::type("12345")},
+                             {erase, ExpansionAction::paste("123456")},
+                             {erase, ExpansionAction::type(decomposed)},
+                             {erase, ExpansionAction::type("123456")}}));
+    }
+
     void storeEditsTakeEffectAtTheNextKey() {
         Rig rig;
         rig.add(";a", "first");
@@ -390,11 +410,21 @@ private slots:
         QCOMPARE(rig.output.performed, expansion(3, "Xs"));
         rig.output.finish();
         QCOMPARE(engine.buffer(), "s");
+        // A pasted content: the keys are typed after it.
+        engine.setPasteThreshold(1);
+        rig.monitor.slip(keyS);
+        rig.press({keySemicolon, keyA});
+        QCOMPARE(rig.output.performed.last(),
+                 (Expansion{ExpansionAction::erase(3), ExpansionAction::paste("X"),
+                            ExpansionAction::type("s")}));
+        rig.output.finish();
+        QCOMPARE(engine.buffer(), "s");
+        engine.setPasteThreshold(0);
 
         // An editing key behind it: the command is not known to be before the caret any more.
         rig.monitor.slip(keyBackSpace);
         rig.press({keySemicolon, keyA});
-        QCOMPARE(rig.output.performed.size(), 1);
+        QCOMPARE(rig.output.performed.size(), 2);
         QCOMPARE(engine.buffer(), "s;");
         QVERIFY(!rig.monitor.holding());
     }

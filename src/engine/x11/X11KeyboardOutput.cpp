@@ -1,6 +1,8 @@
 #include "X11KeyboardOutput.h"
 
+#include "FocusedApplication.h"
 #include "Logging.h"
+#include "X11ClipboardLender.h"
 #include "X11KeymapSource.h"
 
 #include <QSet>
@@ -19,6 +21,8 @@ X11KeyboardOutput::X11KeyboardOutput(X11KeymapSource& keymaps, QObject* parent)
 }
 
 X11KeyboardOutput::~X11KeyboardOutput() {
+    if (m_job && m_clipboard)
+        m_clipboard->giveBack(); // a paste under way: the user's clipboard comes back now
     if (m_job) {
         m_job->cancelled = true;
         m_job->finished = nullptr;
@@ -75,6 +79,11 @@ bool X11KeyboardOutput::grabServerWithCurrentKeymap() {
     return false;
 }
 
+void X11KeyboardOutput::setPasting(X11ClipboardLender* clipboard, FocusedApplication* focus) {
+    m_clipboard = clipboard;
+    m_focus = focus;
+}
+
 void X11KeyboardOutput::setKeysLeftDownHandler(
     std::function<void(const QList<uint32_t>&)> handler) {
     m_keysLeftDown = std::move(handler);
@@ -124,6 +133,7 @@ void X11KeyboardOutput::perform(const Expansion& actions, std::function<void()> 
         finish();
     }
     m_job.emplace();
+    m_job->id = ++m_jobs;
     m_job->actions = actions;
     m_job->finished = std::move(finished);
     if (!open()) {
@@ -183,11 +193,18 @@ void X11KeyboardOutput::step() {
             ++job.action;
             continue;
         }
+        if (action.kind == ExpansionAction::Kind::Paste && !job.typingPaste &&
+            job.textPosition == 0) {
+            if (startPaste(action.text))
+                return; // the clipboard lender calls back
+            job.typingPaste = true;
+        }
         if (!typeChunk())
             return; // waiting; the timer goes on
         if (job.textPosition >= action.text.size()) {
             ++job.action;
             job.textPosition = 0;
+            job.typingPaste = false;
         }
         if (job.action < job.actions.size() || job.cancelled) {
             // Let the event loop run between chunks: windows repaint, Escape is seen.
@@ -196,6 +213,75 @@ void X11KeyboardOutput::step() {
         }
     }
     finish();
+}
+
+bool X11KeyboardOutput::startPaste(const QString& text) {
+    if (!m_clipboard || !m_focus)
+        return false;
+    const PasteKeys::Keys keys = PasteKeys::forApplication(m_focus->name());
+    if (keys == PasteKeys::Keys::NoKeys) {
+        qCInfo(lcEngine).noquote()
+            << QStringLiteral("Typing instead of pasting: the application has no paste keys");
+        return false;
+    }
+    const quint64 id = m_job->id;
+    m_clipboard->lend(
+        text,
+        [this, id, keys](bool lent) {
+            if (!m_job || m_job->id != id) {
+                m_clipboard->giveBack();
+                return;
+            }
+            if (!lent) {
+                m_job->typingPaste = true;
+                step();
+            } else if (m_job->cancelled) {
+                m_clipboard->giveBack(); // then returned() below ends the job
+            } else {
+                pressPasteKeys(keys);
+            }
+        },
+        [this, id](bool taken) {
+            if (!m_job || m_job->id != id)
+                return;
+            if (!taken && !m_job->cancelled && !m_job->typingPaste) {
+                qCInfo(lcEngine).noquote()
+                    << QStringLiteral("Typing instead of pasting: the application did not ask "
+                                      "for the text");
+                m_job->typingPaste = true;
+            }
+            if (!m_job->typingPaste) {
+                ++m_job->action;
+                m_job->textPosition = 0;
+            }
+            step();
+        });
+    return true;
+}
+
+void X11KeyboardOutput::pressPasteKeys(PasteKeys::Keys keys) {
+    const KeyCode control = XKeysymToKeycode(m_display, XK_Control_L);
+    const KeyCode shift = XKeysymToKeycode(m_display, XK_Shift_L);
+    const KeyCode v = XKeysymToKeycode(m_display, XK_v);
+    const bool withShift = keys == PasteKeys::Keys::ControlShiftV;
+    if (control == 0 || v == 0 || (withShift && shift == 0)) {
+        qCInfo(lcEngine).noquote()
+            << QStringLiteral("Typing instead of pasting: the layout has no keys to paste with");
+        m_job->typingPaste = true;
+        m_clipboard->giveBack();
+        return;
+    }
+    XTestFakeKeyEvent(m_display, control, True, CurrentTime);
+    if (withShift)
+        XTestFakeKeyEvent(m_display, shift, True, CurrentTime);
+    tap(v);
+    if (withShift)
+        XTestFakeKeyEvent(m_display, shift, False, CurrentTime);
+    XTestFakeKeyEvent(m_display, control, False, CurrentTime);
+    XSync(m_display, False);
+    m_lastPost.start();
+    qCInfo(lcEngine).noquote() << (withShift ? QStringLiteral("Pasting with Ctrl+Shift+V")
+                                             : QStringLiteral("Pasting with Ctrl+V"));
 }
 
 bool X11KeyboardOutput::typeChunk() {

@@ -2,12 +2,15 @@
 
 #include "KeyboardOutput.h"
 #include "KeystrokePlanner.h"
+#include "PasteKeys.h"
 
 #include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 #include <optional>
 
+class FocusedApplication;
+class X11ClipboardLender;
 class X11KeymapSource;
 typedef struct _XDisplay Display;
 
@@ -29,6 +32,11 @@ typedef struct _XDisplay Display;
 // Spare keycodes keep their bindings for a while after typing (clients may still be reading
 // the events that used them) and are emptied again when Typolet has been idle for
 // `restoreDelayMs`, and when this object is destroyed.
+//
+// A text to paste is lent to the clipboard, and the keys that the focused application pastes
+// with are pressed (see PasteKeys); the next step waits until the application has taken the
+// text or the clipboard lender gave up waiting. Where there are no paste keys, or the
+// clipboard cannot be lent, the text is typed like any other.
 class X11KeyboardOutput : public QObject, public KeyboardOutput {
     Q_OBJECT
 public:
@@ -44,6 +52,9 @@ public:
 
     // Empties every spare keycode we bound.
     void restoreSpareKeyCodes();
+
+    // Pasting needs both; without them every text is typed.
+    void setPasting(X11ClipboardLender* clipboard, FocusedApplication* focus);
 
     // Told which modifier keys were pressed again for the user once an expansion is done.
     void setKeysLeftDownHandler(std::function<void(const QList<uint32_t>&)> handler);
@@ -71,12 +82,17 @@ private:
         int latchedGroup = 0;
         uint32_t group = 0;
         int skipped = 0;
+        quint64 id = 0;
+        bool typingPaste = false; // the paste action is typed after all
     };
 
     void begin();
     void step();
     bool typeChunk(); // false when it has to wait before going on
     void finish();
+    // False when the text cannot be pasted here; otherwise the lender calls back.
+    bool startPaste(const QString& text);
+    void pressPasteKeys(PasteKeys::Keys keys);
     // Lets go of every key held down; returns the modifiers, to press again afterwards.
     QList<uint32_t> releaseHeldKeys();
     void bind(const QList<KeystrokePlanner::Binding>& bindings);
@@ -95,5 +111,8 @@ private:
     QTimer m_restoreTimer;
     QTimer m_stepTimer;
     std::optional<Job> m_job;
+    quint64 m_jobs = 0;
+    X11ClipboardLender* m_clipboard = nullptr;
+    FocusedApplication* m_focus = nullptr;
     std::function<void(const QList<uint32_t>&)> m_keysLeftDown;
 };

@@ -19,6 +19,7 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QtTest>
 #include <memory>
 
@@ -73,6 +74,19 @@ void PreferencesViewTest::switchTurnsTheEntryOnAndOffAndShowsTheTruth() {
     QTest::mouseClick(f.view.undoSwitch(), Qt::LeftButton);
     QCOMPARE(undo.size(), 1);
     QCOMPARE(f.settings.read(QStringLiteral("undoWithBackspace")).toBool(), false);
+
+    // Paste: on from 100 characters until changed; off, the engine is given 0 and the
+    // threshold box is disabled; a threshold out of range in the file reads as the nearest.
+    QSignalSpy paste(&f.preferences, &Preferences::pasteChanged);
+    QCOMPARE(f.preferences.effectivePasteThreshold(), Preferences::defaultPasteThreshold);
+    f.view.pasteThresholdBox()->setValue(250);
+    QCOMPARE(Preferences(f.settings.path()).effectivePasteThreshold(), 250);
+    QTest::mouseClick(f.view.pasteSwitch(), Qt::LeftButton);
+    QVERIFY(!f.view.pasteThresholdBox()->isEnabled());
+    QCOMPARE(Preferences(f.settings.path()).effectivePasteThreshold(), 0);
+    QCOMPARE(paste.size(), 2);
+    f.settings.write(QStringLiteral("pasteThreshold"), -5);
+    QCOMPARE(Preferences(f.settings.path()).pasteThreshold(), Preferences::minimumPasteThreshold);
 
     // The pause keys: Ctrl+Alt+Space until another combination (only the first) is chosen.
     QCOMPARE(f.preferences.pauseKeys(), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_Space));
