@@ -27,19 +27,10 @@ auto fields(const Snippet& s) {
 auto fields(const Category& c) {
     return std::tuple(c.id, c.name, std::bit_cast<quint64>(c.createdAt));
 }
-QUuid idOf(const Snippet& s) { return s.id; }
-QUuid idOf(const Category& c) { return c.id; }
-double timeOf(const Snippet& s) { return s.createdAt; }
-double timeOf(const Category& c) { return c.createdAt; }
 template <typename T>
 bool sameRecords(const QList<T>& a, const QList<T>& b) {
-    if (a.size() != b.size())
-        return false;
-    for (qsizetype i = 0; i < a.size(); ++i) {
-        if (fields(a[i]) != fields(b[i]))
-            return false;
-    }
-    return true;
+    return std::equal(a.cbegin(), a.cend(), b.cbegin(), b.cend(),
+                      [](const T& x, const T& y) { return fields(x) == fields(y); });
 }
 
 // Checks one list kind; returns the encoded form of what was kept, if any.
@@ -65,12 +56,12 @@ std::optional<QByteArray> check(const QByteArray& json, qsizetype arrayLength,
                 "reads a document as Qt's reader does");
     }
     for (const auto& record : *decoded)
-        require(RecordCodec::parseUuid(RecordCodec::uuidString(idOf(record))) == idOf(record),
+        require(RecordCodec::parseUuid(RecordCodec::uuidString(record.id)) == record.id,
                 "ids write canonically");
     const auto encoded = encode(*decoded);
     // Only a time JSON cannot write stops a list from being encoded.
     const bool finite = std::all_of(decoded->cbegin(), decoded->cend(),
-                                    [](const auto& r) { return std::isfinite(timeOf(r)); });
+                                    [](const auto& r) { return std::isfinite(r.createdAt); });
     require(encoded.has_value() == finite, "encoded exactly when times are finite");
     if (!encoded)
         return std::nullopt;

@@ -2,7 +2,6 @@
 
 #include "Category.h"
 #include "ContentView.h"
-#include "ContentView.h"
 #include "Snippet.h"
 #include "SnippetStore.h"
 #include "TemporarySettings.h"

@@ -9,7 +9,6 @@ bool FakeKeyMonitor::start(KeyHandler handler) {
 }
 
 KeyMonitor::HoldResult FakeKeyMonitor::holdKeys(HeldKeyFilter onHeld) {
-    ++holds;
     if (m_holding) {
         m_heldAgain = true;
         return {{}, true};

@@ -27,7 +27,6 @@ public:
     bool canHold = true;
     bool holding() const { return m_holding; }
     int startCalls = 0;
-    int holds = 0;
     QList<uint32_t> dropped; // held keys the engine kept from the application
 
 private:

@@ -13,7 +13,6 @@ public:
     void finish();
 
     bool finishAtOnce = true;
-    bool busy() const { return static_cast<bool>(m_finished); }
     QList<Expansion> performed;
     int cancels = 0;
 
