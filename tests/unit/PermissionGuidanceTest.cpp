@@ -1,37 +1,15 @@
 // The start-up guidance: its text, when it is shown, and the alert's buttons.
 #include "PermissionGuidance.h"
+#include "AlertDriver.h"
 #include "FakePermissionProbe.h"
 #include "MessageBoxPermissionAlert.h"
 #include "RecordingAlertPresenter.h"
 
 #include <QAbstractButton>
-#include <QApplication>
 #include <QFile>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QtTest>
-
-namespace {
-// Records the next modal message box, then clicks its button titled `button`.
-struct AlertAnswer {
-    QString text, informativeText, buttons, defaultButton;
-    explicit AlertAnswer(const QString& button) { answer(button); }
-    void answer(const QString& button) {
-        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        if (!box)
-            return QTimer::singleShot(10, [this, button] { answer(button); });
-        text = box->text();
-        informativeText = box->informativeText();
-        defaultButton = box->defaultButton() ? box->defaultButton()->text() : QString();
-        QStringList names;
-        for (QAbstractButton* b : box->buttons())
-            names.append(b->text());
-        buttons = names.join('|');
-        if (QAbstractButton* chosen = box->buttons().value(names.indexOf(button)))
-            chosen->click();
-    }
-};
-} // namespace
 
 class PermissionGuidanceTest : public QObject {
     Q_OBJECT
@@ -79,12 +57,18 @@ private slots:
                 opened.append(target);
                 return true;
             });
-            AlertAnswer answer(button);
+            QStringList shown; // the texts, the buttons in order, the default one
+            AlertDriver driver([&](QMessageBox* box) {
+                QStringList names;
+                for (QAbstractButton* b : box->buttons())
+                    names.append(b->text());
+                shown = {box->text(), box->informativeText(), names.join('|'),
+                         box->defaultButton() ? box->defaultButton()->text() : QString()};
+                AlertDriver::click(button)(box);
+            });
             alert.showPermissionAlert("Title", "text", url);
-            QCOMPARE(answer.text, "Title");
-            QCOMPARE(answer.informativeText, "text");
-            QCOMPARE(answer.buttons, "Open Help|Later");
-            QCOMPARE(answer.defaultButton, open);
+            QCOMPARE(driver.acted(), 1);
+            QCOMPARE(shown, (QStringList{"Title", "text", "Open Help|Later", open}));
             const bool opens = button == open && url == PermissionGuidance::helpUrl;
             QCOMPARE(opened.size(), opens ? 1 : 0);
             if (!opens)
