@@ -25,14 +25,12 @@ private slots:
 
 void ShellWindowsTest::eachWindowIsBuiltOnceAndReused_data() {
     QTest::addColumn<bool>("about");
-    QTest::addColumn<QString>("title");
-    QTest::newRow("Preferences") << false << QStringLiteral("Preferences");
-    QTest::newRow("About") << true << QStringLiteral("About Typolet");
+    QTest::newRow("Preferences") << false;
+    QTest::newRow("About") << true;
 }
 
 void ShellWindowsTest::eachWindowIsBuiltOnceAndReused() {
     QFETCH(bool, about);
-    QFETCH(QString, title);
     TemporarySettings settings;
     Preferences preferences(settings.path());
     Autostart autostart(std::make_unique<RecordingAutostartBackend>());
@@ -47,7 +45,6 @@ void ShellWindowsTest::eachWindowIsBuiltOnceAndReused() {
     QPointer<QWidget> view =
         about ? static_cast<QWidget*>(windows.aboutView()) : windows.preferencesView();
     QVERIFY(view && window->isAncestorOf(view));
-    QCOMPARE(window->windowTitle(), title);
 
     // Closing only hides; the next request shows the same window and view, state and all.
     QVERIFY(window->close());
