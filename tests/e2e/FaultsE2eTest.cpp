@@ -1,5 +1,6 @@
 // Typolet facing a missing display, a server without the extensions it needs, a server that
-// goes away, and text it cannot type.
+// goes away, and text it cannot type. (A layout changed while Typolet runs is read from the
+// next key: TypingHabitsE2eTest::otherLayouts and the dead-key test of ExpansionE2eTest.)
 #include "XSession.h"
 
 #include <QtTest>
@@ -19,7 +20,6 @@ private slots:
         typolet.setProcessEnvironment(env);
         typolet.start(QStringLiteral(TYPOLET_EXECUTABLE), {});
         QVERIFY(typolet.waitForFinished(60000));
-        const QString out = QString::fromUtf8(typolet.readAllStandardOutput());
         const QString err = QString::fromUtf8(typolet.readAllStandardError());
         QCOMPARE(typolet.exitStatus(), QProcess::NormalExit);
         QCOMPARE(typolet.exitCode(), 1);
@@ -60,37 +60,12 @@ private slots:
         QVERIFY2(!all.contains(QStringLiteral("XIO")), qPrintable(all));
     }
 
-    void newLayoutIsUsedFromTheNextKey() {
-        XSession session;
-        QVERIFY(session.isRunning());
-        session.writeSnippets({{QStringLiteral("zug"), QStringLiteral("Zugspitze")}});
-        QVERIFY2(session.startTypolet(), qPrintable(session.log()));
-        const QString out = session.file(QStringLiteral("received"));
-        QVERIFY2(session.startTerminal(out) && session.focusTarget(), qPrintable(session.log()));
-        // On the German layout z sits where y is on the US one: only a translator that has
-        // picked up the new keymap reads "zug" from these keys.
-        QVERIFY(session.run(QStringLiteral("setxkbmap"), {QStringLiteral("de")}));
-        QVERIFY(session.run(QStringLiteral("xdotool"),
-                            {QStringLiteral("key"), QStringLiteral("z"), QStringLiteral("u"),
-                             QStringLiteral("g")}));
-        XSession::waitFor([&] {
-            return XSession::afterErasing(XSession::readText(out).toUtf8()) == QLatin1String("Zugspitze");
-        }, 60000);
-        QCOMPARE(XSession::afterErasing(XSession::readText(out).toUtf8()), QStringLiteral("Zugspitze"));
-    }
-
     void characterWithoutKeysymIsSkipped() {
         XSession session;
-        QVERIFY(session.isRunning());
-        session.writeSnippets({{QStringLiteral(";nc"), QStringLiteral("ab\uFDD0cd")}});
-        QVERIFY2(session.startTypolet(), qPrintable(session.log()));
-        const QString out = session.file(QStringLiteral("received"));
-        QVERIFY2(session.startTerminal(out) && session.focusTarget(), qPrintable(session.log()));
+        QVERIFY2(session.startWith({{";nc", "ab\uFDD0cd"}}, XSession::Target::Terminal),
+                 qPrintable(session.log()));
         QVERIFY(session.run(QStringLiteral("xdotool"), {QStringLiteral("type"), QStringLiteral(";nc")}));
-        XSession::waitFor([&] {
-            return XSession::afterErasing(XSession::readText(out).toUtf8()) == QLatin1String("abcd");
-        }, 60000);
-        QCOMPARE(XSession::afterErasing(XSession::readText(out).toUtf8()), QStringLiteral("abcd"));
+        QCOMPARE(session.shownTextOnce([](const QString& text) { return text == "abcd"; }), "abcd");
         QVERIFY(session.typoletOutput().contains(
             QStringLiteral("Skipped a character that no key can type: U+FDD0")));
     }

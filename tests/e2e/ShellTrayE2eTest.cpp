@@ -72,7 +72,6 @@ class ShellTrayE2eTest : public QObject {
     Q_OBJECT
 private slots:
     void runInBackgroundThenOpenTypolet();
-    void keepsExpandingInTheBackground();
     void pauseFromTheTrayMenuIsKeptOverARestart();
     void excludeFromTheTrayMenuTakesTheApplicationInUse();
     void secondLaunchExitsAndRaisesTheFirst();
@@ -144,11 +143,14 @@ bool ShellTrayE2eTest::runInBackground(XSession& x) {
 
 void ShellTrayE2eTest::runInBackgroundThenOpenTypolet() {
     XSession x;
+    x.writeSnippets({{";bg", "from the background"}});
     start(x, true);
     QVERIFY(runInBackground(x));
-    QCOMPARE(x.typolet()->state(), QProcess::Running);
-    QCOMPARE(trayIcons(x).size(), 1); // still in the tray
+    QCOMPARE(trayIcons(x).size(), 1); // still in the tray, and still expanding
     QVERIFY(trayIcons(x).first().width >= 16);
+    QVERIFY(x.run(QStringLiteral("xdotool"), {"type", ";bg"}));
+    QVERIFY2(x.waitForExpansions(1), qPrintable(x.typoletOutput().right(2000)));
+    QVERIFY(x.typoletOutput().contains("Match found: ';bg' -> 'from the background'"));
 
     QVERIFY(!openTrayMenu(x).isEmpty());
     x.run(QStringLiteral("xdotool"), {"key", "Down", "Return"}); // "Open Typolet"
@@ -159,17 +161,6 @@ void ShellTrayE2eTest::runInBackgroundThenOpenTypolet() {
     QVERIFY(!openTrayMenu(x).isEmpty());
     x.run(QStringLiteral("xdotool"), {"key", "ctrl+o"});
     QVERIFY(XSession::waitFor([&] { return isViewable(x, m_mainWindow); }));
-}
-
-void ShellTrayE2eTest::keepsExpandingInTheBackground() {
-    XSession x;
-    x.writeSnippets({{";bg", "from the background"}});
-    start(x, true);
-    QVERIFY(runInBackground(x));
-    QVERIFY(!isViewable(x, m_mainWindow));
-    QVERIFY(x.run(QStringLiteral("xdotool"), {"type", ";bg"}));
-    QVERIFY2(x.waitForExpansions(1), qPrintable(x.typoletOutput().right(2000)));
-    QVERIFY(x.typoletOutput().contains("Match found: ';bg' -> 'from the background'"));
 }
 
 void ShellTrayE2eTest::pauseFromTheTrayMenuIsKeptOverARestart() {
@@ -221,7 +212,6 @@ void ShellTrayE2eTest::secondLaunchExitsAndRaisesTheFirst() {
 void ShellTrayE2eTest::withoutATrayItRunsWithItsWindow() {
     XSession x;
     start(x, false);
-    QVERIFY(trayIcons(x).isEmpty());
     // Still running once the event loop has settled (nothing waited for a tray).
     QVERIFY(!x.typolet()->waitForFinished(1000));
     QVERIFY(isViewable(x, m_mainWindow));
