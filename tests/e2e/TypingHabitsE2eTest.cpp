@@ -144,7 +144,8 @@ private slots:
     void escapeCancelsALongContent() {
         XSession session;
         session.writeSetting(QStringLiteral("pasteLongSnippets"), false); // typed, key by key
-        const QString content = repeated(QStringLiteral("All work and no play. "), 500);
+        // Long enough that the X server is still taking its keys when Escape comes.
+        const QString content = repeated(QStringLiteral("All work and no play. "), 2000);
         QVERIFY2(session.startWith({{";long", content}}, Target::QtClient),
                  qPrintable(session.log()));
         QVERIFY(session.typist({"--own-keyboard", "--interval", "20", "text:;long", "wait:150",
