@@ -337,6 +337,22 @@ void X11KeyMonitor::heldKey(const void* deviceEvent, bool press) {
     held.stroke.state = KeyboardState{uint32_t(event->mods.base), uint32_t(event->mods.latched),
                                       uint32_t(event->mods.locked),
                                       uint32_t(event->group.effective)};
+    if (!press) {
+        // A key let go while held never shows as a raw release: its repeats end here. If it
+        // was down long enough to repeat before the hold began, the application got repeats
+        // that were never reported, and how many is not known.
+        const auto repeating = m_repeating.constFind(event->sourceid);
+        if (repeating != m_repeating.cend() && repeating->keyCode == keyCode) {
+            KeyStroke stroke = repeating->stroke;
+            const long heldMs = static_cast<long>(event->time - repeating->since);
+            m_repeating.erase(repeating);
+            if (heldMs >= controlsOf(event->sourceid).delayMs) {
+                stroke.repeats = 1;
+                stroke.repeatCountUncertain = true;
+                report(stroke);
+            }
+        }
+    }
     if (m_droppedPresses.contains(keyCode)) {
         if (!press)
             m_droppedPresses.remove(keyCode);
