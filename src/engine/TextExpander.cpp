@@ -343,6 +343,14 @@ bool TextExpander::wordEndDecided(const QString& next, bool reachedApplication) 
             releaseHeldKeys();
         return false;
     }
+    if (!reachedApplication && !leftTheLine &&
+        PlaceholderText(snippet.content).uses(PlaceholderText::Kind::Cursor)) {
+        // Let go now, the key would land where the caret goes back to. It goes to the
+        // application first instead, and the expansion takes it in after the content.
+        m_awaiting = AwaitedWordEnd{snippet, false, true};
+        releaseHeldKeys();
+        return false;
+    }
     if (reachedApplication) {
         qCInfo(lcKeys).noquote() << QStringLiteral("Key pressed: ") + next;
         m_lastKeyDownTime = m_clock();
@@ -454,8 +462,11 @@ void TextExpander::expand(const Snippet& snippet, const QString& wordEnd, bool e
     }
     // Counted on the whole text, as the application will see it: a mark after the cursor
     // joins the character before it.
+    // A Tab or Return still held lands where the caret is: it stays after the content, as
+    // the user moves on, and the caret with it.
+    const bool endStillHeld = !endReached && !wordEnd.isEmpty();
     const int caretBack =
-        rendered.cursor < 0
+        rendered.cursor < 0 || endStillHeld
             ? 0
             : static_cast<int>(GraphemeText::count(typed) - GraphemeText::count(beforeCursor));
     // BackSpace puts back the command with what ended its word, as it was typed; not after a

@@ -259,6 +259,20 @@ private slots:
         typed.add(";b", "<b>{{cursor}}</b>", Snippet::Trigger::AfterWordEnd);
         typed.type(";b ");
         QCOMPARE(typed.output.performed.value(0).value(2), ExpansionAction::moveLeft(5));
+        // Held, a space goes to the application first and is taken in the same way; a Tab or
+        // Return stays after the content with the caret.
+        for (const uint32_t next : {keySpace, keyTab}) {
+            Listening held;
+            held.add(";a", "<b>{{cursor}}</b>", Snippet::Trigger::AfterWordEnd);
+            held.start();
+            held.press({keySemicolon, keyA, next});
+            QCoreApplication::processEvents();
+            Expansion expected = next == keySpace ? TextExpander::replacement(3, "<b></b> ")
+                                                  : TextExpander::replacement(2, "<b></b>");
+            if (next == keySpace)
+                expected.append(ExpansionAction::moveLeft(5));
+            QCOMPARE(held.output.performed, Expansions{expected});
+        }
     }
 
     // Contents of at least the threshold's characters (not code units) are pasted; shorter
