@@ -62,8 +62,13 @@ ImportPlan EspansoMatchFile::decode(const QString& path, const QByteArray& yaml)
                 ++plan.skipped;
                 continue;
             }
+            // `word: true` waits for the word around the trigger to end, as our option does.
+            const YAML::Node word = match["word"];
+            const bool wholeWord = isScalar(word) && word.as<std::string>() == "true";
             for (const QString& trigger : triggers)
-                plan.addSnippet(Snippet::create(trigger, text(replace), category.id));
+                plan.addSnippet(Snippet::create(trigger, text(replace), category.id,
+                                                wholeWord ? Snippet::Trigger::AfterWordEnd
+                                                          : Snippet::Trigger::Immediately));
         }
         // A file with nothing usable brings no empty category either.
         if (plan.snippets.isEmpty())

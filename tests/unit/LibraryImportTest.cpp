@@ -28,7 +28,8 @@ void writeFiles(const QTemporaryDir& dir, const Files& files) {
 QStringList described(const ImportPlan& plan) {
     QStringList result;
     for (const Snippet& s : plan.snippets)
-        result.append(s.command + '=' + s.content + '@' + plan.categoryName(s.categoryId));
+        result.append(s.command + (s.expandsAfterWordEnd() ? " (word)" : "") + '=' + s.content +
+                      '@' + plan.categoryName(s.categoryId));
     return result;
 }
 
@@ -112,7 +113,7 @@ matches:
   - trigger: "  "
     replace: "spaces"
 )y"}} << "base.yml"
-                                    << QStringList{":sig=Best regards,\n  Ada\n@base",
+                                    << QStringList{":sig (word)=Best regards,\n  Ada\n@base",
                                                    ":hi=Hello!@base", ":hello=Hello!@base"}
                                     << 4;
         QTest::newRow("phrase folder")
