@@ -2,7 +2,6 @@
 
 #include "InputDeviceAccess.h"
 
-#include <QCollator>
 #include <QDir>
 #include <QFileInfo>
 #include <algorithm>
@@ -15,9 +14,10 @@ QList<EvdevKeyboardFinder::Node> EvdevKeyboardFinder::scan() const {
     QStringList names = QDir(m_folder).entryList({QStringLiteral("event*")},
                                                  QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
     // event2 before event10, as the kernel numbered them.
-    QCollator numeric;
-    numeric.setNumericMode(true);
-    std::sort(names.begin(), names.end(), numeric);
+    const auto number = [](const QString& name) { return QStringView(name).mid(5).toInt(); };
+    std::sort(names.begin(), names.end(), [&number](const QString& a, const QString& b) {
+        return number(a) != number(b) ? number(a) < number(b) : a < b;
+    });
     QList<Node> nodes;
     for (const QString& name : names)
         nodes.append(inspect(QDir(m_folder).filePath(name), nullptr));
