@@ -26,12 +26,13 @@ public:
     // Creates the node `file` in the folder.
     void addNode(const QString& file, const QString& name, bool keyboard, bool readable = true) {
         QFile(QDir(m_folder).filePath(file)).open(QIODevice::WriteOnly);
-        m_nodes.insert(file, Node{{name, keyboard}, readable, {}});
+        m_nodes.insert(file, Node{{name, keyboard, {}}, readable, {}});
     }
     void removeNode(const QString& file) { QFile::remove(QDir(m_folder).filePath(file)); }
     // The test's end of the last opening of `file`; -1 when it was never opened.
     int peer(const QString& file) const { return m_lastPeer.value(file, -1); }
     void setKeysDown(const QString& file, QList<uint16_t> codes) { m_nodes[file].keysDown = codes; }
+    void setLightsOn(const QString& file, QList<uint16_t> leds) { m_nodes[file].info.lightsOn = leds; }
     bool uinputWritable = false;
 
     // Writes one record to the open end `peer`.

@@ -131,6 +131,13 @@ private slots:
         session.key(0, BTN_LEFT, 1); // a pointer button on the keyboard is a click, not a key
         QTRY_COMPARE(session.typed(), QStringLiteral("Qq"));
         QCOMPARE(session.clicks, 1);
+        // A keyboard plugged in with Num Lock lit: its keypad types digits from the start.
+        session.devices.addNode("event1", "Keypad", true);
+        session.devices.setLightsOn("event1", {LED_NUML});
+        session.monitor.addKeyboard(
+            session.devices.openForReading(session.folder.filePath("event1")), "Keypad");
+        session.tap(1, KEY_KP1);
+        QTRY_COMPARE(session.typed(), QStringLiteral("Qq1"));
     }
 };
 

@@ -84,6 +84,10 @@ void EvdevKeyMonitor::addKeyboard(int fd, const QString& name, const QString& pa
     Keyboard* raw = keyboard.get();
     connect(keyboard->notifier.get(), &QSocketNotifier::activated, this, [this, raw] { read(raw); });
     m_keyboards.push_back(std::move(keyboard));
+    // A lock switched on before Typolet started shows only in the lights.
+    if (const auto info = m_access.describe(fd))
+        for (const uint16_t led : info->lightsOn)
+            lockLight(led, true);
     qCInfo(lcEngine).noquote() << QStringLiteral("Reading the keyboard \"%1\"").arg(name);
 }
 

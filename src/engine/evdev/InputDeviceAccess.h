@@ -14,6 +14,7 @@ public:
     struct DeviceInfo {
         QString name;
         bool keyboard = false; // reports keys, letter keys among them
+        QList<uint16_t> lightsOn; // the LED codes lit now (Caps Lock, Num Lock...)
     };
 
     // The name Typolet's own virtual keyboard announces: its keys are Typolet's typing, never

@@ -46,6 +46,11 @@ std::optional<InputDeviceAccess::DeviceInfo> LibevdevDeviceAccess::describe(int 
     DeviceInfo info;
     info.name = QString::fromUtf8(libevdev_get_name(device.get()));
     info.keyboard = libevdev_has_event_type(device.get(), EV_KEY) && hasLetterKeys(device.get());
+    for (unsigned int code = 0; code <= LED_MAX; ++code) {
+        if (libevdev_has_event_code(device.get(), EV_LED, code) &&
+            libevdev_get_event_value(device.get(), EV_LED, code) != 0)
+            info.lightsOn.append(static_cast<uint16_t>(code));
+    }
     return info;
 }
 
