@@ -43,6 +43,7 @@ public:
     // Grabs `keys` for the whole desktop and runs `onPressed` for each press; false when
     // another program holds them.
     bool grabGlobalKey(const QKeySequence& keys, std::function<void()> onPressed);
+    static constexpr bool grabsGlobalKeys = true;
 
     // Whether the user paused expansion.
     void setPaused(bool paused);

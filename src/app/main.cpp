@@ -2,6 +2,9 @@
 #include "ContentView.h"
 #include "Logging.h"
 #include "EngineBootstrap.h"
+#include "EvdevEngineBootstrap.h"
+#include "InputBackend.h"
+#include "InputCheck.h"
 #include "LibraryTransfer.h"
 #include "Autostart.h"
 #include "Preferences.h"
@@ -17,6 +20,7 @@
 #include <QGuiApplication>
 #include <QKeySequence>
 #include <QMessageBox>
+#include <QTextStream>
 #include <QWindow>
 #include <csignal>
 #include <memory>
@@ -45,39 +49,9 @@ void onTerminationSignal(int) {
 }
 } // namespace
 
-int main(int argc, char* argv[]) {
-    QCoreApplication::setOrganizationName(QStringLiteral("Typolet"));
-    QCoreApplication::setApplicationName(QStringLiteral("Typolet"));
-
-    // QApplication aborts when it cannot open a display, so look first, and keep that
-    // connection until the toolkit has its own (see openDisplay).
-    std::shared_ptr<void> probeConnection = X11PermissionProbe::openDisplay();
-    const bool hasDisplay = probeConnection != nullptr;
-    std::unique_ptr<QCoreApplication> app;
-    if (hasDisplay) {
-        // If the toolkit cannot use the display after all, it runs without windows rather than abort.
-        qputenv("QT_QPA_PLATFORM", "xcb;offscreen");
-        app = std::make_unique<QApplication>(argc, argv);
-        probeConnection.reset();
-        previousMessageHandler = qInstallMessageHandler(filterQtMessages);
-    } else {
-        app = std::make_unique<QCoreApplication>(argc, argv);
-    }
-
-    Logging::configure();
-    Translations::install(*app);
-    SnippetStore store;
-    EngineBootstrap engine(hasDisplay);
-
-    if (!hasDisplay) {
-        engine.start(store);
-        QCoreApplication::processEvents(); // shows the guidance that start() scheduled
-        qCWarning(lcApp).noquote() << QStringLiteral("Typolet needs an X11 display and could not open one "
-                                         "(DISPLAY is \"%1\").")
-                              .arg(qEnvironmentVariable("DISPLAY"));
-        return 1;
-    }
-
+// The application shell around either engine: the windows, the tray, the preferences.
+template <class Engine>
+int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store) {
     // The shell starts the pieces in order: the engine (with its permission check, which only
     // schedules its guidance), then the main window around the snippet editor, then the menus
     // and the tray icon. A second launch starts none of them; it wakes the running Typolet.
@@ -86,7 +60,7 @@ int main(int argc, char* argv[]) {
     ContentView* editor = nullptr; // owned by the main window
     TypoletApp typolet(
         {[&engine, &store] { engine.start(store); },
-         {}, // the permission check is part of EngineBootstrap::start
+         {}, // the permission check is part of the engine's start
          [&store, &editor] {
              auto view = std::make_unique<ContentView>(store);
              editor = view.get();
@@ -101,14 +75,14 @@ int main(int argc, char* argv[]) {
 
     // A termination signal cannot answer the quit question: it ends Typolet at once.
     if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) == 0) {
-        auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, app.get());
-        QObject::connect(notifier, &QSocketNotifier::activated, app.get(),
+        auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, &app);
+        QObject::connect(notifier, &QSocketNotifier::activated, &app,
                          [&typolet] { typolet.trayController()->terminateWithoutAsking(); });
         std::signal(SIGTERM, onTerminationSignal);
         std::signal(SIGINT, onTerminationSignal);
     }
     engine.setPaused(preferences.paused());
-    QObject::connect(&preferences, &Preferences::pausedChanged, app.get(),
+    QObject::connect(&preferences, &Preferences::pausedChanged, &app,
                      [&engine](bool paused) { engine.setPaused(paused); });
     // The pause keys (Ctrl+Alt+Space unless changed) pause and resume from anywhere, when no
     // other program holds them; a change in Preferences takes effect at once.
@@ -127,20 +101,22 @@ int main(int argc, char* argv[]) {
         if (tellUser)
             QMessageBox::warning(nullptr, QCoreApplication::translate("main", "Keys Taken"), taken);
     };
-    grabPauseKeys(false);
-    QObject::connect(&preferences, &Preferences::pauseKeysChanged, app.get(),
-                     [grabPauseKeys] { grabPauseKeys(true); });
+    if (Engine::grabsGlobalKeys) {
+        grabPauseKeys(false);
+        QObject::connect(&preferences, &Preferences::pauseKeysChanged, &app,
+                         [grabPauseKeys] { grabPauseKeys(true); });
+    }
     engine.setExcludedApplications(preferences.excludedApplications());
-    QObject::connect(&preferences, &Preferences::excludedApplicationsChanged, app.get(),
+    QObject::connect(&preferences, &Preferences::excludedApplicationsChanged, &app,
                      [&engine](const QStringList& names) { engine.setExcludedApplications(names); });
     // Asked as the tray menu opens, before it takes the keyboard: the application in use.
     typolet.trayController()->setLastApplicationSource(
         [&engine] { return engine.focusedApplication(); });
     engine.setUndoWithBackspace(preferences.undoWithBackspace());
-    QObject::connect(&preferences, &Preferences::undoWithBackspaceChanged, app.get(),
+    QObject::connect(&preferences, &Preferences::undoWithBackspaceChanged, &app,
                      [&engine](bool on) { engine.setUndoWithBackspace(on); });
     engine.setPasteThreshold(preferences.effectivePasteThreshold());
-    QObject::connect(&preferences, &Preferences::pasteChanged, app.get(), [&engine, &preferences] {
+    QObject::connect(&preferences, &Preferences::pasteChanged, &app, [&engine, &preferences] {
         engine.setPasteThreshold(preferences.effectivePasteThreshold());
     });
     // A command typed into one of Typolet's own fields (the snippet editor, the search) is
@@ -149,7 +125,71 @@ int main(int argc, char* argv[]) {
         const QWindow* focused = QGuiApplication::focusWindow();
         return focused != nullptr && focused->isVisible();
     });
-    QObject::connect(app.get(), &QCoreApplication::aboutToQuit,
+    QObject::connect(&app, &QCoreApplication::aboutToQuit,
                      [&engine] { engine.restoreKeyboardMapping(); });
-    return app->exec();
+    return app.exec();
+}
+
+// No display for the windows: the engine starts for its permission guidance (on the terminal),
+// then Typolet says why it cannot run.
+template <class Engine>
+int runWithoutWindows(Engine& engine, SnippetStore& store, const QString& why) {
+    engine.start(store);
+    QCoreApplication::processEvents(); // shows the guidance that start() scheduled
+    qCWarning(lcApp).noquote() << why;
+    return 1;
+}
+
+int main(int argc, char* argv[]) {
+    QCoreApplication::setOrganizationName(QStringLiteral("Typolet"));
+    QCoreApplication::setApplicationName(QStringLiteral("Typolet"));
+    const InputBackend::Choice backend = InputBackend::choose();
+
+    for (int i = 1; i < argc; ++i) {
+        if (qstrcmp(argv[i], "--check-input") != 0)
+            continue;
+        QCoreApplication app(argc, argv);
+        Logging::configure();
+        Translations::install(app);
+        QTextStream out(stdout);
+        return InputCheck::run(out, backend);
+    }
+
+    // QApplication aborts when it cannot open a display, so look first, and keep that
+    // connection until the toolkit has its own (see openDisplay).
+    std::shared_ptr<void> probeConnection = X11PermissionProbe::openDisplay();
+    const bool evdev = backend.kind == InputBackend::Kind::Evdev;
+    const bool wayland = evdev && !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    const bool hasDisplay = probeConnection != nullptr || wayland;
+    std::unique_ptr<QCoreApplication> app;
+    if (hasDisplay) {
+        // If the toolkit cannot use the display after all, it runs without windows rather than abort.
+        qputenv("QT_QPA_PLATFORM", wayland ? "wayland;xcb;offscreen" : "xcb;offscreen");
+        app = std::make_unique<QApplication>(argc, argv);
+        probeConnection.reset();
+        previousMessageHandler = qInstallMessageHandler(filterQtMessages);
+    } else {
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    }
+
+    Logging::configure();
+    Translations::install(*app);
+    SnippetStore store;
+    if (evdev) {
+        EvdevEngineBootstrap engine(hasDisplay);
+        if (!hasDisplay)
+            return runWithoutWindows(
+                engine, store,
+                QStringLiteral("Typolet needs a Wayland or X11 display for its windows and could not "
+                               "open one (WAYLAND_DISPLAY is \"%1\", DISPLAY is \"%2\").")
+                    .arg(qEnvironmentVariable("WAYLAND_DISPLAY"), qEnvironmentVariable("DISPLAY")));
+        return runShell(*app, engine, store);
+    }
+    EngineBootstrap engine(hasDisplay);
+    if (!hasDisplay)
+        return runWithoutWindows(engine, store,
+                                 QStringLiteral("Typolet needs an X11 display and could not open one "
+                                                "(DISPLAY is \"%1\").")
+                                     .arg(qEnvironmentVariable("DISPLAY")));
+    return runShell(*app, engine, store);
 }

@@ -24,6 +24,28 @@ private slots:
         QVERIFY(PermissionGuidance::message(false, true, true).contains("Wayland session"));
     }
 
+    void kernelDeviceMessagesNameTheMissingNodeAndTheOneTimeFix_data() {
+        QTest::addColumn<bool>("canSee");
+        QTest::addColumn<bool>("canType");
+        QTest::addColumn<QString>("rule");
+        QTest::addColumn<bool>("copied"); // udev does not read the place it was installed to
+        QTest::newRow("typing missing, packaged") << true << false << "/usr/lib/udev/rules.d/70-typolet.rules" << false;
+        QTest::newRow("seeing missing, /usr/local") << false << true << "/usr/local/lib/udev/rules.d/70-typolet.rules" << true;
+    }
+    void kernelDeviceMessagesNameTheMissingNodeAndTheOneTimeFix() {
+        QFETCH(bool, canSee);
+        QFETCH(bool, canType);
+        QFETCH(QString, rule);
+        QFETCH(bool, copied);
+        const QString text = PermissionGuidance::kernelDevicesMessage(canSee, canType, rule);
+        QCOMPARE(text.contains("❌ Seeing keys"), !canSee);
+        QCOMPARE(text.contains("❌ Typing keys"), !canType);
+        QCOMPARE(text.contains("modprobe uinput"), !canType);
+        QCOMPARE(text.contains("install -m 644 " + rule), copied);
+        QVERIFY(text.contains("udevadm trigger"));
+        QVERIFY(!text.contains("X server"));
+    }
+
     void oneAlertOnceStartUpIsDoneWhenAnythingIsMissing() {
         for (const auto& [observe, post] :
              {std::pair(true, true), std::pair(false, true), std::pair(true, false)}) {
@@ -77,7 +99,7 @@ private slots:
             QFile page(opened[0].toLocalFile());
             QVERIFY(page.open(QIODevice::ReadOnly));
             const QByteArray html = page.readAll();
-            for (const char* word : {"XInput", "XTEST", "Wayland", "DISPLAY"})
+            for (const char* word : {"XInput", "XTEST", "Wayland", "DISPLAY", "uaccess", "/dev/uinput"})
                 QVERIFY2(html.contains(word), word);
         }
     }

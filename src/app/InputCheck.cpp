@@ -1,0 +1,97 @@
+#include "InputCheck.h"
+
+#include "EvdevEngineBootstrap.h"
+#include "EvdevKeyboardFinder.h"
+#include "EvdevPermissionProbe.h"
+#include "KeymapSource.h"
+#include "X11KeymapSource.h"
+#include "X11PermissionProbe.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QTextStream>
+#include <xkbcommon/xkbcommon.h>
+
+QString InputCheck::yesNo(bool yes) { return yes ? tr("yes") : tr("no"); }
+
+QString InputCheck::layouts(KeymapSource& source) {
+    xkb_keymap* keymap = source.currentKeymap();
+    if (!keymap)
+        return tr("none could be had");
+    QStringList names;
+    for (xkb_layout_index_t i = 0; i < xkb_keymap_num_layouts(keymap); ++i)
+        names.append(QString::fromUtf8(xkb_keymap_layout_get_name(keymap, i)));
+    const uint32_t group = source.currentGroup();
+    if (group < uint32_t(names.size()) && names.size() > 1)
+        names[group] += tr(" (in use)");
+    return names.join(QStringLiteral(", "));
+}
+
+int InputCheck::run(QTextStream& out, const InputBackend::Choice& backend) {
+    out << tr("Backend: %1 (%2)").arg(InputBackend::name(backend.kind), backend.reason) << '\n';
+    bool works = false;
+    if (backend.kind == InputBackend::Kind::Evdev) {
+        EvdevEngineBootstrap engine(false);
+        works = evdev(out, engine);
+    } else {
+        works = x11(out);
+    }
+    out << (works ? tr("Typolet can see and type keys here.")
+                  : tr("Typolet cannot expand snippets here until what is missing above is in place."))
+        << '\n';
+    out.flush();
+    return works ? 0 : 1;
+}
+
+bool InputCheck::evdev(QTextStream& out, EvdevEngineBootstrap& engine) {
+    const EvdevKeyboardFinder& finder = engine.keyboards();
+    QStringList keyboards;
+    int unreadable = 0;
+    const auto nodes = finder.scan();
+    for (const auto& node : nodes) {
+        if (node.keyboard)
+            keyboards.append(QStringLiteral("\"%1\" (%2)").arg(node.name, node.path));
+        unreadable += node.readable ? 0 : 1;
+    }
+    if (!QFileInfo(finder.folder()).isDir())
+        out << tr("Keyboards: none, %1 does not exist").arg(finder.folder()) << '\n';
+    else if (keyboards.isEmpty())
+        out << tr("Keyboards: none readable under %1").arg(finder.folder()) << '\n';
+    else
+        out << tr("Keyboards: %1 readable: %2").arg(keyboards.size()).arg(keyboards.join(QStringLiteral(", ")))
+            << '\n';
+    if (unreadable > 0)
+        out << tr("Input devices that cannot be read: %1 of %2").arg(unreadable).arg(nodes.size()) << '\n';
+
+    EvdevPermissionProbe& probe = engine.permissions();
+    const bool canType = probe.canPostKeys();
+    if (canType)
+        out << tr("Virtual keyboard: %1 is writable").arg(probe.uinputPath()) << '\n';
+    else if (!QFileInfo::exists(probe.uinputPath()))
+        out << tr("Virtual keyboard: %1 does not exist (is the uinput module loaded?)").arg(probe.uinputPath())
+            << '\n';
+    else
+        out << tr("Virtual keyboard: %1 is not writable").arg(probe.uinputPath()) << '\n';
+
+    out << tr("Keymap: from %1; layouts: %2").arg(engine.keymapOrigin(), layouts(engine.keymaps()))
+        << '\n';
+    const bool canSee = !keyboards.isEmpty();
+    out << tr("Seeing keys: %1. Typing keys: %2.").arg(yesNo(canSee), yesNo(canType)) << '\n';
+    return canSee && canType;
+}
+
+bool InputCheck::x11(QTextStream& out) {
+    const QString display = qEnvironmentVariable("DISPLAY");
+    if (!X11PermissionProbe::openDisplay()) {
+        out << tr("X display: cannot be opened (DISPLAY is \"%1\")").arg(display) << '\n';
+        return false;
+    }
+    out << tr("X display: %1").arg(display) << '\n';
+    X11PermissionProbe probe;
+    const bool canSee = probe.canObserveKeys(), canType = probe.canPostKeys();
+    X11KeymapSource keymaps;
+    out << tr("Keymap: from the X server; layouts: %1").arg(layouts(keymaps)) << '\n';
+    out << tr("Seeing keys (XInput 2): %1. Typing keys (XTEST): %2.").arg(yesNo(canSee), yesNo(canType))
+        << '\n';
+    return canSee && canType;
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "PermissionProbe.h"
+
+#include <QString>
+
+class EvdevKeyboardFinder;
+class InputDeviceAccess;
+
+// Answers from the kernel's device nodes. Keys can be observed when at least one of the user's
+// keyboards can be read, and posted when the uinput node can be opened for writing (which is
+// what creating the virtual keyboard needs). Both are granted per device node, by the udev
+// rule Typolet installs or by the system's administrator.
+class EvdevPermissionProbe : public PermissionProbe {
+public:
+    EvdevPermissionProbe(InputDeviceAccess& access, const EvdevKeyboardFinder& keyboards,
+                         QString uinputPath = QStringLiteral("/dev/uinput"));
+
+    bool canObserveKeys() override;
+    bool canPostKeys() override;
+
+    const QString& uinputPath() const { return m_uinputPath; }
+
+private:
+    InputDeviceAccess& m_access;
+    const EvdevKeyboardFinder& m_keyboards;
+    QString m_uinputPath;
+};

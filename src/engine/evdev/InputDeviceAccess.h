@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <cstdint>
+#include <optional>
+
+// The calls that reach the kernel's input devices: opening a device node, asking what a device
+// is, and reading which of its keys are down now. Everything above them (the key monitor,
+// keyboard discovery, the permission probe) works on plain file descriptors, so it runs against
+// socket pairs and temporary folders where no input device exists.
+class InputDeviceAccess {
+public:
+    struct DeviceInfo {
+        QString name;
+        bool keyboard = false; // reports keys, letter keys among them
+        QList<uint16_t> lightsOn; // the LED codes lit now (Caps Lock, Num Lock...)
+    };
+
+    // The name Typolet's own virtual keyboard announces: its keys are Typolet's typing, never
+    // the user's, so the keyboard search passes over it.
+    static constexpr const char* ownKeyboardName = "Typolet virtual keyboard";
+
+    virtual ~InputDeviceAccess() = default;
+
+    // Opens a device node for reading, non-blocking and closed on exec. -1 when it cannot be
+    // opened (errno tells why).
+    virtual int openForReading(const QString& path) = 0;
+    // Opens a node for writing (the virtual keyboard's node). -1 when it cannot be opened.
+    virtual int openForWriting(const QString& path) = 0;
+    // What the device behind `fd` is; nothing when it does not answer as an input device.
+    virtual std::optional<DeviceInfo> describe(int fd) = 0;
+    // The key codes held down on the device now, after events were lost; nothing when the
+    // device cannot tell.
+    virtual std::optional<QList<uint16_t>> keysDown(int fd) = 0;
+};
