@@ -77,9 +77,8 @@ void PreferencesView::buildGeneralCard() {
                                 tr("BackSpace right after an expansion puts the command back"),
                                 m_preferences.undoWithBackspace());
     m_pasteSwitch = addSwitchRow(tr("Paste long snippets"),
-                                 tr("Long contents go in through the clipboard, which is much "
-                                    "quicker than typing them; the clipboard then holds what it "
-                                    "held before"),
+                                 tr("Long contents are pasted, far quicker than typing; your "
+                                    "clipboard is kept"),
                                  m_preferences.pasteLongSnippets());
     auto* thresholdRow = new QHBoxLayout();
     thresholdRow->setContentsMargins(textIndent, 0, 0, 0);
