@@ -224,6 +224,13 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
 </context>
 <context>
+    <name>EvdevEngineBootstrap</name>
+    <message>
+        <source>the XKB_DEFAULT_* variables, or xkbcommon&apos;s default</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>FormParts</name>
     <message>
         <source>Cancel</source>
@@ -304,6 +311,116 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
     <message>
         <source>Import Failed</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>InputBackend</name>
+    <message>
+        <source>chosen by TYPOLET_BACKEND</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>TYPOLET_BACKEND=%1 is not known (x11 or evdev); choosing by the session</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Wayland session</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>X11 session</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>WAYLAND_DISPLAY is set</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no Wayland session found</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>InputCheck</name>
+    <message>
+        <source>yes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>none could be had</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source> (in use)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Backend: %1 (%2)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet can see and type keys here.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet cannot expand snippets here until what is missing above is in place.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keyboards: none, %1 does not exist</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keyboards: none readable under %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keyboards: %1 readable: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Input devices that cannot be read: %1 of %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Virtual keyboard: %1 is writable</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Virtual keyboard: %1 does not exist (is the uinput module loaded?)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Virtual keyboard: %1 is not writable</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keymap: from %1; layouts: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Seeing keys: %1. Typing keys: %2.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>X display: cannot be opened (DISPLAY is &quot;%1&quot;)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>X display: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keymap: from the X server; layouts: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Seeing keys (XInput 2): %1. Typing keys (XTEST): %2.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -425,6 +542,33 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
     <message>
         <source>Most X servers offer both; a server started with &quot;-extension XTEST&quot;, or a remote or nested display, may not. &quot;Open Help&quot; explains how to check and what to change. Start Typolet again afterwards.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>In this Wayland session Typolet watches and types keys through the kernel&apos;s input devices, and needs access to two of them:
+
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source> Seeing keys: reading a keyboard under /dev/input
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source> Typing keys: writing to /dev/uinput (Typolet&apos;s virtual keyboard)
+
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet&apos;s udev rule grants both to the user logged in at this seat, with no group change and no new login. The one-time fix, in a terminal:
+
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&quot;Open Help&quot; explains what the rule grants. Start Typolet again afterwards.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -718,6 +862,18 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
     <message>
         <source>Exclude “%1”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Snippet...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Category...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find Snippets</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
