@@ -376,18 +376,6 @@ This will permanently delete all %n snippet(s) in this category.</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Keyboards: none readable under %1</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Keyboards: %1 readable: %2</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Input devices that cannot be read: %1 of %2</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Virtual keyboard: %1 is writable</source>
         <translation type="unfinished"></translation>
     </message>
@@ -421,6 +409,22 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
     <message>
         <source>Seeing keys (XInput 2): %1. Typing keys (XTEST): %2.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keyboards: %1 found, %2 readable</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>  readable: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>  cannot be read: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Other input devices that cannot be read: %1</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -45,23 +45,27 @@ int InputCheck::run(QTextStream& out, const InputBackend::Choice& backend) {
 
 bool InputCheck::evdev(QTextStream& out, EvdevEngineBootstrap& engine) {
     const EvdevKeyboardFinder& finder = engine.keyboards();
-    QStringList keyboards;
+    QStringList readable, locked;
     int unreadable = 0;
     const auto nodes = finder.scan();
     for (const auto& node : nodes) {
-        if (node.keyboard)
-            keyboards.append(QStringLiteral("\"%1\" (%2)").arg(node.name, node.path));
+        if (node.usable())
+            readable.append(QStringLiteral("\"%1\" (%2)").arg(node.name, node.path));
+        else if (node.keyboard)
+            locked.append(node.path);
         unreadable += node.readable ? 0 : 1;
     }
     if (!QFileInfo(finder.folder()).isDir())
         out << tr("Keyboards: none, %1 does not exist").arg(finder.folder()) << '\n';
-    else if (keyboards.isEmpty())
-        out << tr("Keyboards: none readable under %1").arg(finder.folder()) << '\n';
     else
-        out << tr("Keyboards: %1 readable: %2").arg(keyboards.size()).arg(keyboards.join(QStringLiteral(", ")))
+        out << tr("Keyboards: %1 found, %2 readable").arg(readable.size() + locked.size()).arg(readable.size())
             << '\n';
-    if (unreadable > 0)
-        out << tr("Input devices that cannot be read: %1 of %2").arg(unreadable).arg(nodes.size()) << '\n';
+    for (const QString& keyboard : std::as_const(readable))
+        out << tr("  readable: %1").arg(keyboard) << '\n';
+    for (const QString& keyboard : std::as_const(locked))
+        out << tr("  cannot be read: %1").arg(keyboard) << '\n';
+    if (unreadable > locked.size())
+        out << tr("Other input devices that cannot be read: %1").arg(unreadable - locked.size()) << '\n';
 
     EvdevPermissionProbe& probe = engine.permissions();
     const bool canType = probe.canPostKeys();
@@ -75,7 +79,7 @@ bool InputCheck::evdev(QTextStream& out, EvdevEngineBootstrap& engine) {
 
     out << tr("Keymap: from %1; layouts: %2").arg(engine.keymapOrigin(), layouts(engine.keymaps()))
         << '\n';
-    const bool canSee = !keyboards.isEmpty();
+    const bool canSee = !readable.isEmpty();
     out << tr("Seeing keys: %1. Typing keys: %2.").arg(yesNo(canSee), yesNo(canType)) << '\n';
     return canSee && canType;
 }

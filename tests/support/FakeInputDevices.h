@@ -69,6 +69,9 @@ public:
             return std::nullopt;
         return m_nodes.value(*file).info;
     }
+    bool listedAsKeyboard(const QString& path) override {
+        return m_nodes.value(QFileInfo(path).fileName()).info.keyboard;
+    }
     std::optional<QList<uint16_t>> keysDown(int fd) override {
         const auto file = m_fileOf.constFind(fd);
         if (file == m_fileOf.cend())

@@ -6,6 +6,7 @@
 #include "EvdevKeyboardFinder.h"
 #include "EvdevPermissionProbe.h"
 #include "FakeInputDevices.h"
+#include "LibevdevDeviceAccess.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -39,17 +40,17 @@ private slots:
         folder.devices.addNode("event4", InputDeviceAccess::ownKeyboardName, true);
         folder.devices.addNode("event5", "Locked keyboard", true, false);
         folder.devices.addNode("mouse0", "Optical mouse", false);
-        QStringList found, keyboards, unreadable;
+        QStringList found, usable, locked;
         for (const auto& node : folder.finder.scan()) {
             found.append(QFileInfo(node.path).fileName());
-            if (node.keyboard)
-                keyboards.append(node.name);
-            if (!node.readable)
-                unreadable.append(QFileInfo(node.path).fileName());
+            if (node.usable())
+                usable.append(node.name);
+            if (node.keyboard && !node.readable)
+                locked.append(QFileInfo(node.path).fileName());
         }
         QCOMPARE(found, QStringList({"event2", "event3", "event4", "event5", "event10"}));
-        QCOMPARE(keyboards, QStringList({"Laptop keyboard", "USB keyboard"}));
-        QCOMPARE(unreadable, QStringList{"event5"});
+        QCOMPARE(usable, QStringList({"Laptop keyboard", "USB keyboard"}));
+        QCOMPARE(locked, QStringList{"event5"}); // known as a keyboard without opening it
         QCOMPARE(folder.finder.openKeyboard(folder.path("event3")), -1);
         QCOMPARE(folder.finder.openKeyboard(folder.path("event4")), -1);
     }
@@ -97,6 +98,17 @@ private slots:
         folder.devices.removeNode("event0");
         hotplug.handler(folder.path("event0"), false);
         QCOMPARE(monitor.keyboardNames(), QStringList{"USB keyboard"});
+    }
+
+    void theKernelsAccessTakesNoOtherNodeForAnInputDevice() {
+        LibevdevDeviceAccess access;
+        QCOMPARE(access.openForReading("/nonexistent/event0"), -1);
+        const int fd = access.openForReading("/dev/null");
+        QVERIFY(fd >= 0);
+        QVERIFY(!access.describe(fd));
+        QVERIFY(!access.keysDown(fd));
+        ::close(fd);
+        QVERIFY(!access.listedAsKeyboard("/dev/null"));
     }
 
     void aMonitorWithNothingToReadDoesNotStart() {

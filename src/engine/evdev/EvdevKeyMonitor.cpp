@@ -52,7 +52,7 @@ bool EvdevKeyMonitor::start(KeyHandler handler) {
     m_started = true;
     m_keyDown = std::move(handler);
     for (const EvdevKeyboardFinder::Node& node : m_finder.scan()) {
-        if (!node.keyboard)
+        if (!node.usable())
             continue;
         QString name;
         const int fd = m_finder.openKeyboard(node.path, &name);

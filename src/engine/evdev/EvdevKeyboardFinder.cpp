@@ -42,8 +42,10 @@ EvdevKeyboardFinder::Node EvdevKeyboardFinder::inspect(const QString& path, int*
     Node node;
     node.path = path;
     const int fd = m_access.openForReading(path);
-    if (fd < 0)
+    if (fd < 0) {
+        node.keyboard = m_access.listedAsKeyboard(path);
         return node;
+    }
     node.readable = true;
     if (const auto info = m_access.describe(fd)) {
         node.name = info->name;

@@ -14,7 +14,8 @@ public:
         QString path;
         QString name;     // empty when the node could not be opened
         bool readable = false;
-        bool keyboard = false;
+        bool keyboard = false; // for a node that cannot be read, as the device database says
+        bool usable() const { return readable && keyboard; }
     };
 
     EvdevKeyboardFinder(InputDeviceAccess& access, QString folder);

@@ -14,7 +14,7 @@ EvdevPermissionProbe::EvdevPermissionProbe(InputDeviceAccess& access,
 bool EvdevPermissionProbe::canObserveKeys() {
     const auto nodes = m_keyboards.scan();
     return std::any_of(nodes.begin(), nodes.end(),
-                       [](const EvdevKeyboardFinder::Node& node) { return node.keyboard; });
+                       [](const EvdevKeyboardFinder::Node& node) { return node.usable(); });
 }
 
 bool EvdevPermissionProbe::canPostKeys() {

@@ -30,6 +30,9 @@ public:
     virtual int openForWriting(const QString& path) = 0;
     // What the device behind `fd` is; nothing when it does not answer as an input device.
     virtual std::optional<DeviceInfo> describe(int fd) = 0;
+    // Whether the system's device database calls the node at `path` a keyboard: for a node that
+    // cannot be opened, so that a keyboard without access shows as such.
+    virtual bool listedAsKeyboard(const QString& path) = 0;
     // The key codes held down on the device now, after events were lost; nothing when the
     // device cannot tell.
     virtual std::optional<QList<uint16_t>> keysDown(int fd) = 0;

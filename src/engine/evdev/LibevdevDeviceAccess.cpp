@@ -3,6 +3,8 @@
 #include <QFile>
 #include <fcntl.h>
 #include <libevdev/libevdev.h>
+#include <libudev.h>
+#include <sys/stat.h>
 #include <memory>
 
 namespace {
@@ -65,4 +67,21 @@ std::optional<QList<uint16_t>> LibevdevDeviceAccess::keysDown(int fd) {
             down.append(static_cast<uint16_t>(code));
     }
     return down;
+}
+
+bool LibevdevDeviceAccess::listedAsKeyboard(const QString& path) {
+    struct stat node {};
+    if (::stat(QFile::encodeName(path).constData(), &node) != 0 || !S_ISCHR(node.st_mode))
+        return false;
+    udev* context = udev_new();
+    if (!context)
+        return false;
+    bool keyboard = false;
+    if (udev_device* device = udev_device_new_from_devnum(context, 'c', node.st_rdev)) {
+        const char* value = udev_device_get_property_value(device, "ID_INPUT_KEYBOARD");
+        keyboard = value && qstrcmp(value, "1") == 0;
+        udev_device_unref(device);
+    }
+    udev_unref(context);
+    return keyboard;
 }
