@@ -65,6 +65,7 @@ private:
     std::unique_ptr<KeyTranslator> m_translator;
     std::unique_ptr<DeviceHotplugSource> m_hotplug;
     std::unique_ptr<EvdevKeyMonitor> m_monitor;
+    // The uinput virtual keyboard. Until it is there the engine watches keys and types nothing.
     std::unique_ptr<KeyboardOutput> m_output;
     std::unique_ptr<AtSpiSecureInputWatch> m_secureInput;
     std::unique_ptr<SystemClipboard> m_clipboard;

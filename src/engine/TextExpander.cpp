@@ -58,11 +58,14 @@ TextExpander::~TextExpander() {
 void TextExpander::startMonitoring() {
     PermissionProbe* permissions = m_platform.permissions;
     if (!permissions || !permissions->canObserveKeys()) {
-        qCWarning(lcEngine).noquote() << QStringLiteral("Cannot see keys: the X server offers no XInput 2 extension");
+        qCWarning(lcEngine).noquote()
+            << QStringLiteral("Cannot see keys: %1")
+                   .arg(permissions ? permissions->observeProblem() : QStringLiteral("no platform to watch them through"));
         return;
     }
     if (!permissions->canPostKeys()) {
-        qCWarning(lcEngine).noquote() << QStringLiteral("Cannot type: the X server offers no XTEST extension");
+        qCWarning(lcEngine).noquote()
+            << QStringLiteral("Cannot type: %1").arg(permissions->postProblem());
         return;
     }
     if (!m_platform.monitor || !m_platform.translator ||

@@ -15,6 +15,8 @@ private slots:
         QProcess typolet;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert(QStringLiteral("DISPLAY"), QStringLiteral(":31999"));
+        env.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("x11"));
+        env.remove(QStringLiteral("WAYLAND_DISPLAY"));
         env.insert(QStringLiteral("XDG_CONFIG_HOME"), session.folder());
         env.remove(QStringLiteral("QT_QPA_PLATFORM"));
         typolet.setProcessEnvironment(env);

@@ -77,6 +77,7 @@ QProcessEnvironment XSession::environment(const QStringList& extra) const {
     env.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
     env.remove(QStringLiteral("QT_QPA_PLATFORM"));
     env.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    env.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("x11")); // Typolet picks X11
     env.remove(QStringLiteral("XAUTHORITY"));
     // No desktop's tray over D-Bus: a tray icon goes to the session's own XEmbed tray.
     env.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));

@@ -16,6 +16,9 @@ public:
         return postGranted;
     }
 
+    QString observeProblem() const override { return QStringLiteral("the test keeps the keys"); }
+    QString postProblem() const override { return QStringLiteral("the test keeps the output"); }
+
     bool observeGranted;
     bool postGranted;
     int observeQuestions = 0;

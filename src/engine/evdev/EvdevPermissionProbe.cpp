@@ -17,6 +17,14 @@ bool EvdevPermissionProbe::canObserveKeys() {
                        [](const EvdevKeyboardFinder::Node& node) { return node.usable(); });
 }
 
+QString EvdevPermissionProbe::observeProblem() const {
+    return QStringLiteral("no keyboard under %1 can be read").arg(m_keyboards.folder());
+}
+
+QString EvdevPermissionProbe::postProblem() const {
+    return QStringLiteral("%1 cannot be opened for writing").arg(m_uinputPath);
+}
+
 bool EvdevPermissionProbe::canPostKeys() {
     // Opening the node creates nothing: a virtual device exists only once it is set up.
     const int fd = m_access.openForWriting(m_uinputPath);

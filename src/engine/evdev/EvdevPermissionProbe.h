@@ -18,6 +18,8 @@ public:
 
     bool canObserveKeys() override;
     bool canPostKeys() override;
+    QString observeProblem() const override;
+    QString postProblem() const override;
 
     const QString& uinputPath() const { return m_uinputPath; }
 

@@ -11,6 +11,12 @@ class X11PermissionProbe : public PermissionProbe {
 public:
     bool canObserveKeys() override;
     bool canPostKeys() override;
+    QString observeProblem() const override {
+        return QStringLiteral("the X server offers no XInput 2 extension");
+    }
+    QString postProblem() const override {
+        return QStringLiteral("the X server offers no XTEST extension");
+    }
 
     // A connection to the display, held for as long as the caller keeps it; null when no
     // display can be opened. Holding it while the toolkit connects matters: a server whose
