@@ -704,15 +704,15 @@ This will permanently delete all %n snippet(s) in this category.</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Long contents go in through the clipboard, which is much quicker than typing them; the clipboard then holds what it held before</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Paste contents from</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
         <source> characters</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Long contents are pasted, far quicker than typing; your clipboard is kept</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
