@@ -21,8 +21,12 @@ std::optional<QString> SettingsFile::save(QSettings& settings,
     // file cut, and it reports no error), so its result is read back and compared before it
     // replaces anything. The read-back opens the file under another name: under its own name
     // QSettings would answer from its memory of what it meant to write.
+    // A new name each time, too: QSettings keeps what it read of a file by name, and takes a
+    // file of the same size and time as unchanged, so a save of the same length within the same
+    // moment (a category renamed to other letter case) would be checked against the last one.
+    static quint64 saves = 0;
     const QString scratchPath = path + QStringLiteral(".saving");
-    const QString checkPath = path + QStringLiteral(".checking");
+    const QString checkPath = path + QStringLiteral(".checking-%1").arg(++saves);
     QFile::remove(scratchPath);
     QFile::remove(checkPath);
     QMap<QString, QVariant> all;
