@@ -98,7 +98,8 @@ bool UinputKeyboardOutput::prepare() {
 int UinputKeyboardOutput::missingCount(const UinputKeystrokePlanner& planner) const {
     int count = 0;
     for (const ExpansionAction& action : std::as_const(m_job->actions))
-        if (action.kind == ExpansionAction::Kind::Type)
+        if (action.kind == ExpansionAction::Kind::Type ||
+            action.kind == ExpansionAction::Kind::Paste)
             for (const auto& step : planner.plan(action.text))
                 count += int(step.missing.size());
     return count;
@@ -122,7 +123,8 @@ void UinputKeyboardOutput::runBatch() {
             return;
         }
         const ExpansionAction& action = job.actions[job.action];
-        if (action.kind != ExpansionAction::Kind::Type) {
+        if (action.kind == ExpansionAction::Kind::Erase ||
+            action.kind == ExpansionAction::Kind::MoveLeft) {
             const bool erase = action.kind == ExpansionAction::Kind::Erase;
             const uint32_t keysym = erase ? XKB_KEY_BackSpace : XKB_KEY_Left;
             uint32_t code = m_planner.keyCodeOf(keysym);
@@ -135,6 +137,8 @@ void UinputKeyboardOutput::runBatch() {
                 continue;
             }
         } else {
+            // A text meant for the clipboard is typed too: which application has the focus,
+            // and so which keys would paste there, is not for us to see in a Wayland session.
             if (!job.steps)
                 job.steps = m_planner.plan(action.text);
             if (job.position < job.steps->size()) {

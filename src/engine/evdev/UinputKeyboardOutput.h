@@ -14,7 +14,8 @@ class KeymapSource;
 // `struct input_event` records to the device's file descriptor, which the compositor reads
 // like any other keyboard, with the session's keymap.
 //
-// Backspaces are BackSpace presses, caret moves Left presses, text the keys (and level keys:
+// Backspaces are BackSpace presses, caret moves Left presses, text (also text the engine meant
+// to paste: no application's paste keys can be known here) the keys (and level keys:
 // Shift, AltGr) that the keymap's active group gives for each character (see
 // UinputKeystrokePlanner). Lock state is accounted for: with Caps Lock on a lower-case letter
 // is typed with Shift. Only when a lock makes part of the text impossible are the locks tapped
