@@ -1,5 +1,7 @@
 #include "UinputDevice.h"
 
+#include "InputDeviceAccess.h"
+
 #include <QFile>
 #include <cerrno>
 #include <cstring>
@@ -26,7 +28,7 @@ std::unique_ptr<UinputDevice> UinputDevice::create(const QString& uinputPath, QS
     std::unique_ptr<UinputDevice> device(new UinputDevice);
     device->m_fd = fd;
     device->m_description = libevdev_new();
-    libevdev_set_name(device->m_description, deviceName);
+    libevdev_set_name(device->m_description, InputDeviceAccess::ownKeyboardName);
     libevdev_set_id_bustype(device->m_description, BUS_VIRTUAL);
     libevdev_enable_event_type(device->m_description, EV_KEY);
     // Every key a keymap can name: which ones a text needs depends on the layout in force

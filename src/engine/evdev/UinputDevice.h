@@ -9,12 +9,10 @@ struct libevdev_uinput;
 // Typolet's virtual keyboard: a kernel input device made through /dev/uinput with libevdev's
 // uinput helpers. It is made once at start and kept, so the compositor sees one extra keyboard
 // for the whole session rather than a new one per expansion. The only place that talks to
-// /dev/uinput.
+// /dev/uinput. It announces InputDeviceAccess::ownKeyboardName, which keyboard discovery
+// passes over, so our own keys are never read back as the user's.
 class UinputDevice {
 public:
-    // The device's name: keyboard discovery skips it, so our own keys are never read back.
-    static constexpr const char* deviceName = "Typolet virtual keyboard";
-
     ~UinputDevice();
     UinputDevice(const UinputDevice&) = delete;
     UinputDevice& operator=(const UinputDevice&) = delete;
