@@ -226,7 +226,19 @@ This will permanently delete all %n snippet(s) in this category.</source>
 <context>
     <name>EvdevEngineBootstrap</name>
     <message>
-        <source>the XKB_DEFAULT_* variables, or xkbcommon&apos;s default</source>
+        <source>the desktop&apos;s keyboard</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>your choice in Preferences</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the system&apos;s keyboard configuration (XKB_DEFAULT_LAYOUT or /etc/default/keyboard)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 (from %2)</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -713,6 +725,18 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
     <message>
         <source>Long contents are pasted, far quicker than typing; your clipboard is kept</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keyboard layout</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>In use: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>As the desktop has it</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -6,54 +6,35 @@
 #include "EvdevKeyboardFinder.h"
 #include "EvdevPermissionProbe.h"
 #include "KeyTranslator.h"
-#include "KeyboardOutput.h"
-#include "KeymapSource.h"
+#include "KeyboardLayoutCatalogue.h"
+#include "Logging.h"
 #include "LibevdevDeviceAccess.h"
 #include "MessageBoxPermissionAlert.h"
 #include "PermissionGuidance.h"
 #include "SystemClipboard.h"
 #include "TextExpander.h"
 #include "UdevHotplugSource.h"
+#include "UinputDevice.h"
+#include "UinputKeyboardOutput.h"
+#include "WaylandKeymapSource.h"
 
 #include <QCoreApplication>
-#include <xkbcommon/xkbcommon.h>
-
-namespace {
-// The keymap that the XKB_DEFAULT_* variables name (xkbcommon's own defaults otherwise), until
-// the keymap the compositor hands its clients is wired in here.
-class DefaultKeymapSource : public KeymapSource {
-public:
-    DefaultKeymapSource() : m_context(xkb_context_new(XKB_CONTEXT_NO_FLAGS)) {
-        if (m_context)
-            m_keymap = xkb_keymap_new_from_names(m_context, nullptr, XKB_KEYMAP_COMPILE_NO_FLAGS);
-    }
-    ~DefaultKeymapSource() override {
-        xkb_keymap_unref(m_keymap);
-        xkb_context_unref(m_context);
-    }
-    DefaultKeymapSource(const DefaultKeymapSource&) = delete;
-    DefaultKeymapSource& operator=(const DefaultKeymapSource&) = delete;
-    xkb_keymap* currentKeymap() override { return m_keymap; }
-    uint32_t currentGroup() override { return 0; }
-
-private:
-    xkb_context* m_context = nullptr;
-    xkb_keymap* m_keymap = nullptr;
-};
-} // namespace
 
 EvdevEngineBootstrap::EvdevEngineBootstrap(bool withWindows, const QString& inputFolder,
                                            const QString& uinputPath)
     : m_access(std::make_unique<LibevdevDeviceAccess>()),
       m_finder(std::make_unique<EvdevKeyboardFinder>(*m_access, inputFolder)),
       m_permissions(std::make_unique<EvdevPermissionProbe>(*m_access, *m_finder, uinputPath)),
-      m_keymaps(std::make_unique<DefaultKeymapSource>()),
+      m_keymaps(std::make_unique<WaylandKeymapSource>()),
       m_translator(std::make_unique<KeyTranslator>(*m_keymaps)),
       m_hotplug(std::make_unique<UdevHotplugSource>()),
       m_monitor(std::make_unique<EvdevKeyMonitor>(*m_keymaps, *m_access, *m_finder,
                                                   m_hotplug.get())),
+      m_output(std::make_unique<UinputKeyboardOutput>(*m_keymaps)),
       m_secureInput(std::make_unique<AtSpiSecureInputWatch>()),
-      m_clipboard(std::make_unique<SystemClipboard>()) {
+      m_clipboard(std::make_unique<SystemClipboard>()), m_uinputPath(uinputPath) {
+    EvdevKeyMonitor* monitor = m_monitor.get();
+    m_output->setKeyboardStateQuery([monitor] { return monitor->currentState(); });
     if (withWindows)
         m_windowAlert = std::make_unique<MessageBoxPermissionAlert>();
     else
@@ -66,11 +47,57 @@ EvdevEngineBootstrap::~EvdevEngineBootstrap() {
 }
 
 QString EvdevEngineBootstrap::keymapOrigin() const {
-    return QCoreApplication::translate("EvdevEngineBootstrap",
-                                       "the XKB_DEFAULT_* variables, or xkbcommon's default");
+    switch (m_keymaps->origin()) {
+    case WaylandKeymapSource::Origin::Compositor:
+        return QCoreApplication::translate("EvdevEngineBootstrap", "the desktop's keyboard");
+    case WaylandKeymapSource::Origin::Chosen:
+        return QCoreApplication::translate("EvdevEngineBootstrap", "your choice in Preferences");
+    case WaylandKeymapSource::Origin::SystemConfiguration:
+        break;
+    }
+    return QCoreApplication::translate(
+        "EvdevEngineBootstrap",
+        "the system's keyboard configuration (XKB_DEFAULT_LAYOUT or /etc/default/keyboard)");
+}
+
+QString EvdevEngineBootstrap::layoutInUse() const {
+    return QCoreApplication::translate("EvdevEngineBootstrap", "%1 (from %2)")
+        .arg(m_keymaps->layoutName(), keymapOrigin());
+}
+
+void EvdevEngineBootstrap::setKeyboardLayout(const QString& name) {
+    const auto [layout, variant] = KeyboardLayoutCatalogue::layoutAndVariant(name);
+    if (!m_keymaps->setChosenLayout(layout, variant))
+        qCWarning(lcEngine).noquote()
+            << QStringLiteral("The keyboard layout \"%1\" could not be loaded; keeping the one in use")
+                   .arg(name);
+}
+
+void EvdevEngineBootstrap::setLayoutInUseHandler(std::function<void(const QString&)> handler) {
+    m_layoutInUse = std::move(handler);
+    if (!m_layoutInUse)
+        return;
+    QObject::connect(m_keymaps.get(), &WaylandKeymapSource::changed, m_keymaps.get(),
+                     [this] {
+                         if (m_layoutInUse)
+                             m_layoutInUse(layoutInUse());
+                     });
+    m_layoutInUse(layoutInUse());
 }
 
 bool EvdevEngineBootstrap::start(SnippetStore& store) {
+    // The keymap the compositor hands its clients (the system's without one), then the
+    // virtual keyboard, made once and kept for the whole session.
+    m_keymaps->connectToCompositor();
+    m_keymaps->followDesktopLayoutSwitches();
+    QString error;
+    m_virtualKeyboard = UinputDevice::create(m_uinputPath, error);
+    if (m_virtualKeyboard)
+        m_output->setDevice(m_virtualKeyboard->fd());
+    else
+        qCWarning(lcEngine).noquote()
+            << QStringLiteral("Cannot make the virtual keyboard through %1: %2")
+                   .arg(m_uinputPath, error);
     m_engine = std::make_unique<TextExpander>(
         store, EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(),
                               m_output.get(), nullptr, m_secureInput.get()});

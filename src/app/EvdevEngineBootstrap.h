@@ -13,8 +13,9 @@ class EvdevKeyboardFinder;
 class EvdevPermissionProbe;
 class InputDeviceAccess;
 class KeyTranslator;
-class KeyboardOutput;
-class KeymapSource;
+class UinputDevice;
+class UinputKeyboardOutput;
+class WaylandKeymapSource;
 class MessageBoxPermissionAlert;
 class QKeySequence;
 class SnippetStore;
@@ -51,22 +52,29 @@ public:
     // The virtual keyboard binds no spare keys: nothing to restore.
     void restoreKeyboardMapping() {}
 
+    // The layout chosen in Preferences ("de", "de(nodeadkeys)"); empty: the desktop's.
+    void setKeyboardLayout(const QString& name);
+    // Told the layout in use now, and again whenever it changes.
+    void setLayoutInUseHandler(std::function<void(const QString&)> handler);
+
     // For `typolet --check-input`.
     const EvdevKeyboardFinder& keyboards() const { return *m_finder; }
     EvdevPermissionProbe& permissions() { return *m_permissions; }
-    KeymapSource& keymaps() { return *m_keymaps; }
+    WaylandKeymapSource& keymaps() { return *m_keymaps; }
     QString keymapOrigin() const;
+    // The layout in use and where it comes from, as a person reads it.
+    QString layoutInUse() const;
 
 private:
     std::unique_ptr<InputDeviceAccess> m_access;
     std::unique_ptr<EvdevKeyboardFinder> m_finder;
     std::unique_ptr<EvdevPermissionProbe> m_permissions;
-    std::unique_ptr<KeymapSource> m_keymaps;
+    std::unique_ptr<WaylandKeymapSource> m_keymaps;
     std::unique_ptr<KeyTranslator> m_translator;
     std::unique_ptr<DeviceHotplugSource> m_hotplug;
     std::unique_ptr<EvdevKeyMonitor> m_monitor;
-    // The uinput virtual keyboard. Until it is there the engine watches keys and types nothing.
-    std::unique_ptr<KeyboardOutput> m_output;
+    std::unique_ptr<UinputDevice> m_virtualKeyboard; // outlives the output that writes to it
+    std::unique_ptr<UinputKeyboardOutput> m_output;
     std::unique_ptr<AtSpiSecureInputWatch> m_secureInput;
     std::unique_ptr<SystemClipboard> m_clipboard;
     std::unique_ptr<TextExpander> m_engine;
@@ -77,4 +85,6 @@ private:
     bool m_undoWithBackspace = true;
     int m_pasteThreshold = 0;
     QStringList m_excluded;
+    QString m_uinputPath;
+    std::function<void(const QString&)> m_layoutInUse;
 };

@@ -3,6 +3,7 @@
 #include "EvdevEngineBootstrap.h"
 #include "EvdevKeyboardFinder.h"
 #include "EvdevPermissionProbe.h"
+#include "WaylandKeymapSource.h"
 #include "KeymapSource.h"
 #include "X11KeymapSource.h"
 #include "X11PermissionProbe.h"
@@ -77,6 +78,7 @@ bool InputCheck::evdev(QTextStream& out, EvdevEngineBootstrap& engine) {
     else
         out << tr("Virtual keyboard: %1 is not writable").arg(probe.uinputPath()) << '\n';
 
+    engine.keymaps().connectToCompositor(); // the system's configuration without one
     out << tr("Keymap: from %1; layouts: %2").arg(engine.keymapOrigin(), layouts(engine.keymaps()))
         << '\n';
     const bool canSee = !readable.isEmpty();

@@ -116,6 +116,25 @@ bool Preferences::setExcludedApplications(const QStringList& names) {
     return written;
 }
 
+QString Preferences::keyboardLayout() const {
+    return m_settings->value(QLatin1String(keyboardLayoutKey)).toString();
+}
+
+bool Preferences::setKeyboardLayout(const QString& layout) {
+    const bool changed = keyboardLayout() != layout;
+    const bool written = write(keyboardLayoutKey, layout);
+    if (changed)
+        emit keyboardLayoutChanged(layout);
+    return written;
+}
+
+void Preferences::setLayoutInUse(const QString& description) {
+    if (description == m_layoutInUse)
+        return;
+    m_layoutInUse = description;
+    emit layoutInUseChanged(description);
+}
+
 bool Preferences::write(const char* key, const QVariant& value) {
     m_settings->setValue(QLatin1String(key), value);
     m_settings->sync();

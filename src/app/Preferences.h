@@ -19,7 +19,9 @@ class QSettings;
 //    pasted through the clipboard rather than typed; absent read as true and 100;
 //  - paused: nothing expands until it is switched off again, also after a restart;
 //  - excludedApplications: the applications (by window class) where nothing expands;
-//  - pauseKeys: the desktop-wide keys that pause and resume, "Ctrl+Alt+Space" when absent.
+//  - pauseKeys: the desktop-wide keys that pause and resume, "Ctrl+Alt+Space" when absent;
+//  - keyboardLayout: in a Wayland session, the layout typed keys are read and typed with, as
+//    xkb-data names it ("de", "de(nodeadkeys)"); absent or empty: the one the desktop uses.
 // Every write is flushed to disk at once.
 class Preferences : public QObject {
     Q_OBJECT
@@ -57,6 +59,14 @@ public:
     QStringList excludedApplications() const;
     bool setExcludedApplications(const QStringList& names);
 
+    QString keyboardLayout() const;
+    bool setKeyboardLayout(const QString& layout);
+
+    // Not stored: the layout in use now, as the engine describes it ("German (from the
+    // desktop)"); empty where the layout cannot be chosen (X11 follows the server's).
+    QString layoutInUse() const { return m_layoutInUse; }
+    void setLayoutInUse(const QString& description);
+
     QString settingsPath() const;
 
     static constexpr const char* startAtLoginKey = "startAtLogin";
@@ -70,6 +80,7 @@ public:
     static constexpr const char* pausedKey = "paused";
     static constexpr const char* excludedApplicationsKey = "excludedApplications";
     static constexpr const char* pauseKeysKey = "pauseKeys";
+    static constexpr const char* keyboardLayoutKey = "keyboardLayout";
 
 signals:
     void startAtLoginChanged(bool enabled);
@@ -79,9 +90,12 @@ signals:
     void pausedChanged(bool paused);
     void excludedApplicationsChanged(const QStringList& names);
     void pauseKeysChanged(const QKeySequence& keys);
+    void keyboardLayoutChanged(const QString& layout);
+    void layoutInUseChanged(const QString& description);
 
 private:
     bool write(const char* key, const QVariant& value);
 
     std::unique_ptr<QSettings> m_settings;
+    QString m_layoutInUse;
 };

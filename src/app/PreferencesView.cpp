@@ -1,6 +1,7 @@
 #include "PreferencesView.h"
 
 #include "Autostart.h"
+#include "KeyboardLayoutCatalogue.h"
 #include "Preferences.h"
 #include "PreferenceCard.h"
 #include "SectionHeader.h"
@@ -9,6 +10,7 @@
 #include "ToggleSwitch.h"
 #include "ToneLabel.h"
 
+#include <QComboBox>
 #include <QHBoxLayout>
 #include <QKeySequenceEdit>
 #include <QLabel>
@@ -115,7 +117,50 @@ void PreferencesView::buildGeneralCard() {
         m_pauseKeys->setKeySequence(keys);
         m_preferences.setPauseKeys(keys);
     });
+    addLayoutRow();
     content->addStretch(1);
+}
+
+void PreferencesView::addLayoutRow() {
+    m_layoutRow = new QWidget(m_generalCard);
+    auto* column = new QVBoxLayout(m_layoutRow);
+    column->setContentsMargins(textIndent, 0, 0, 0);
+    column->setSpacing(4);
+    auto* row = new QHBoxLayout();
+    auto* title = new QLabel(tr("Keyboard layout"), m_layoutRow);
+    title->setFont(UiTheme::system(14, QFont::Medium));
+    row->addWidget(title, 1);
+    m_layoutChoice = new QComboBox(m_layoutRow);
+    m_layoutChoice->setAccessibleName(title->text());
+    m_layoutChoice->setMaximumWidth(200);
+    title->setBuddy(m_layoutChoice);
+    row->addWidget(m_layoutChoice);
+    column->addLayout(row);
+    m_layoutInUse = new ToneLabel({}, ToneLabel::Tone::Tertiary, m_layoutRow);
+    m_layoutInUse->setFont(UiTheme::system(12));
+    m_layoutInUse->setWordWrap(true);
+    column->addWidget(m_layoutInUse);
+    m_generalCard->contentLayout()->addWidget(m_layoutRow);
+
+    showLayoutInUse(m_preferences.layoutInUse());
+    connect(&m_preferences, &Preferences::layoutInUseChanged, this,
+            &PreferencesView::showLayoutInUse);
+    connect(m_layoutChoice, &QComboBox::activated, this, [this](int index) {
+        m_preferences.setKeyboardLayout(m_layoutChoice->itemData(index).toString());
+    });
+}
+
+void PreferencesView::showLayoutInUse(const QString& description) {
+    // Only where the layout can be chosen; X11 sessions use the server's.
+    m_layoutRow->setVisible(!description.isEmpty());
+    m_layoutInUse->setText(tr("In use: %1").arg(description));
+    if (description.isEmpty() || m_layoutChoice->count() > 0)
+        return;
+    m_layoutChoice->addItem(tr("As the desktop has it"), QString());
+    for (const auto& entry : KeyboardLayoutCatalogue::read())
+        m_layoutChoice->addItem(entry.description, entry.name);
+    const int chosen = m_layoutChoice->findData(m_preferences.keyboardLayout());
+    m_layoutChoice->setCurrentIndex(std::max(chosen, 0));
 }
 
 ToggleSwitch* PreferencesView::addSwitchRow(const QString& title, const QString& detail,

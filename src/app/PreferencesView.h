@@ -5,6 +5,7 @@
 class Autostart;
 class Preferences;
 class PreferenceCard;
+class QComboBox;
 class QLabel;
 class QKeySequenceEdit;
 class QListWidget;
@@ -15,7 +16,9 @@ class ToggleSwitch;
 class ToneLabel;
 
 // The content of the Preferences window: a "General" card with the start-at-login, the
-// undo-with-BackSpace and the paste switches (the paste threshold beside the last), and a "Sync" card announcing a feature that is not there yet.
+// undo-with-BackSpace and the paste switches (the paste threshold beside the last), the pause
+// keys and, in a Wayland session, the keyboard layout; and a "Sync" card announcing a feature
+// that is not there yet.
 //
 // The start-at-login switch adds and removes the autostart entry and shows whether Typolet
 // will start at login. Each time the view appears it gives Autostart the chance to apply the
@@ -33,6 +36,9 @@ public:
     QSpinBox* pasteThresholdBox() const { return m_pasteThreshold; }
     // The desktop-wide keys that pause and resume expansion.
     QKeySequenceEdit* pauseKeysEdit() const { return m_pauseKeys; }
+    // The keyboard layout in use and the choice of another; shown only where it can be chosen.
+    QComboBox* layoutChoice() const { return m_layoutChoice; }
+    ToneLabel* layoutInUseLabel() const { return m_layoutInUse; }
     // The applications where nothing expands, and the button that takes the selected one out.
     QListWidget* exclusionList() const { return m_exclusions; }
     QPushButton* removeExclusionButton() const { return m_removeExclusion; }
@@ -52,6 +58,8 @@ private:
     void buildSyncCard();
     void buildExclusionsCard();
     void showExclusions(const QStringList& names);
+    void addLayoutRow();
+    void showLayoutInUse(const QString& description);
     // A titled, explained switch under the General header.
     ToggleSwitch* addSwitchRow(const QString& title, const QString& detail, bool checked);
 
@@ -69,5 +77,8 @@ private:
     ToggleSwitch* m_pasteSwitch = nullptr;
     QSpinBox* m_pasteThreshold = nullptr;
     QKeySequenceEdit* m_pauseKeys = nullptr;
+    QWidget* m_layoutRow = nullptr;
+    QComboBox* m_layoutChoice = nullptr;
+    ToneLabel* m_layoutInUse = nullptr;
     ToneLabel* m_syncDetail = nullptr;
 };

@@ -112,6 +112,14 @@ int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store) {
     // Asked as the tray menu opens, before it takes the keyboard: the application in use.
     typolet.trayController()->setLastApplicationSource(
         [&engine] { return engine.focusedApplication(); });
+    // Where Typolet reads the layout itself (Wayland), Preferences shows it and offers others.
+    if constexpr (requires { engine.setKeyboardLayout(QString()); }) {
+        engine.setKeyboardLayout(preferences.keyboardLayout());
+        QObject::connect(&preferences, &Preferences::keyboardLayoutChanged, &app,
+                         [&engine](const QString& name) { engine.setKeyboardLayout(name); });
+        engine.setLayoutInUseHandler(
+            [&preferences](const QString& inUse) { preferences.setLayoutInUse(inUse); });
+    }
     engine.setUndoWithBackspace(preferences.undoWithBackspace());
     QObject::connect(&preferences, &Preferences::undoWithBackspaceChanged, &app,
                      [&engine](bool on) { engine.setUndoWithBackspace(on); });

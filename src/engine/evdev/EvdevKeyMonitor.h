@@ -55,6 +55,9 @@ public:
     void addKeyboard(int fd, const QString& name, const QString& path = {});
     // The keyboards read now, by name.
     QStringList keyboardNames() const;
+    // The modifiers held and locked on the user's keyboards now, and the active group (the
+    // virtual keyboard types with them in mind).
+    KeyboardState currentState();
 
 private:
     struct Keyboard {
@@ -81,7 +84,6 @@ private:
     void stopRepeating(Keyboard& keyboard);
     void feed(uint16_t code, bool down);
     void remove(Keyboard* keyboard, bool vanished);
-    KeyboardState currentState();
     bool ensureState();
     void report(const KeyStroke& stroke);
 

@@ -15,6 +15,9 @@
 #include "ToggleSwitch.h"
 #include "ToneLabel.h"
 
+#include "KeyboardLayoutCatalogue.h"
+
+#include <QComboBox>
 #include <QKeySequenceEdit>
 #include <QLabel>
 #include <QListWidget>
@@ -45,6 +48,7 @@ class PreferencesViewTest : public QObject {
     Q_OBJECT
 private slots:
     void switchTurnsTheEntryOnAndOffAndShowsTheTruth();
+    void keyboardLayoutShowsWhatIsInUseAndKeepsTheChoice();
 };
 
 void PreferencesViewTest::switchTurnsTheEntryOnAndOffAndShowsTheTruth() {
@@ -110,6 +114,33 @@ void PreferencesViewTest::switchTurnsTheEntryOnAndOffAndShowsTheTruth() {
     f.backend->registered = false;
     f.show();
     QVERIFY(!toggle->isChecked() && !f.preferences.startAtLogin());
+}
+
+void PreferencesViewTest::keyboardLayoutShowsWhatIsInUseAndKeepsTheChoice() {
+    Fixture f;
+    f.show();
+    QComboBox* choice = f.view.layoutChoice();
+    QVERIFY(!choice->isVisibleTo(&f.view)); // X11: the server's layout, nothing to choose
+
+    const QString inUse = QStringLiteral("German");
+    f.preferences.setLayoutInUse(inUse);
+    QVERIFY(choice->isVisibleTo(&f.view));
+    QVERIFY(f.view.layoutInUseLabel()->text().contains(inUse));
+
+    // A variant from xkb-data is offered under its layout, and the choice is stored.
+    const int variant = choice->findData(QStringLiteral("de(nodeadkeys)"));
+    QVERIFY(variant > 0);
+    QCOMPARE(KeyboardLayoutCatalogue::layoutAndVariant(choice->itemData(variant).toString()),
+             std::make_pair(QStringLiteral("de"), QStringLiteral("nodeadkeys")));
+    QSignalSpy changes(&f.preferences, &Preferences::keyboardLayoutChanged);
+    choice->setCurrentIndex(variant);
+    emit choice->activated(variant);
+    QCOMPARE(f.settings.read(Preferences::keyboardLayoutKey).toString(),
+             QStringLiteral("de(nodeadkeys)"));
+    choice->setCurrentIndex(0);
+    emit choice->activated(0);
+    QCOMPARE(f.preferences.keyboardLayout(), QString());
+    QCOMPARE(changes.size(), 2);
 }
 
 TYPOLET_ISOLATED_TEST_MAIN(PreferencesViewTest)

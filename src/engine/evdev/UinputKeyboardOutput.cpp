@@ -1,0 +1,237 @@
+#include "UinputKeyboardOutput.h"
+
+#include "KeymapSource.h"
+#include "Logging.h"
+
+#include <QPointer>
+#include <cerrno>
+#include <cstring>
+#include <linux/input.h>
+#include <unistd.h>
+#include <xkbcommon/xkbcommon.h>
+
+namespace {
+// Evdev codes are xkb keycodes less 8.
+constexpr uint32_t evdevOffset = 8;
+} // namespace
+
+UinputKeyboardOutput::UinputKeyboardOutput(KeymapSource& keymaps, QObject* parent)
+    : QObject(parent), m_keymaps(keymaps) {
+    m_stepTimer.setSingleShot(true);
+    connect(&m_stepTimer, &QTimer::timeout, this, [this] { step(); });
+}
+
+UinputKeyboardOutput::~UinputKeyboardOutput() {
+    if (m_job) {
+        m_job->cancelled = true;
+        m_job->finished = nullptr;
+        finish();
+    }
+}
+
+void UinputKeyboardOutput::setKeyboardStateQuery(std::function<KeyboardState()> query) {
+    m_stateQuery = std::move(query);
+}
+
+void UinputKeyboardOutput::setMissingTextHandler(MissingTextHandler handler) {
+    m_missingText = std::move(handler);
+}
+
+void UinputKeyboardOutput::perform(const Expansion& actions, std::function<void()> finished) {
+    if (m_job) {
+        // One expansion at a time; the engine never asks for two.
+        cancel();
+        finish();
+    }
+    m_job.emplace();
+    m_job->actions = actions;
+    m_job->finished = std::move(finished);
+    m_writeFailed = false;
+    if (m_fd < 0) {
+        qCWarning(lcEngine).noquote()
+            << QStringLiteral("Cannot type: there is no virtual keyboard to type with");
+        m_job->cancelled = true;
+        finish();
+        return;
+    }
+    step();
+}
+
+void UinputKeyboardOutput::cancel() {
+    if (m_job)
+        m_job->cancelled = true;
+}
+
+bool UinputKeyboardOutput::prepare() {
+    Job& job = *m_job;
+    const KeyboardState state = m_stateQuery ? m_stateQuery() : KeyboardState{};
+    if (state.baseMods != 0 && job.waitedMs < heldModifiersWaitMs) {
+        job.waitedMs += heldModifiersPollMs;
+        m_stepTimer.start(heldModifiersPollMs);
+        return false;
+    }
+    xkb_keymap* keymap = m_keymaps.currentKeymap();
+    UinputKeystrokePlanner::Conditions conditions{m_keymaps.currentGroup(), state.lockedMods,
+                                                  state.baseMods};
+    m_planner.setKeymap(keymap, conditions);
+    job.planned = true;
+    if (conditions.lockedMods == 0 || missingCount(m_planner) == 0)
+        return true;
+    uint32_t remaining = 0;
+    const QList<uint32_t> lockKeys =
+        UinputKeystrokePlanner::lockKeysClearing(keymap, conditions, remaining);
+    if (lockKeys.isEmpty())
+        return true;
+    UinputKeystrokePlanner unlocked;
+    UinputKeystrokePlanner::Conditions unlockedConditions = conditions;
+    unlockedConditions.lockedMods = remaining;
+    unlocked.setKeymap(keymap, unlockedConditions);
+    if (missingCount(unlocked) >= missingCount(m_planner))
+        return true;
+    for (const uint32_t code : lockKeys)
+        tap(code);
+    job.locksCleared = lockKeys;
+    m_planner.setKeymap(keymap, unlockedConditions);
+    return true;
+}
+
+int UinputKeyboardOutput::missingCount(const UinputKeystrokePlanner& planner) const {
+    int count = 0;
+    for (const ExpansionAction& action : std::as_const(m_job->actions))
+        if (action.kind == ExpansionAction::Kind::Type ||
+            action.kind == ExpansionAction::Kind::Paste)
+            for (const auto& step : planner.plan(action.text))
+                count += int(step.missing.size());
+    return count;
+}
+
+void UinputKeyboardOutput::step() {
+    if (!m_job)
+        return;
+    if (!m_job->cancelled && !m_job->planned && !prepare())
+        return;
+    runBatch();
+}
+
+void UinputKeyboardOutput::runBatch() {
+    Job& job = *m_job;
+    m_strokesInBatch = 0;
+    while (!job.cancelled && job.action < job.actions.size()) {
+        if (m_strokesInBatch >= strokesPerBatch) {
+            setModifiers({});
+            m_stepTimer.start(batchIntervalMs);
+            return;
+        }
+        const ExpansionAction& action = job.actions[job.action];
+        if (action.kind == ExpansionAction::Kind::Erase ||
+            action.kind == ExpansionAction::Kind::MoveLeft) {
+            const bool erase = action.kind == ExpansionAction::Kind::Erase;
+            const uint32_t keysym = erase ? XKB_KEY_BackSpace : XKB_KEY_Left;
+            uint32_t code = m_planner.keyCodeOf(keysym);
+            if (code == 0) // a keymap without them: the standard keys
+                code = (erase ? KEY_BACKSPACE : KEY_LEFT) + evdevOffset;
+            if (job.position < action.count) {
+                setModifiers({});
+                tap(code);
+                ++job.position;
+                continue;
+            }
+        } else {
+            // A text meant for the clipboard is typed too: which application has the focus,
+            // and so which keys would paste there, is not for us to see in a Wayland session.
+            if (!job.steps)
+                job.steps = m_planner.plan(action.text);
+            if (job.position < job.steps->size()) {
+                const UinputKeystrokePlanner::Step& next = (*job.steps)[job.position++];
+                if (next.missing.isEmpty()) {
+                    setModifiers(next.stroke.modifierKeys);
+                    tap(next.stroke.keyCode);
+                    continue;
+                }
+                setModifiers({});
+                if (m_missingText) {
+                    job.waitingForPaste = true;
+                    m_missingText(next.missing, [this, alive = QPointer<QObject>(this)] {
+                        if (!alive || !m_job || !m_job->waitingForPaste)
+                            return;
+                        m_job->waitingForPaste = false;
+                        QMetaObject::invokeMethod(this, [this] { step(); }, Qt::QueuedConnection);
+                    });
+                    return;
+                }
+                // Which characters were skipped reveals snippet text: only with typed-key
+                // diagnostics on; otherwise the count alone, once the text is done.
+                for (const char32_t codePoint : next.missing.toUcs4())
+                    qCInfo(lcKeys).noquote()
+                        << QStringLiteral("Skipped a character that no key can type: U+") +
+                               QString::number(uint(codePoint), 16).toUpper().rightJustified(4, u'0');
+                job.skipped += int(next.missing.toUcs4().size());
+                continue;
+            }
+        }
+        ++job.action;
+        job.position = 0;
+        job.steps.reset();
+    }
+    finish();
+}
+
+void UinputKeyboardOutput::finish() {
+    m_stepTimer.stop();
+    setModifiers({});
+    for (const uint32_t code : std::as_const(m_job->locksCleared))
+        tap(code);
+    Job job = std::move(*m_job);
+    m_job.reset();
+    if (job.skipped > 0)
+        qCInfo(lcEngine).noquote()
+            << QStringLiteral("Skipped %1 character(s) that no key can type").arg(job.skipped);
+    if (job.finished)
+        QMetaObject::invokeMethod(this, job.finished, Qt::QueuedConnection);
+}
+
+void UinputKeyboardOutput::setModifiers(const QList<uint32_t>& keyCodes) {
+    if (!m_job || m_job->modifiersDown == keyCodes)
+        return;
+    QList<uint32_t>& down = m_job->modifiersDown;
+    for (qsizetype i = down.size() - 1; i >= 0; --i)
+        if (!keyCodes.contains(down[i]))
+            key(down[i], false);
+    for (const uint32_t code : keyCodes)
+        if (!down.contains(code))
+            key(code, true);
+    down = keyCodes;
+}
+
+void UinputKeyboardOutput::tap(uint32_t keyCode) {
+    key(keyCode, true);
+    key(keyCode, false);
+    ++m_strokesInBatch;
+}
+
+void UinputKeyboardOutput::key(uint32_t keyCode, bool down) {
+    writeEvent(EV_KEY, uint16_t(keyCode - evdevOffset), down ? 1 : 0);
+    // One report per key: a reader applies a report's events together.
+    writeEvent(EV_SYN, SYN_REPORT, 0);
+}
+
+void UinputKeyboardOutput::writeEvent(uint16_t type, uint16_t code, int32_t value) {
+    if (m_writeFailed || m_fd < 0)
+        return;
+    input_event event{};
+    event.type = type;
+    event.code = code;
+    event.value = value;
+    ssize_t written = -1;
+    do
+        written = ::write(m_fd, &event, sizeof event);
+    while (written < 0 && errno == EINTR);
+    if (written == ssize_t(sizeof event))
+        return;
+    m_writeFailed = true;
+    if (m_job)
+        m_job->cancelled = true;
+    qCWarning(lcEngine).noquote()
+        << QStringLiteral("Stopped typing: the virtual keyboard does not take keys (%1)")
+               .arg(QString::fromLocal8Bit(std::strerror(written < 0 ? errno : EIO)));
+}

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "KeymapSource.h"
+
+#include <QObject>
+#include <QString>
+#include <memory>
+
+class QSocketNotifier;
+struct wl_display;
+struct wl_keyboard;
+struct wl_registry;
+struct wl_seat;
+struct xkb_context;
+
+// The session's keymap in a Wayland session, where no client can ask the compositor for
+// another client's keyboard: the keymap that the compositor hands every client of a seat with a
+// keyboard (wl_keyboard.keymap), taken on a Wayland connection of our own whose descriptor is
+// watched on the main thread. The compositor sends it again whenever the user changes layouts.
+//
+// Without a compositor that offers one, the system's keyboard configuration is used:
+// XKB_DEFAULT_LAYOUT (with _MODEL, _VARIANT, _OPTIONS) when set, otherwise
+// /etc/default/keyboard, otherwise xkbcommon's default. A layout the user chose in the
+// Preferences window comes before all of them.
+//
+// The active group: the compositor reports it with wl_keyboard.modifiers, but only while one
+// of our windows has the keyboard focus; KDE Plasma also announces it on the session bus
+// (org.kde.keyboard), which is followed. Elsewhere (GNOME keeps it to itself) the group last
+// reported is kept, the first one at start.
+class WaylandKeymapSource : public QObject, public KeymapSource {
+    Q_OBJECT
+public:
+    enum class Origin { Compositor, SystemConfiguration, Chosen };
+
+    explicit WaylandKeymapSource(QObject* parent = nullptr);
+    ~WaylandKeymapSource() override;
+
+    // Connects to the compositor (`display` as WAYLAND_DISPLAY takes it: a name in
+    // XDG_RUNTIME_DIR or an absolute path; empty for WAYLAND_DISPLAY itself) and waits for its
+    // first keymap. False when no compositor answers; the fallbacks apply then.
+    bool connectToCompositor(const QString& display = {});
+    // Follows KDE Plasma's layout switches on the session bus (nothing happens elsewhere).
+    void followDesktopLayoutSwitches();
+
+    // Where the system's keyboard configuration is read (tests use their own file).
+    void setSystemConfigurationFile(const QString& path);
+    // A layout chosen by the user ("de", variants as setxkbmap takes them); empty: automatic.
+    // False when it does not compile; the previous choice stays then.
+    bool setChosenLayout(const QString& layouts, const QString& variants = {});
+
+    // A keymap handed over by the compositor, as the text of its wl_keyboard.keymap event.
+    bool takeCompositorKeymap(const QByteArray& text);
+
+    xkb_keymap* currentKeymap() override;
+    uint32_t currentGroup() override;
+
+    Origin origin() const;
+    // The layout in use, as xkb-data describes it ("German", "English (US)").
+    QString layoutName();
+
+public slots:
+    // The group the compositor or the desktop reports as active.
+    void setCompositorGroup(uint group);
+
+signals:
+    // Another keymap or group is in force.
+    void changed();
+
+private:
+    struct Wayland;
+    void readCompositor();
+    void disconnect();
+    xkb_keymap* systemKeymap();
+
+    xkb_context* m_context = nullptr;
+    xkb_keymap* m_compositorKeymap = nullptr;
+    xkb_keymap* m_systemKeymap = nullptr;
+    xkb_keymap* m_chosenKeymap = nullptr;
+    uint32_t m_group = 0;
+    QString m_systemFile = QStringLiteral("/etc/default/keyboard");
+    std::unique_ptr<Wayland> m_wayland;
+    QSocketNotifier* m_notifier = nullptr;
+};
