@@ -44,6 +44,7 @@ public:
     // another program holds them.
     bool grabGlobalKey(const QKeySequence& keys, std::function<void()> onPressed);
     static constexpr bool grabsGlobalKeys = true;
+    static constexpr bool tellsApplications = true;
 
     // Whether the user paused expansion.
     void setPaused(bool paused);

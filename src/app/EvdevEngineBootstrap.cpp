@@ -61,7 +61,7 @@ QString EvdevEngineBootstrap::keymapOrigin() const {
 }
 
 QString EvdevEngineBootstrap::layoutInUse() const {
-    return QCoreApplication::translate("EvdevEngineBootstrap", "%1 (from %2)")
+    return QCoreApplication::translate("EvdevEngineBootstrap", "%1, from %2")
         .arg(m_keymaps->layoutName(), keymapOrigin());
 }
 

@@ -44,6 +44,7 @@ public:
     QString focusedApplication() const { return {}; }
     // Wayland lets no client take keys from the others: the pause keys cannot be grabbed.
     static constexpr bool grabsGlobalKeys = false;
+    static constexpr bool tellsApplications = false;
     bool grabGlobalKey(const QKeySequence&, std::function<void()>) { return false; }
 
     void setPaused(bool paused);

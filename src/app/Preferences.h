@@ -67,6 +67,15 @@ public:
     QString layoutInUse() const { return m_layoutInUse; }
     void setLayoutInUse(const QString& description);
 
+    // Not stored: what this session lets Typolet do. A Wayland session lets no program take keys
+    // from the others nor learn which application has the focus.
+    bool canGrabPauseKeys() const { return m_canGrabPauseKeys; }
+    bool canTellApplications() const { return m_canTellApplications; }
+    void setSessionAbilities(bool grabPauseKeys, bool tellApplications) {
+        m_canGrabPauseKeys = grabPauseKeys;
+        m_canTellApplications = tellApplications;
+    }
+
     QString settingsPath() const;
 
     static constexpr const char* startAtLoginKey = "startAtLogin";
@@ -98,4 +107,6 @@ private:
 
     std::unique_ptr<QSettings> m_settings;
     QString m_layoutInUse;
+    bool m_canGrabPauseKeys = true;
+    bool m_canTellApplications = true;
 };

@@ -110,6 +110,16 @@ void PreferencesView::buildGeneralCard() {
     keysTitle->setBuddy(m_pauseKeys);
     keysRow->addWidget(m_pauseKeys);
     m_generalCard->contentLayout()->addLayout(keysRow);
+    if (!m_preferences.canGrabPauseKeys()) {
+        m_pauseKeys->setEnabled(false);
+        auto* why = new ToneLabel(tr("This session lets no program take keys from the others: "
+                                     "pause from the tray or the File menu."),
+                                  ToneLabel::Tone::Tertiary, m_generalCard);
+        why->setFont(UiTheme::system(12));
+        why->setWordWrap(true);
+        why->setContentsMargins(textIndent, 0, 0, 0);
+        m_generalCard->contentLayout()->addWidget(why);
+    }
     // One combination: the first one typed.
     connect(m_pauseKeys, &QKeySequenceEdit::editingFinished, this, [this] {
         const QKeySequence typed = m_pauseKeys->keySequence();
@@ -193,8 +203,11 @@ void PreferencesView::buildExclusionsCard() {
     QVBoxLayout* content = m_exclusionsCard->contentLayout();
     content->addWidget(new SectionHeader(QStringLiteral("xmark.circle.fill"),
                                          tr("Excluded Applications"), {}, m_exclusionsCard));
-    auto* hint = new ToneLabel(tr("Nothing expands in these. To add one, open the tray menu while "
-                                  "it is in use and choose \"Exclude\"."),
+    auto* hint = new ToneLabel(m_preferences.canTellApplications()
+                                   ? tr("Nothing expands in these. To add one, open the tray menu "
+                                        "while it is in use and choose \"Exclude\".")
+                                   : tr("This session does not tell Typolet which application is "
+                                        "in use, so these apply in X11 sessions only."),
                                ToneLabel::Tone::Tertiary, m_exclusionsCard);
     hint->setFont(UiTheme::system(12));
     hint->setWordWrap(true);

@@ -6,6 +6,7 @@
 #include "UiTheme.h"
 
 #include <QGuiApplication>
+#include <algorithm>
 #include <QScreen>
 #include <QVBoxLayout>
 
@@ -18,7 +19,8 @@ std::unique_ptr<QWidget> makeWindow(const QString& title, QSize size, QWidget* c
                                                Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
     window->setWindowTitle(title);
     window->setWindowIcon(SymbolImage::applicationIcon());
-    window->setFixedSize(size);
+    // Never shorter than what it holds: some rows only show in some sessions.
+    window->setFixedSize(size.width(), std::max(size.height(), content->sizeHint().height()));
     window->setAutoFillBackground(true);
     window->setBackgroundRole(QPalette::Window);
     auto* layout = new QVBoxLayout(window.get());

@@ -57,6 +57,7 @@ int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store) {
     // and the tray icon. A second launch starts none of them; it wakes the running Typolet.
     Autostart autostart(std::make_unique<XdgAutostartBackend>());
     Preferences preferences;
+    preferences.setSessionAbilities(Engine::grabsGlobalKeys, Engine::tellsApplications);
     ContentView* editor = nullptr; // owned by the main window
     TypoletApp typolet(
         {[&engine, &store] { engine.start(store); },
