@@ -238,7 +238,7 @@ This will permanently delete all %n snippet(s) in this category.</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>%1 (from %2)</source>
+        <source>%1, from %2</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -737,6 +737,14 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
     <message>
         <source>As the desktop has it</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This session lets no program take keys from the others: pause from the tray or the File menu.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This session does not tell Typolet which application is in use, so these apply in X11 sessions only.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -243,7 +243,7 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>%1 (from %2)</source>
+        <source>%1, from %2</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -747,6 +747,14 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
     <message>
         <source>As the desktop has it</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This session lets no program take keys from the others: pause from the tray or the File menu.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This session does not tell Typolet which application is in use, so these apply in X11 sessions only.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
