@@ -1,6 +1,7 @@
 #include "SettingsFile.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -71,6 +72,17 @@ std::optional<QString> SettingsFile::save(QSettings& settings,
     // byte did not make it.
     if (!file.commit())
         return file.errorString();
+    // QSettings takes a file of the same size and modification time as unchanged, and the
+    // clock the file system stamps with may not move between two quick saves: each save is
+    // stamped later than the last, so every reader sees the new lists.
+    static QDateTime lastStamp;
+    QDateTime stamp = QDateTime::currentDateTimeUtc();
+    if (lastStamp.isValid() && stamp <= lastStamp)
+        stamp = lastStamp.addMSecs(1);
+    lastStamp = stamp;
+    QFile stamped(path);
+    if (stamped.open(QIODevice::ReadOnly))
+        stamped.setFileTime(stamp, QFileDevice::FileModificationTime);
     settings.sync();
     return std::nullopt;
 }
