@@ -3,9 +3,7 @@
 #include <QKeySequence>
 
 #include "AtSpiSecureInputWatch.h"
-#include "ConsolePermissionAlert.h"
 #include "KeyTranslator.h"
-#include "MessageBoxPermissionAlert.h"
 #include "PermissionGuidance.h"
 #include "SystemClipboard.h"
 #include "TextExpander.h"
@@ -18,7 +16,7 @@
 #include "X11PermissionProbe.h"
 
 EngineBootstrap::EngineBootstrap(bool withWindows)
-    : m_permissions(std::make_unique<X11PermissionProbe>()),
+    : EngineHost(withWindows), m_permissions(std::make_unique<X11PermissionProbe>()),
       m_keymaps(std::make_unique<X11KeymapSource>()),
       m_translator(std::make_unique<KeyTranslator>(*m_keymaps)),
       m_monitor(std::make_unique<X11KeyMonitor>()),
@@ -28,10 +26,6 @@ EngineBootstrap::EngineBootstrap(bool withWindows)
       m_output(std::make_unique<X11KeyboardOutput>(*m_keymaps)),
       m_clipboardText(std::make_unique<SystemClipboard>(m_clipboard.get())) {
     m_output->setPasting(m_clipboard.get(), m_focus.get());
-    if (withWindows)
-        m_windowAlert = std::make_unique<MessageBoxPermissionAlert>();
-    else
-        m_consoleAlert = std::make_unique<ConsolePermissionAlert>();
     X11KeymapSource* keymaps = m_keymaps.get();
     m_monitor->setKeymapChangedHandler([keymaps] { keymaps->keymapChanged(); });
     m_monitor->setGroupChangedHandler([keymaps](uint32_t group) { keymaps->setGroup(group); });
@@ -46,41 +40,18 @@ EngineBootstrap::~EngineBootstrap() {
 }
 
 bool EngineBootstrap::start(SnippetStore& store) {
-    m_engine = std::make_unique<TextExpander>(
+    const bool listening = startEngine(
         store,
         EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), m_output.get(),
-                       m_focus.get(), m_secureInput.get()});
-    m_engine->setExcludedApplications(m_excluded);
-    m_engine->setKeysIgnoredWhen(m_keysIgnored);
-    m_engine->setPaused(m_paused);
-    m_engine->setClipboard(m_clipboardText.get());
-    m_engine->setUndoWithBackspace(m_undoWithBackspace);
-    m_engine->setPasteThreshold(m_pasteThreshold);
-    const bool listening = m_engine->isMonitoring();
+                       m_focus.get(), m_secureInput.get()},
+        m_clipboardText.get());
     if (listening) {
         m_output->open();
         m_secureInput->start();
         m_clipboard->open();
     }
-
-    PermissionAlertPresenter* presenter =
-        m_windowAlert ? static_cast<PermissionAlertPresenter*>(m_windowAlert.get())
-                      : m_consoleAlert.get();
-    PermissionGuidance guidance(*m_permissions, *presenter);
-    guidance.checkAndRequestPermissions();
+    guide(*m_permissions, PermissionGuidance::Backend::X11);
     return listening;
-}
-
-void EngineBootstrap::setKeysIgnoredWhen(std::function<bool()> ignored) {
-    m_keysIgnored = std::move(ignored);
-    if (m_engine)
-        m_engine->setKeysIgnoredWhen(m_keysIgnored);
-}
-
-void EngineBootstrap::setExcludedApplications(const QStringList& names) {
-    m_excluded = names;
-    if (m_engine)
-        m_engine->setExcludedApplications(names);
 }
 
 QString EngineBootstrap::focusedApplication() const {
@@ -97,24 +68,6 @@ bool EngineBootstrap::grabGlobalKey(const QKeySequence& keys, std::function<void
     QObject::connect(m_globalKey.get(), &X11GlobalKey::pressed, m_globalKey.get(),
                      std::move(onPressed));
     return true;
-}
-
-void EngineBootstrap::setPaused(bool paused) {
-    m_paused = paused;
-    if (m_engine)
-        m_engine->setPaused(paused);
-}
-
-void EngineBootstrap::setUndoWithBackspace(bool enabled) {
-    m_undoWithBackspace = enabled;
-    if (m_engine)
-        m_engine->setUndoWithBackspace(enabled);
-}
-
-void EngineBootstrap::setPasteThreshold(int characters) {
-    m_pasteThreshold = characters;
-    if (m_engine)
-        m_engine->setPasteThreshold(characters);
 }
 
 void EngineBootstrap::restoreKeyboardMapping() { m_output->restoreSpareKeyCodes(); }

@@ -1,7 +1,6 @@
 #include "EvdevEngineBootstrap.h"
 
 #include "AtSpiSecureInputWatch.h"
-#include "ConsolePermissionAlert.h"
 #include "EvdevKeyMonitor.h"
 #include "EvdevKeyboardFinder.h"
 #include "EvdevPermissionProbe.h"
@@ -9,7 +8,6 @@
 #include "KeyboardLayoutCatalogue.h"
 #include "Logging.h"
 #include "LibevdevDeviceAccess.h"
-#include "MessageBoxPermissionAlert.h"
 #include "PermissionGuidance.h"
 #include "SystemClipboard.h"
 #include "TextExpander.h"
@@ -22,7 +20,7 @@
 
 EvdevEngineBootstrap::EvdevEngineBootstrap(bool withWindows, const QString& inputFolder,
                                            const QString& uinputPath)
-    : m_access(std::make_unique<LibevdevDeviceAccess>()),
+    : EngineHost(withWindows), m_access(std::make_unique<LibevdevDeviceAccess>()),
       m_finder(std::make_unique<EvdevKeyboardFinder>(*m_access, inputFolder)),
       m_permissions(std::make_unique<EvdevPermissionProbe>(*m_access, *m_finder, uinputPath)),
       m_keymaps(std::make_unique<WaylandKeymapSource>()),
@@ -35,10 +33,6 @@ EvdevEngineBootstrap::EvdevEngineBootstrap(bool withWindows, const QString& inpu
       m_clipboard(std::make_unique<SystemClipboard>()), m_uinputPath(uinputPath) {
     EvdevKeyMonitor* monitor = m_monitor.get();
     m_output->setKeyboardStateQuery([monitor] { return monitor->currentState(); });
-    if (withWindows)
-        m_windowAlert = std::make_unique<MessageBoxPermissionAlert>();
-    else
-        m_consoleAlert = std::make_unique<ConsolePermissionAlert>();
 }
 
 EvdevEngineBootstrap::~EvdevEngineBootstrap() {
@@ -98,54 +92,13 @@ bool EvdevEngineBootstrap::start(SnippetStore& store) {
         qCWarning(lcEngine).noquote()
             << QStringLiteral("Cannot make the virtual keyboard through %1: %2")
                    .arg(m_uinputPath, error);
-    m_engine = std::make_unique<TextExpander>(
-        store, EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(),
-                              m_output.get(), nullptr, m_secureInput.get()});
-    m_engine->setExcludedApplications(m_excluded);
-    m_engine->setKeysIgnoredWhen(m_keysIgnored);
-    m_engine->setPaused(m_paused);
-    m_engine->setClipboard(m_clipboard.get());
-    m_engine->setUndoWithBackspace(m_undoWithBackspace);
-    m_engine->setPasteThreshold(m_pasteThreshold);
-    const bool listening = m_engine->isMonitoring();
+    const bool listening = startEngine(
+        store,
+        EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), m_output.get(),
+                       nullptr, m_secureInput.get()},
+        m_clipboard.get());
     if (listening)
         m_secureInput->start();
-
-    PermissionAlertPresenter* presenter =
-        m_windowAlert ? static_cast<PermissionAlertPresenter*>(m_windowAlert.get())
-                      : m_consoleAlert.get();
-    PermissionGuidance guidance(*m_permissions, *presenter,
-                                PermissionGuidance::Backend::KernelDevices);
-    guidance.checkAndRequestPermissions();
+    guide(*m_permissions, PermissionGuidance::Backend::KernelDevices);
     return listening;
-}
-
-void EvdevEngineBootstrap::setKeysIgnoredWhen(std::function<bool()> ignored) {
-    m_keysIgnored = std::move(ignored);
-    if (m_engine)
-        m_engine->setKeysIgnoredWhen(m_keysIgnored);
-}
-
-void EvdevEngineBootstrap::setExcludedApplications(const QStringList& names) {
-    m_excluded = names;
-    if (m_engine)
-        m_engine->setExcludedApplications(names);
-}
-
-void EvdevEngineBootstrap::setPaused(bool paused) {
-    m_paused = paused;
-    if (m_engine)
-        m_engine->setPaused(paused);
-}
-
-void EvdevEngineBootstrap::setUndoWithBackspace(bool enabled) {
-    m_undoWithBackspace = enabled;
-    if (m_engine)
-        m_engine->setUndoWithBackspace(enabled);
-}
-
-void EvdevEngineBootstrap::setPasteThreshold(int characters) {
-    m_pasteThreshold = characters;
-    if (m_engine)
-        m_engine->setPasteThreshold(characters);
 }

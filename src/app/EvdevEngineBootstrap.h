@@ -1,12 +1,13 @@
 #pragma once
 
+#include "EngineHost.h"
+
 #include <QString>
 #include <QStringList>
 #include <functional>
 #include <memory>
 
 class AtSpiSecureInputWatch;
-class ConsolePermissionAlert;
 class DeviceHotplugSource;
 class EvdevKeyMonitor;
 class EvdevKeyboardFinder;
@@ -16,18 +17,16 @@ class KeyTranslator;
 class UinputDevice;
 class UinputKeyboardOutput;
 class WaylandKeymapSource;
-class MessageBoxPermissionAlert;
 class QKeySequence;
 class SnippetStore;
 class SystemClipboard;
-class TextExpander;
 
 // Puts the expansion engine together for a Wayland session, on the kernel's input devices: the
 // keyboards under /dev/input (and those plugged in later, through udev), the keymap, the
 // virtual keyboard that types, and the password-field watch (AT-SPI, which works the same on
 // Wayland); then the engine over them, then the start-up permission guidance. It offers what
 // EngineBootstrap offers, so main drives either; it owns every piece.
-class EvdevEngineBootstrap {
+class EvdevEngineBootstrap : public EngineHost {
 public:
     // `withWindows` is false when no window can be shown: the guidance then goes to the
     // terminal. `inputFolder` and `uinputPath` are the device nodes' places.
@@ -38,18 +37,13 @@ public:
 
     bool start(SnippetStore& store);
 
-    void setKeysIgnoredWhen(std::function<bool()> ignored);
     // A Wayland client cannot learn which application has the focus: nothing is excluded.
-    void setExcludedApplications(const QStringList& names);
     QString focusedApplication() const { return {}; }
     // Wayland lets no client take keys from the others: the pause keys cannot be grabbed.
     static constexpr bool grabsGlobalKeys = false;
     static constexpr bool tellsApplications = false;
     bool grabGlobalKey(const QKeySequence&, std::function<void()>) { return false; }
 
-    void setPaused(bool paused);
-    void setUndoWithBackspace(bool enabled);
-    void setPasteThreshold(int characters);
     // The virtual keyboard binds no spare keys: nothing to restore.
     void restoreKeyboardMapping() {}
 
@@ -78,14 +72,6 @@ private:
     std::unique_ptr<UinputKeyboardOutput> m_output;
     std::unique_ptr<AtSpiSecureInputWatch> m_secureInput;
     std::unique_ptr<SystemClipboard> m_clipboard;
-    std::unique_ptr<TextExpander> m_engine;
-    std::unique_ptr<MessageBoxPermissionAlert> m_windowAlert;
-    std::unique_ptr<ConsolePermissionAlert> m_consoleAlert;
-    std::function<bool()> m_keysIgnored;
-    bool m_paused = false;
-    bool m_undoWithBackspace = true;
-    int m_pasteThreshold = 0;
-    QStringList m_excluded;
     QString m_uinputPath;
     std::function<void(const QString&)> m_layoutInUse;
 };
