@@ -1,5 +1,7 @@
 #include "WaylandKeymapSource.h"
 
+#include "GnomeInputSources.h"
+
 #include "Logging.h"
 
 #include <QDBusConnection>
@@ -172,6 +174,13 @@ void WaylandKeymapSource::disconnect() {
 }
 
 void WaylandKeymapSource::followDesktopLayoutSwitches() {
+    if (!m_gnome) {
+        m_gnome = new GnomeInputSources(this);
+        connect(m_gnome, &GnomeInputSources::groupChanged, this,
+                &WaylandKeymapSource::setCompositorGroup);
+        if (const auto group = m_gnome->currentGroup())
+            setCompositorGroup(*group);
+    }
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;

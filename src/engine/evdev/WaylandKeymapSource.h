@@ -6,6 +6,7 @@
 #include <QString>
 #include <memory>
 
+class GnomeInputSources;
 class QSocketNotifier;
 struct wl_display;
 struct wl_keyboard;
@@ -25,8 +26,8 @@ struct xkb_context;
 //
 // The active group: the compositor reports it with wl_keyboard.modifiers, but only while one
 // of our windows has the keyboard focus; KDE Plasma also announces it on the session bus
-// (org.kde.keyboard), which is followed. Elsewhere (GNOME keeps it to itself) the group last
-// reported is kept, the first one at start.
+// (org.kde.keyboard), and GNOME keeps it in its input-source settings (GnomeInputSources); both
+// are followed. Elsewhere the group last reported is kept, the first one at start.
 class WaylandKeymapSource : public QObject, public KeymapSource {
     Q_OBJECT
 public:
@@ -39,7 +40,8 @@ public:
     // XDG_RUNTIME_DIR or an absolute path; empty for WAYLAND_DISPLAY itself) and waits for its
     // first keymap. False when no compositor answers; the fallbacks apply then.
     bool connectToCompositor(const QString& display = {});
-    // Follows KDE Plasma's layout switches on the session bus (nothing happens elsewhere).
+    // Follows KDE Plasma's layout switches on the session bus and GNOME's in its settings
+    // (nothing happens elsewhere).
     void followDesktopLayoutSwitches();
 
     // Where the system's keyboard configuration is read (tests use their own file).
@@ -80,4 +82,5 @@ private:
     QString m_systemFile = QStringLiteral("/etc/default/keyboard");
     std::unique_ptr<Wayland> m_wayland;
     QSocketNotifier* m_notifier = nullptr;
+    GnomeInputSources* m_gnome = nullptr;
 };
