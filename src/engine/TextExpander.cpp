@@ -161,32 +161,9 @@ void TextExpander::keyDown(const KeyStroke& stroke) {
 bool TextExpander::isAccepted(QStringView character) {
     // Categories are per code point, so a character outside the BMP is looked up whole.
     for (const char32_t codePoint : character.toUcs4()) {
-        if (codePoint == U'\t')
+        if (codePoint == U'\t' || QChar::isLetterOrNumber(codePoint) || QChar::isMark(codePoint) ||
+            QChar::isPunct(codePoint) || QChar::category(codePoint) == QChar::Separator_Space)
             return true;
-        switch (QChar::category(codePoint)) {
-        case QChar::Separator_Space:
-        case QChar::Letter_Uppercase:
-        case QChar::Letter_Lowercase:
-        case QChar::Letter_Titlecase:
-        case QChar::Letter_Modifier:
-        case QChar::Letter_Other:
-        case QChar::Mark_NonSpacing:
-        case QChar::Mark_SpacingCombining:
-        case QChar::Mark_Enclosing:
-        case QChar::Number_DecimalDigit:
-        case QChar::Number_Letter:
-        case QChar::Number_Other:
-        case QChar::Punctuation_Connector:
-        case QChar::Punctuation_Dash:
-        case QChar::Punctuation_Open:
-        case QChar::Punctuation_Close:
-        case QChar::Punctuation_InitialQuote:
-        case QChar::Punctuation_FinalQuote:
-        case QChar::Punctuation_Other:
-            return true;
-        default:
-            break;
-        }
     }
     return false;
 }

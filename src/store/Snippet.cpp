@@ -19,21 +19,9 @@ bool Snippet::endsWord(QStringView character) {
     if (character == u"\t" || character == u"\r" || character == u"\n")
         return true;
     const auto codePoints = character.toUcs4();
-    if (codePoints.size() != 1)
-        return false;
-    switch (QChar::category(codePoints.front())) {
-    case QChar::Separator_Space:
-    case QChar::Punctuation_Connector:
-    case QChar::Punctuation_Dash:
-    case QChar::Punctuation_Open:
-    case QChar::Punctuation_Close:
-    case QChar::Punctuation_InitialQuote:
-    case QChar::Punctuation_FinalQuote:
-    case QChar::Punctuation_Other:
-        return true;
-    default:
-        return false;
-    }
+    return codePoints.size() == 1 &&
+           (QChar::isPunct(codePoints.front()) ||
+            QChar::category(codePoints.front()) == QChar::Separator_Space);
 }
 
 size_t qHash(const Snippet& snippet, size_t seed) noexcept { return qHash(snippet.id, seed); }
