@@ -32,6 +32,8 @@ public:
     // `onHeld` returns false for a key that must not reach the application at all.
     using HeldKeyFilter = std::function<bool(const KeyStroke&)>;
     virtual HoldResult holdKeys(HeldKeyFilter onHeld) = 0;
+    // False where keys are only ever read, never taken (holdKeys() then never holds).
+    virtual bool canHoldKeys() const { return true; }
 
     // `handler` runs on the main thread when the user presses a pointer button that can move
     // the caret (not the wheel): what was typed before is then no longer before the caret.

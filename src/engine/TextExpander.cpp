@@ -475,9 +475,14 @@ void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
         m_holding = true; // let go in any case: that also ends our own typing for the monitor
         if (!hold.holding && !m_saidCannotHold) {
             m_saidCannotHold = true;
-            qCWarning(lcEngine).noquote() << QStringLiteral("Could not hold the keyboard during an expansion "
-                                             "(another program holds it); keys typed meanwhile "
-                                             "may land inside the text");
+            qCWarning(lcEngine).noquote()
+                << (m_platform.monitor->canHoldKeys()
+                        ? QStringLiteral("Could not hold the keyboard during an expansion (another "
+                                         "program holds it); keys typed meanwhile may land inside "
+                                         "the text")
+                        : QStringLiteral("Could not hold the keyboard during an expansion (the "
+                                         "keyboards are only read here, never taken); keys typed "
+                                         "meanwhile may land inside the text"));
         }
         // Keys that reached the application after the command, before the hold began.
         QStringList slipped;

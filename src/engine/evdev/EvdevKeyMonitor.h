@@ -45,6 +45,7 @@ public:
 
     bool start(KeyHandler handler) override;
     HoldResult holdKeys(HeldKeyFilter onHeld) override;
+    bool canHoldKeys() const override { return false; }
     void releaseKeys() override {}
     void setPointerPressHandler(std::function<void()> handler) override {
         m_pointerPressed = std::move(handler);
