@@ -112,22 +112,6 @@ private slots:
                  1);
     }
 
-    void multiLineContentKeepsLineBreaksAndTabs() {
-        XSession session;
-        const QString content = QStringLiteral("Best regards,\nAda Lovelace\n\tAnalytical Engines Ltd");
-        QVERIFY(prepare(session, {{";sig", content}}));
-        QVERIFY(type(session, QStringLiteral(";sig")));
-        expectShown(session, content);
-    }
-
-    void unicodeContentArrivesExactly() {
-        XSession session;
-        const QString content = QStringLiteral("café — 日本語 🙂");
-        QVERIFY(prepare(session, {{";uni", content}}));
-        QVERIFY(type(session, QStringLiteral(";uni")));
-        expectShown(session, content);
-    }
-
     void commandWithCombiningMarkTypedThroughDeadKey() {
         XSession session;
         // Stored decomposed (e + COMBINING ACUTE); the dead key gives the precomposed é, which
@@ -170,48 +154,33 @@ private slots:
         QCOMPARE(session.typoletOutput().count(QStringLiteral("Match found:")), 1);
     }
 
-    void longContentArrivesCompleteAndInOrder() {
-        XSession session;
-        const QString content = repeatedTo(
-            QStringLiteral("The quick brown fox jumps over the lazy dog; 0123456789! "), 1000);
-        QCOMPARE(content.size(), 1000);
-        QVERIFY(prepare(session, {{";long", content}}));
-        QVERIFY(type(session, QStringLiteral(";long")));
-        expectShown(session, content);
+    // The content arrives exactly, in a terminal and in a Qt client, typed key by key: line
+    // breaks and tabs, other scripts through spare keycodes, more different characters than
+    // there are spare keys, and long texts whose keys must stay in order.
+    void contentArrivesExactly_data() {
+        QTest::addColumn<bool>("qtClient");
+        QTest::addColumn<QString>("content");
+        QTest::newRow("lines and tabs")
+            << false << QStringLiteral("Best regards,\nAda Lovelace\n\tAnalytical Engines Ltd");
+        QTest::newRow("unicode") << false << QStringLiteral("café — 日本語 🙂");
+        QTest::newRow("long latin")
+            << false
+            << repeatedTo(QStringLiteral("The quick brown fox jumps over the lazy dog; 0123456789! "),
+                          1000);
+        QTest::newRow("long latin, Qt")
+            << true
+            << repeatedTo(QStringLiteral("Pack my box with five dozen liquor jugs, said Zoë. "), 1000);
+        QTest::newRow("other scripts") << false << otherScripts(1000);
+        QTest::newRow("other scripts, Qt") << true << otherScripts(1000);
+        QTest::newRow("more characters than spare keys") << false << manyScripts(200);
     }
-
-    void qtClientReceivesLongLatinText() {
+    void contentArrivesExactly() {
+        QFETCH(bool, qtClient);
+        QFETCH(QString, content);
         XSession session;
         session.writeSetting(QStringLiteral("pasteLongSnippets"), false); // typed, key by key
-        const QString content = repeatedTo(
-            QStringLiteral("Pack my box with five dozen liquor jugs, said Zoë. "), 1000);
-        QVERIFY(prepare(session, {{";ql", content}}, true));
-        QVERIFY(type(session, QStringLiteral(";ql")));
-        expectShown(session, content);
-    }
-
-    void qtClientReceivesLongTextInOtherScripts() {
-        XSession session;
-        session.writeSetting(QStringLiteral("pasteLongSnippets"), false); // typed, key by key
-        const QString content = otherScripts(1000);
-        QVERIFY(prepare(session, {{";qs", content}}, true));
-        QVERIFY(type(session, QStringLiteral(";qs")));
-        expectShown(session, content);
-    }
-
-    void terminalReceivesLongTextInOtherScripts() {
-        XSession session;
-        const QString content = otherScripts(1000);
-        QVERIFY(prepare(session, {{";ts", content}}));
-        QVERIFY(type(session, QStringLiteral(";ts")));
-        expectShown(session, content);
-    }
-
-    void terminalReceivesTextWithMoreCharactersThanSpareKeys() {
-        XSession session;
-        const QString content = manyScripts(200);
-        QVERIFY(prepare(session, {{";many", content}}));
-        QVERIFY(type(session, QStringLiteral(";many")));
+        QVERIFY(prepare(session, {{";c", content}}, qtClient));
+        QVERIFY(type(session, QStringLiteral(";c")));
         expectShown(session, content);
     }
 
