@@ -78,10 +78,16 @@ ImportDialog::ImportDialog(SnippetStore& store, ImportPlan plan, QWidget* parent
     m_summary->setText(summary.join(QLatin1Char(' ')));
     m_summary->setWordWrap(true);
 
-    auto* allRow = new QHBoxLayout;
-    allRow->addWidget(new QLabel(tr("For every command already in the library:"), this));
+    // Shown only when some command is in the library already.
+    auto* allClashesRow = new QWidget(this);
+    auto* allRow = new QHBoxLayout(allClashesRow);
+    allRow->setContentsMargins(0, 0, 0, 0);
+    allRow->addWidget(new QLabel(tr("For every command already in the library:"), allClashesRow));
+    m_allClashes->setParent(allClashesRow);
     allRow->addWidget(m_allClashes);
     allRow->addStretch();
+    allClashesRow->setVisible(m_clashCount > 0);
+    m_table->setColumnHidden(clashColumn, m_clashCount == 0);
     connect(m_allClashes, &QComboBox::activated, this, [this] {
         for (int row = 0; row < m_table->rowCount(); ++row) {
             if (QComboBox* choice = resolutionChoice(row))
@@ -100,10 +106,7 @@ ImportDialog::ImportDialog(SnippetStore& store, ImportPlan plan, QWidget* parent
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_summary);
     layout->addWidget(m_table, 1);
-    if (m_clashCount > 0)
-        layout->addLayout(allRow);
-    else
-        m_allClashes->hide();
+    layout->addWidget(allClashesRow);
     layout->addWidget(buttons);
 }
 
