@@ -27,6 +27,11 @@ double wallClockSeconds() {
 // more than this.
 const QString inPasswordField = QStringLiteral("a password field has the focus");
 
+// A Tab or Return may move on from where it was typed (another field, a sent message).
+bool leavesTheField(const QString& character) {
+    return character == u"\t" || character == u"\r" || character == u"\n";
+}
+
 bool isBackspace(const QString& character) {
     return character == QChar(0x7F) || character == QChar(0x08);
 }
@@ -81,9 +86,7 @@ void TextExpander::pointerPressed() {
     if (m_buffer.isEmpty() && !m_undo && !m_awaiting)
         return;
     qCInfo(lcKeys).noquote() << QStringLiteral("Pointer pressed: buffer cleared");
-    m_buffer.clear();
-    m_undo.reset();
-    stopAwaiting();
+    forgetTyping();
 }
 
 QString TextExpander::ignoredBecause() {
@@ -119,9 +122,7 @@ void TextExpander::keyDown(const KeyStroke& stroke) {
     if (ignored == inPasswordField) {
         // Not even the key code: it would tell which keys make up the password.
         qCInfo(lcKeys).noquote() << QStringLiteral("Key down: %1 (ignored)").arg(ignored);
-        m_buffer.clear();
-        m_undo.reset();
-        stopAwaiting(); // a command typed before never expands into the password field
+        forgetTyping(); // a command typed before never expands into the password field
         return;
     }
     qCInfo(lcKeys).noquote() << QStringLiteral("Key down: ") + QString::number(stroke.keyCode) +
@@ -130,9 +131,7 @@ void TextExpander::keyDown(const KeyStroke& stroke) {
                        (ignored.isEmpty() ? QString() : QStringLiteral(" (%1: ignored)").arg(ignored));
     if (!ignored.isEmpty()) {
         // What was typed there never completes a command typed afterwards.
-        m_buffer.clear();
-        m_undo.reset();
-        stopAwaiting();
+        forgetTyping();
         return;
     }
     if (stroke.repeats > 0)
@@ -201,9 +200,7 @@ bool TextExpander::applyKey(const QString& character) {
 
 void TextExpander::handleKeyPress(const QString& character) {
     if (!ignoredBecause().isEmpty()) {
-        m_buffer.clear();
-        m_undo.reset();
-        stopAwaiting();
+        forgetTyping();
         return;
     }
     // A command waits for its word to end and this key was not held: it is in the application.
@@ -233,6 +230,29 @@ void TextExpander::handleKeyPress(const QString& character) {
         checkForMatch();
 }
 
+QStringList TextExpander::slippedTexts(const QList<KeyStroke>& strokes, bool& plainText) {
+    QStringList texts;
+    for (const KeyStroke& stroke : strokes) {
+        if (m_platform.translator->isModifierKey(stroke.keyCode))
+            continue;
+        const auto text =
+            m_platform.translator->translateKeyCode(stroke.keyCode, stroke.state, deadKeyState);
+        if (!text)
+            continue;
+        for (int i = 0; i <= stroke.repeats; ++i)
+            texts.append(*text);
+        plainText = plainText && !stroke.repeatCountUncertain && !text->isEmpty() &&
+                    isAccepted(*text);
+    }
+    return texts;
+}
+
+void TextExpander::forgetTyping() {
+    m_buffer.clear();
+    m_undo.reset();
+    stopAwaiting();
+}
+
 void TextExpander::awaitWordEnd(const Snippet& snippet) {
     qCInfo(lcKeys).noquote() << QStringLiteral("Waiting for a word to end after '") +
                                     snippet.command + QLatin1Char('\'');
@@ -245,15 +265,8 @@ void TextExpander::awaitWordEnd(const Snippet& snippet) {
     KeyMonitor::HoldResult hold = m_platform.monitor->holdKeys(
         [this](const KeyStroke& stroke) { return heldWhileAwaiting(stroke); });
     m_holding = true;
-    QStringList slipped;
-    for (const KeyStroke& stroke : std::as_const(hold.slipped)) {
-        if (m_platform.translator->isModifierKey(stroke.keyCode))
-            continue;
-        const auto text =
-            m_platform.translator->translateKeyCode(stroke.keyCode, stroke.state, deadKeyState);
-        for (int i = 0; text && i <= stroke.repeats; ++i)
-            slipped.append(*text);
-    }
+    bool plainText = true;
+    const QStringList slipped = slippedTexts(hold.slipped, plainText);
     if (!hold.holding && slipped.isEmpty()) {
         releaseHeldKeys(); // the keys go on as they come; each is looked at when reported
         return;
@@ -262,18 +275,12 @@ void TextExpander::awaitWordEnd(const Snippet& snippet) {
     if (slipped.isEmpty())
         return;
     // Keys reached the application before the hold: they decide, as they stand there.
-    const QString after = slipped.join(QString());
-    bool plainText = true;
-    for (const QString& text : std::as_const(slipped))
-        plainText = plainText && isAccepted(text) && text != u"\t";
-    if (plainText && Snippet::endsWord(slipped.first())) {
-        m_awaiting.reset();
-        m_awaitTimer.stop();
-        expand(snippet, after, true);
-        return;
-    }
     m_awaiting.reset();
     m_awaitTimer.stop();
+    if (plainText && !slipped.contains(QStringLiteral("\t")) && Snippet::endsWord(slipped.first())) {
+        expand(snippet, slipped.join(QString()), true);
+        return;
+    }
     for (const QString& text : std::as_const(slipped))
         handleKeyPress(text);
     releaseHeldKeys();
@@ -306,8 +313,8 @@ bool TextExpander::wordEndDecided(const QString& next, bool reachedApplication) 
     m_awaitTimer.stop();
     // A Tab or Return that reached the application may have moved on (another field, a sent
     // message): nothing before the caret is known to be the command any more.
-    const bool leftTheLine = next == u"\t" || next == u"\r" || next == u"\n";
-    bool ends = Snippet::endsWord(next) && !(reachedApplication && leftTheLine);
+    const bool leavesField = leavesTheField(next);
+    bool ends = Snippet::endsWord(next) && !(reachedApplication && leavesField);
     if (ends && m_indexedRevision == m_store.snippetsRevision()) {
         // A longer command that goes on with this character is what the user is typing.
         KeystrokeBuffer withNext = m_buffer;
@@ -323,7 +330,7 @@ bool TextExpander::wordEndDecided(const QString& next, bool reachedApplication) 
             releaseHeldKeys();
         return false;
     }
-    if (!reachedApplication && !leftTheLine &&
+    if (!reachedApplication && !leavesField &&
         PlaceholderText(snippet.content).uses(PlaceholderText::Kind::Cursor)) {
         // Let go now, the key would land where the caret goes back to. It goes to the
         // application first instead, and the expansion takes it in after the content.
@@ -453,7 +460,7 @@ void TextExpander::expand(const Snippet& snippet, const QString& wordEnd, bool e
     // Tab or Return, which may have left the field, nor once the caret has moved back into the
     // content (what stands before it is no longer what was typed).
     std::optional<Undo> undo = Undo{snippet.command + wordEnd, 0, 0, {}};
-    if (wordEnd == u"\t" || wordEnd == u"\r" || caretBack > 0) {
+    if (leavesTheField(wordEnd) || caretBack > 0) {
         undo.reset();
     } else if (!endReached && !wordEnd.isEmpty()) {
         // It is held, and reaches the application right after the content.
@@ -476,29 +483,15 @@ void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
         if (!hold.holding && !m_saidCannotHold) {
             m_saidCannotHold = true;
             qCWarning(lcEngine).noquote()
-                << (m_platform.monitor->canHoldKeys()
-                        ? QStringLiteral("Could not hold the keyboard during an expansion (another "
-                                         "program holds it); keys typed meanwhile may land inside "
-                                         "the text")
-                        : QStringLiteral("Could not hold the keyboard during an expansion (the "
-                                         "keyboards are only read here, never taken); keys typed "
-                                         "meanwhile may land inside the text"));
+                << QStringLiteral("Could not hold the keyboard during an expansion (%1); keys "
+                                  "typed meanwhile may land inside the text")
+                       .arg(m_platform.monitor->canHoldKeys()
+                                ? QStringLiteral("another program holds it")
+                                : QStringLiteral("the keyboards are only read here, never taken"));
         }
         // Keys that reached the application after the command, before the hold began.
-        QStringList slipped;
         bool plainText = true;
-        for (const KeyStroke& stroke : std::as_const(hold.slipped)) {
-            if (m_platform.translator->isModifierKey(stroke.keyCode))
-                continue;
-            const auto text =
-                m_platform.translator->translateKeyCode(stroke.keyCode, stroke.state, deadKeyState);
-            if (!text)
-                continue;
-            for (int i = 0; i <= stroke.repeats; ++i)
-                slipped.append(*text);
-            plainText = plainText && stroke.repeatCountUncertain == false && !text->isEmpty() &&
-                        isAccepted(*text);
-        }
+        const QStringList slipped = slippedTexts(hold.slipped, plainText);
         if (!plainText) {
             // An editing key or a key chord followed the command at once: the command may no
             // longer be before the caret, so erasing it could destroy other text.

@@ -115,6 +115,11 @@ private:
     void stopAwaiting();
     // A click may have moved the caret: nothing typed before it may be erased.
     void pointerPressed();
+    // Nothing typed so far completes a command (the buffer, an undo, a waiting command).
+    void forgetTyping();
+    // The texts of keys that reached the application before a hold began, in order; `plainText`
+    // turns false when one is not plain text (an editing key, a chord, an uncertain repeat).
+    QStringList slippedTexts(const QList<KeyStroke>& strokes, bool& plainText);
     void releaseHeldKeys();
     // Erases `erased` characters before the caret and types `typed` in their place, holding
     // the user's keys meanwhile. `undo` is what a BackSpace right after it may put back.
