@@ -1,5 +1,7 @@
 #include "RecordCodec.h"
 
+#include <QSet>
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <cmath>
@@ -145,6 +147,27 @@ QByteArray compact(const QJsonArray& array) {
     return QJsonDocument(array).toJson(QJsonDocument::Compact);
 }
 } // namespace
+
+QJsonArray RecordCodec::afterWordEndIds(const QList<Snippet>& snippets) {
+    QJsonArray ids;
+    for (const Snippet& snippet : snippets) {
+        if (snippet.expandsAfterWordEnd())
+            ids.append(uuidString(snippet.id));
+    }
+    return ids;
+}
+
+void RecordCodec::markAfterWordEnd(const QJsonArray& ids, QList<Snippet>& snippets) {
+    QSet<QUuid> waiting;
+    for (const QJsonValue& id : ids) {
+        if (const auto parsed = parseUuid(id.toString()))
+            waiting.insert(*parsed);
+    }
+    for (Snippet& snippet : snippets) {
+        if (waiting.contains(snippet.id))
+            snippet.trigger = Snippet::Trigger::AfterWordEnd;
+    }
+}
 
 QString RecordCodec::uuidString(const QUuid& id) {
     return id.toString(QUuid::WithoutBraces).toUpper();

@@ -4,6 +4,7 @@
 #include "Snippet.h"
 
 #include <QByteArray>
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QList>
 #include <optional>
@@ -29,6 +30,12 @@ public:
                                                           int* unreadable = nullptr);
     static std::optional<QList<Category>> decodeCategories(const QByteArray& json,
                                                               int* unreadable = nullptr);
+
+    // The snippets that wait for a word to end, as a list of their ids: kept beside the records
+    // (in the settings file and in an exported library), so the records stay as they are.
+    static QJsonArray afterWordEndIds(const QList<Snippet>& snippets);
+    // Marks the snippets whose ids `ids` lists; ids that do not parse are passed over.
+    static void markAfterWordEnd(const QJsonArray& ids, QList<Snippet>& snippets);
 
     // Canonical upper-case form, and the strict parse that accepts either case.
     static QString uuidString(const QUuid& id);

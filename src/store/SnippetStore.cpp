@@ -7,7 +7,6 @@
 #include <QDateTime>
 #include <QFile>
 #include <QHash>
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QSet>
 #include <QSettings>
@@ -333,14 +332,10 @@ std::optional<QString> SnippetStore::saveSnippets() {
     const auto data = m_snippetEncoder.encode(m_snippets);
     if (!data)
         return std::nullopt;
-    QStringList afterWordEnd;
-    for (const Snippet& snippet : std::as_const(m_snippets)) {
-        if (snippet.expandsAfterWordEnd())
-            afterWordEnd.append(snippet.id.toString(QUuid::WithoutBraces).toUpper());
-    }
     // Goes out in the same write as the list, so the two never disagree on disk.
     m_unsaved.insert(QLatin1String(afterWordEndKey),
-                     QJsonDocument(QJsonArray::fromStringList(afterWordEnd)).toJson(QJsonDocument::Compact));
+                     QJsonDocument(RecordCodec::afterWordEndIds(m_snippets))
+                         .toJson(QJsonDocument::Compact));
     std::optional<QString> error = write(snippetsKey, *data);
     // Observers run after the action that saved has finished; the list they get is the one
     // current at delivery.
@@ -368,16 +363,11 @@ void SnippetStore::loadSnippets() {
         noteUnreadable(QLatin1String(snippetsKey), snippets ? unreadable : -1);
     if (!snippets)
         return;
-    QSet<QUuid> afterWordEnd;
     // Unreadable, it only loses the waiting: every snippet then fires at once.
-    const QJsonArray ids =
-        QJsonDocument::fromJson(m_settings->value(QLatin1String(afterWordEndKey)).toByteArray()).array();
-    for (const QJsonValue& id : ids)
-        afterWordEnd.insert(QUuid::fromString(id.toString()));
-    for (Snippet& snippet : *snippets) {
-        if (afterWordEnd.contains(snippet.id))
-            snippet.trigger = Snippet::Trigger::AfterWordEnd;
-    }
+    RecordCodec::markAfterWordEnd(
+        QJsonDocument::fromJson(m_settings->value(QLatin1String(afterWordEndKey)).toByteArray())
+            .array(),
+        *snippets);
     setSnippets(std::move(*snippets));
 }
 

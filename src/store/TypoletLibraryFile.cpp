@@ -7,7 +7,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSaveFile>
-#include <QSet>
 
 namespace {
 const QLatin1String kVersion("version");
@@ -20,19 +19,16 @@ const QLatin1String kAfterWordEnd("afterWordEnd");
 
 QByteArray TypoletLibraryFile::encode(const QList<Category>& categories,
                                       const QList<Snippet>& snippets) {
-    QJsonArray categoryArray, snippetArray, afterWordEnd;
+    QJsonArray categoryArray, snippetArray;
     for (const Category& category : categories)
         categoryArray.append(RecordCodec::encode(category));
-    for (const Snippet& snippet : snippets) {
+    for (const Snippet& snippet : snippets)
         snippetArray.append(RecordCodec::encode(snippet));
-        if (snippet.expandsAfterWordEnd())
-            afterWordEnd.append(RecordCodec::uuidString(snippet.id));
-    }
     QJsonObject root;
     root.insert(kVersion, version);
     root.insert(kCategories, categoryArray);
     root.insert(kSnippets, snippetArray);
-    root.insert(kAfterWordEnd, afterWordEnd);
+    root.insert(kAfterWordEnd, RecordCodec::afterWordEndIds(snippets));
     return QJsonDocument(root).toJson(QJsonDocument::Indented);
 }
 
@@ -85,18 +81,12 @@ ImportPlan TypoletLibraryFile::decode(const QString& path, const QByteArray& jso
     int unreadable = 0;
     plan.categories = RecordCodec::decodeCategories(compact(kCategories), &unreadable)
                           .value_or(QList<Category>{});
-    const QList<Snippet> snippets =
+    QList<Snippet> snippets =
         RecordCodec::decodeSnippets(compact(kSnippets), &unreadable).value_or(QList<Snippet>{});
     plan.skipped = unreadable;
-    QSet<QUuid> afterWordEnd; // optional: older files have none
-    for (const QJsonValue& id : root.value(kAfterWordEnd).toArray()) {
-        if (const auto parsed = RecordCodec::parseUuid(id.toString()))
-            afterWordEnd.insert(*parsed);
-    }
-    for (Snippet snippet : snippets) {
-        if (afterWordEnd.contains(snippet.id))
-            snippet.trigger = Snippet::Trigger::AfterWordEnd;
+    // Optional: older files have none.
+    RecordCodec::markAfterWordEnd(root.value(kAfterWordEnd).toArray(), snippets);
+    for (const Snippet& snippet : std::as_const(snippets))
         plan.addSnippet(snippet);
-    }
     return plan;
 }
