@@ -14,6 +14,23 @@ std::unique_ptr<QSettings> SettingsFile::open(const QString& path) {
                                        QStringLiteral("Typolet"), QStringLiteral("Typolet"));
 }
 
+namespace {
+// QSettings keeps what it read of a file by name, and takes a file of the same size and
+// modification time as unchanged; the clock the file system stamps with may not move between
+// two quick saves (a category renamed to other letter case is a save of the same length). So
+// every file written here is stamped later than the one before, and every reader sees it anew.
+void stampLaterThanLast(const QString& path) {
+    static QDateTime lastStamp;
+    QDateTime stamp = QDateTime::currentDateTimeUtc();
+    if (lastStamp.isValid() && stamp <= lastStamp)
+        stamp = lastStamp.addMSecs(1);
+    lastStamp = stamp;
+    QFile file(path);
+    if (file.open(QIODevice::ReadOnly))
+        file.setFileTime(stamp, QFileDevice::FileModificationTime);
+}
+} // namespace
+
 std::optional<QString> SettingsFile::save(QSettings& settings,
                                           const QMap<QString, QVariant>& values) {
     const QString path = settings.fileName();
@@ -22,12 +39,8 @@ std::optional<QString> SettingsFile::save(QSettings& settings,
     // file cut, and it reports no error), so its result is read back and compared before it
     // replaces anything. The read-back opens the file under another name: under its own name
     // QSettings would answer from its memory of what it meant to write.
-    // A new name each time, too: QSettings keeps what it read of a file by name, and takes a
-    // file of the same size and time as unchanged, so a save of the same length within the same
-    // moment (a category renamed to other letter case) would be checked against the last one.
-    static quint64 saves = 0;
     const QString scratchPath = path + QStringLiteral(".saving");
-    const QString checkPath = path + QStringLiteral(".checking-%1").arg(++saves);
+    const QString checkPath = path + QStringLiteral(".checking");
     QFile::remove(scratchPath);
     QFile::remove(checkPath);
     QMap<QString, QVariant> all;
@@ -41,6 +54,7 @@ std::optional<QString> SettingsFile::save(QSettings& settings,
         scratch.sync();
     }
     bool complete = QFile::rename(scratchPath, checkPath);
+    stampLaterThanLast(checkPath);
     {
         QSettings check(checkPath, QSettings::NativeFormat);
         complete = complete && check.status() == QSettings::NoError &&
@@ -72,17 +86,7 @@ std::optional<QString> SettingsFile::save(QSettings& settings,
     // byte did not make it.
     if (!file.commit())
         return file.errorString();
-    // QSettings takes a file of the same size and modification time as unchanged, and the
-    // clock the file system stamps with may not move between two quick saves: each save is
-    // stamped later than the last, so every reader sees the new lists.
-    static QDateTime lastStamp;
-    QDateTime stamp = QDateTime::currentDateTimeUtc();
-    if (lastStamp.isValid() && stamp <= lastStamp)
-        stamp = lastStamp.addMSecs(1);
-    lastStamp = stamp;
-    QFile stamped(path);
-    if (stamped.open(QIODevice::ReadOnly))
-        stamped.setFileTime(stamp, QFileDevice::FileModificationTime);
+    stampLaterThanLast(path);
     settings.sync();
     return std::nullopt;
 }
