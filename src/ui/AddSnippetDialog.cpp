@@ -118,7 +118,7 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
         updateState();
     });
     connect(m_contentEditor, &CustomTextEditor::textEdited, this, &AddSnippetDialog::updateState);
-    connect(m_triggerOption, &TriggerOption::triggerEdited, this, &AddSnippetDialog::updateState);
+    connect(m_triggerOption, &TriggerOption::warningChanged, this, &AddSnippetDialog::fitHeight);
     updateState();
 }
 
@@ -134,6 +134,9 @@ void AddSnippetDialog::updateState() {
     m_contentPlaceholder->setVisible(contentEmpty);
     m_addButton->setEnabled(!SnippetStore::isBlankCommand(command()) && !contentEmpty);
     m_triggerOption->check(command(), QUuid());
+}
+
+void AddSnippetDialog::fitHeight() {
     // Taller while a warning under the command needs the room, never narrower.
     QLayout* root = layout();
     const int needed = root->hasHeightForWidth() ? root->totalHeightForWidth(sheetWidth)

@@ -49,6 +49,7 @@ private:
     void add();
     void setShowingDuplicateError(bool showing);
     void updateState();
+    void fitHeight();
 
     SnippetStore& m_store;
     QUuid m_categoryId;

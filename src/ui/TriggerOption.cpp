@@ -60,11 +60,14 @@ bool TriggerOption::showingClash() const { return !m_clash.message.isEmpty(); }
 void TriggerOption::check(const QString& command, const QUuid& snippetId) {
     m_command = command;
     m_snippetId = snippetId;
+    const QString shown = m_clash.message;
     m_clash = m_store.commandClash(command, snippetId, trigger());
     m_warning->setText(m_clash.message);
     m_cure->setText(tr("Expand \u201C%1\u201D only after a word ends").arg(m_clash.shorterCommand));
     m_warning->setVisible(showingClash());
     m_cure->setVisible(showingClash());
+    if (m_clash.message != shown)
+        emit warningChanged();
 }
 
 void TriggerOption::cure() {

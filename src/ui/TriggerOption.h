@@ -32,6 +32,8 @@ public:
 signals:
     // The user switched the option.
     void triggerEdited();
+    // The warning came, went or says something else: the room it takes changed.
+    void warningChanged();
 
 private:
     void cure();
