@@ -146,7 +146,7 @@ void TextExpander::keyDown(const KeyStroke& stroke) {
     if (!text)
         return;
     if (stroke.repeats == 0) {
-        handleKeyPress(*text);
+        takeKey(*text); // asked above whether keys are looked at: asked once per key
         return;
     }
     // The application has all the repeats already: only the buffer they leave is checked.
@@ -203,6 +203,10 @@ void TextExpander::handleKeyPress(const QString& character) {
         forgetTyping();
         return;
     }
+    takeKey(character);
+}
+
+void TextExpander::takeKey(const QString& character) {
     // A command waits for its word to end and this key was not held: it is in the application.
     if (m_awaiting && !m_awaiting->keysHeld && wordEndDecided(character, true))
         return;

@@ -98,6 +98,8 @@ private:
     void startMonitoring();
     // Why typed keys are not looked at now; empty when they are.
     QString ignoredBecause();
+    // One key's text, once it is known that keys are looked at now.
+    void takeKey(const QString& character);
     // Applies one key's text to the buffer; true when it was appended.
     bool applyKey(const QString& character);
     void checkForMatch();
