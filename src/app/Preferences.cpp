@@ -1,22 +1,51 @@
 #include "Preferences.h"
 
-#include "SettingsFile.h"
+#include "LibraryFile.h"
 
-#include <QSettings>
 #include <algorithm>
 
 Preferences::Preferences(const QString& settingsFile, QObject* parent)
-    : QObject(parent),
-      m_settings(SettingsFile::open(settingsFile)) {}
+    : Preferences(*new LibraryFile(settingsFile), parent) {
+    m_ownFile.reset(m_file);
+}
 
-Preferences::~Preferences() = default;
+Preferences::Preferences(LibraryFile& file, QObject* parent) : QObject(parent), m_file(&file) {
+    connect(m_file, &LibraryFile::changedOutside, this, &Preferences::takeOutsideChanges);
+}
+
+Preferences::~Preferences() {
+    disconnect(m_file, nullptr, this, nullptr);
+}
 
 QString Preferences::settingsPath() const {
-    return m_settings->fileName();
+    return m_file->path();
+}
+
+QVariant Preferences::stored(const char* key, const QVariant& fallback) const {
+    return m_file->value(QLatin1String(key), fallback);
+}
+
+void Preferences::takeOutsideChanges(const QStringList& keys) {
+    // Each listener hears the value now in force, as after a change made here.
+    const auto changed = [&keys](const char* key) { return keys.contains(QLatin1String(key)); };
+    if (changed(startAtLoginKey))
+        emit startAtLoginChanged(startAtLogin());
+    if (changed(undoWithBackspaceKey))
+        emit undoWithBackspaceChanged(undoWithBackspace());
+    if (changed(pasteLongSnippetsKey) || changed(pasteThresholdKey))
+        emit pasteChanged();
+    if (changed(pausedKey))
+        emit pausedChanged(paused());
+    if (changed(excludedApplicationsKey))
+        emit excludedApplicationsChanged(excludedApplications());
+    if (changed(pauseKeysKey))
+        emit pauseKeysChanged(pauseKeys());
+    if (changed(keyboardLayoutKey))
+        emit keyboardLayoutChanged(keyboardLayout());
 }
 
 bool Preferences::startAtLogin() const {
-    return m_settings->value(QLatin1String(startAtLoginKey), false).toBool();
+    return stored(startAtLoginKey, false).toBool();
 }
 
 bool Preferences::setStartAtLogin(bool enabled) {
@@ -28,7 +57,7 @@ bool Preferences::setStartAtLogin(bool enabled) {
 }
 
 bool Preferences::hasLaunchedBefore() const {
-    return m_settings->value(QLatin1String(hasLaunchedBeforeKey), false).toBool();
+    return stored(hasLaunchedBeforeKey, false).toBool();
 }
 
 bool Preferences::setHasLaunchedBefore(bool launched) {
@@ -36,7 +65,7 @@ bool Preferences::setHasLaunchedBefore(bool launched) {
 }
 
 bool Preferences::undoWithBackspace() const {
-    return m_settings->value(QLatin1String(undoWithBackspaceKey), true).toBool();
+    return stored(undoWithBackspaceKey, true).toBool();
 }
 
 bool Preferences::setUndoWithBackspace(bool enabled) {
@@ -48,7 +77,7 @@ bool Preferences::setUndoWithBackspace(bool enabled) {
 }
 
 bool Preferences::pasteLongSnippets() const {
-    return m_settings->value(QLatin1String(pasteLongSnippetsKey), true).toBool();
+    return stored(pasteLongSnippetsKey, true).toBool();
 }
 
 bool Preferences::setPasteLongSnippets(bool enabled) {
@@ -61,10 +90,10 @@ bool Preferences::setPasteLongSnippets(bool enabled) {
 
 int Preferences::pasteThreshold() const {
     bool ok = false;
-    const int stored = m_settings->value(QLatin1String(pasteThresholdKey)).toInt(&ok);
+    const int value = stored(pasteThresholdKey).toInt(&ok);
     if (!ok)
         return defaultPasteThreshold;
-    return std::clamp(stored, minimumPasteThreshold, maximumPasteThreshold);
+    return std::clamp(value, minimumPasteThreshold, maximumPasteThreshold);
 }
 
 bool Preferences::setPasteThreshold(int characters) {
@@ -77,7 +106,7 @@ bool Preferences::setPasteThreshold(int characters) {
 }
 
 bool Preferences::paused() const {
-    return m_settings->value(QLatin1String(pausedKey), false).toBool();
+    return stored(pausedKey, false).toBool();
 }
 
 bool Preferences::setPaused(bool paused) {
@@ -90,9 +119,9 @@ bool Preferences::setPaused(bool paused) {
 
 QKeySequence Preferences::pauseKeys() const {
     // Absent: the default. Present and empty: the user chose no keys.
-    if (!m_settings->contains(QLatin1String(pauseKeysKey)))
+    if (!m_file->contains(QLatin1String(pauseKeysKey)))
         return QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_Space);
-    return QKeySequence::fromString(m_settings->value(QLatin1String(pauseKeysKey)).toString(),
+    return QKeySequence::fromString(stored(pauseKeysKey).toString(),
                                     QKeySequence::PortableText);
 }
 
@@ -105,7 +134,7 @@ bool Preferences::setPauseKeys(const QKeySequence& keys) {
 }
 
 QStringList Preferences::excludedApplications() const {
-    return m_settings->value(QLatin1String(excludedApplicationsKey)).toStringList();
+    return stored(excludedApplicationsKey).toStringList();
 }
 
 bool Preferences::setExcludedApplications(const QStringList& names) {
@@ -117,7 +146,7 @@ bool Preferences::setExcludedApplications(const QStringList& names) {
 }
 
 QString Preferences::keyboardLayout() const {
-    return m_settings->value(QLatin1String(keyboardLayoutKey)).toString();
+    return stored(keyboardLayoutKey).toString();
 }
 
 bool Preferences::setKeyboardLayout(const QString& layout) {
@@ -136,7 +165,7 @@ void Preferences::setLayoutInUse(const QString& description) {
 }
 
 bool Preferences::write(const char* key, const QVariant& value) {
-    m_settings->setValue(QLatin1String(key), value);
-    m_settings->sync();
-    return m_settings->status() == QSettings::NoError;
+    // A value that did not reach the disk stays in force and goes out with the next save; the
+    // library file says why it did not.
+    return !m_file->write({{QLatin1String(key), value}});
 }

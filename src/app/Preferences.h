@@ -7,7 +7,7 @@
 #include <QVariant>
 #include <memory>
 
-class QSettings;
+class LibraryFile;
 
 // The user's preferences, kept in the same settings file as the snippets
 // ($XDG_CONFIG_HOME/Typolet/Typolet.conf):
@@ -22,12 +22,15 @@ class QSettings;
 //  - pauseKeys: the desktop-wide keys that pause and resume, "Ctrl+Alt+Space" when absent;
 //  - keyboardLayout: in a Wayland session, the layout typed keys are read and typed with, as
 //    xkb-data names it ("de", "de(nodeadkeys)"); absent or empty: the one the desktop uses.
-// Every write is flushed to disk at once.
+// Every write goes to disk at once, through the library file's one owner; a change another
+// program makes to a preference is announced as if it were made here.
 class Preferences : public QObject {
     Q_OBJECT
 public:
-    // Flags over the given settings file (tests use their own); an empty path means the user's
-    // standard Typolet settings.
+    // Preferences in the library file that main() owns.
+    explicit Preferences(LibraryFile& file, QObject* parent = nullptr);
+    // Preferences with a library file of their own, over the given path (tests use their own);
+    // an empty path means the user's standard Typolet settings.
     explicit Preferences(const QString& settingsFile = {}, QObject* parent = nullptr);
     ~Preferences() override;
 
@@ -104,8 +107,11 @@ signals:
 
 private:
     bool write(const char* key, const QVariant& value);
+    QVariant stored(const char* key, const QVariant& fallback = {}) const;
+    void takeOutsideChanges(const QStringList& keys);
 
-    std::unique_ptr<QSettings> m_settings;
+    std::unique_ptr<LibraryFile> m_ownFile;
+    LibraryFile* m_file;
     QString m_layoutInUse;
     bool m_canGrabPauseKeys = true;
     bool m_canTellApplications = true;

@@ -5,6 +5,7 @@
 #include "EvdevEngineBootstrap.h"
 #include "InputBackend.h"
 #include "InputCheck.h"
+#include "LibraryFile.h"
 #include "LibraryTransfer.h"
 #include "Autostart.h"
 #include "Preferences.h"
@@ -51,12 +52,12 @@ void onTerminationSignal(int) {
 
 // The application shell around either engine: the windows, the tray, the preferences.
 template <class Engine>
-int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store) {
+int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store, LibraryFile& library) {
     // The shell starts the pieces in order: the engine (with its permission check, which only
     // schedules its guidance), then the main window around the snippet editor, then the menus
     // and the tray icon. A second launch starts none of them; it wakes the running Typolet.
     Autostart autostart(std::make_unique<XdgAutostartBackend>());
-    Preferences preferences;
+    Preferences preferences(library);
     preferences.setSessionAbilities(Engine::grabsGlobalKeys, Engine::tellsApplications);
     ContentView* editor = nullptr; // owned by the main window
     TypoletApp typolet(
@@ -183,7 +184,9 @@ int main(int argc, char* argv[]) {
 
     Logging::configure();
     Translations::install(*app);
-    SnippetStore store;
+    // The library file's one owner: the store and the preferences both keep their data in it.
+    LibraryFile library;
+    SnippetStore store(library);
     if (evdev) {
         EvdevEngineBootstrap engine(hasDisplay);
         if (!hasDisplay)
@@ -192,7 +195,7 @@ int main(int argc, char* argv[]) {
                 QStringLiteral("Typolet needs a Wayland or X11 display for its windows and could not "
                                "open one (WAYLAND_DISPLAY is \"%1\", DISPLAY is \"%2\").")
                     .arg(qEnvironmentVariable("WAYLAND_DISPLAY"), qEnvironmentVariable("DISPLAY")));
-        return runShell(*app, engine, store);
+        return runShell(*app, engine, store, library);
     }
     EngineBootstrap engine(hasDisplay);
     if (!hasDisplay)
@@ -200,5 +203,5 @@ int main(int argc, char* argv[]) {
                                  QStringLiteral("Typolet needs an X11 display and could not open one "
                                                 "(DISPLAY is \"%1\").")
                                      .arg(qEnvironmentVariable("DISPLAY")));
-    return runShell(*app, engine, store);
+    return runShell(*app, engine, store, library);
 }

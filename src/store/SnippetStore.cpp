@@ -1,23 +1,39 @@
 #include "SnippetStore.h"
 
 #include "Logging.h"
+#include "IniFormat.h"
 #include "RecordCodec.h"
-#include "SettingsFile.h"
 
 #include <QDateTime>
 #include <QFile>
 #include <QHash>
 #include <QJsonDocument>
 #include <QSet>
-#include <QSettings>
 #include <QVariant>
 
-
 SnippetStore::SnippetStore(const QString& settingsFile, QObject* parent)
-    : QObject(parent),
-      m_settings(SettingsFile::open(settingsFile)) {
+    : SnippetStore(*new LibraryFile(settingsFile), parent) {
+    m_ownFile.reset(m_file);
+}
+
+SnippetStore::SnippetStore(LibraryFile& file, QObject* parent)
+    : QObject(parent), m_file(&file) {
+    connect(m_file, &LibraryFile::saveFailed, this, &SnippetStore::saveFailed);
+    connect(m_file, &LibraryFile::saved, this, &SnippetStore::allSaved);
+    // Direct: the lists must be the merged ones before anything saves again, or a save would
+    // take the outside change for something this side deleted.
+    connect(m_file, &LibraryFile::changedOutside, this, &SnippetStore::takeOutsideChanges);
     loadCategories();
     loadSnippets();
+    ensureDefaultCategory();
+}
+
+SnippetStore::~SnippetStore() {
+    // The file this store made goes after the store's connections to it.
+    disconnect(m_file, nullptr, this, nullptr);
+}
+
+void SnippetStore::ensureDefaultCategory() {
     for (const Category& category : std::as_const(m_categories)) {
         if (category.id == Category::defaultCategoryId)
             return;
@@ -25,12 +41,21 @@ SnippetStore::SnippetStore(const QString& settingsFile, QObject* parent)
     QList<Category> categories = m_categories;
     categories.append(defaultCategory());
     setCategories(std::move(categories));
-    saveCategories();
+    // Not over a file that cannot be read: the category is in memory until it can be.
+    if (m_file->readError().isEmpty())
+        saveCategories();
 }
 
-SnippetStore::~SnippetStore() = default;
+void SnippetStore::takeOutsideChanges(const QStringList& keys) {
+    if (keys.contains(QLatin1String(categoriesKey))) {
+        loadCategories();
+        ensureDefaultCategory();
+    }
+    if (keys.contains(QLatin1String(snippetsKey)) || keys.contains(QLatin1String(afterWordEndKey)))
+        loadSnippets();
+}
 
-QString SnippetStore::settingsPath() const { return m_settings->fileName(); }
+QString SnippetStore::settingsPath() const { return m_file->path(); }
 
 void SnippetStore::setSnippets(QList<Snippet> snippets) {
     m_snippets = std::move(snippets);
@@ -182,10 +207,7 @@ std::optional<DataError> SnippetStore::deleteCategory(const Category& category) 
     QList<Category> categories = m_categories;
     categories.removeIf([&](const Category& c) { return c.id == id; });
     setCategories(std::move(categories));
-    // One write carries both lists when the first fails (see write()).
-    const std::optional<QString> categoriesError = saveCategories();
-    const std::optional<QString> snippetsError = saveSnippets();
-    return saved(snippetsError ? snippetsError : categoriesError);
+    return saved(save(true, true));
 }
 
 std::optional<Snippet> SnippetStore::snippetWithCommand(const QString& command) const {
@@ -280,12 +302,10 @@ std::optional<DataError> SnippetStore::importSnippets(const ImportPlan& plan) {
         setCategories(std::move(categories));
     if (snippetsChanged)
         setSnippets(std::move(snippets));
-    // One save of each list that changed; a failed write keeps its list for the next one
-    // (see write()), so the snippets' save carries the categories too.
-    const std::optional<QString> categoriesError =
-        categoriesChanged ? saveCategories() : std::nullopt;
-    const std::optional<QString> snippetsError = snippetsChanged ? saveSnippets() : std::nullopt;
-    return saved(snippetsError ? snippetsError : categoriesError);
+    if (!categoriesChanged && !snippetsChanged)
+        return std::nullopt;
+    // One save of what changed; the history keeps the library as it was before the import.
+    return saved(save(snippetsChanged, categoriesChanged, LibraryHistory::Reason::Import));
 }
 
 std::optional<DataError> SnippetStore::updateSnippet(const Snippet& snippet,
@@ -309,52 +329,92 @@ std::optional<DataError> SnippetStore::updateSnippet(const Snippet& snippet,
     return saved(saveSnippets());
 }
 
-std::optional<QString> SnippetStore::write(const char* key, const QByteArray& data) {
-    // A list whose last save failed goes out again with this one.
-    m_unsaved.insert(QLatin1String(key), data);
-    const std::optional<QString> error = SettingsFile::save(*m_settings, m_unsaved);
-    if (!error) {
-        m_unsaved.clear();
-        return std::nullopt;
+std::optional<QString> SnippetStore::save(bool snippets, bool categories,
+                                          LibraryHistory::Reason reason) {
+    QMap<QString, QVariant> changes;
+    if (snippets) {
+        const auto data = m_snippetEncoder.encode(m_snippets);
+        if (data) {
+            changes.insert(QLatin1String(snippetsKey), *data);
+            // In the same write as the list, so the two never disagree on disk.
+            changes.insert(QLatin1String(afterWordEndKey),
+                           QJsonDocument(RecordCodec::afterWordEndIds(m_snippets))
+                               .toJson(QJsonDocument::Compact));
+        }
+        // Observers run after the action that saved has finished; the list they get is the one
+        // current at delivery.
+        QMetaObject::invokeMethod(
+            this, [this] { emit snippetsSaved(m_snippets); }, Qt::QueuedConnection);
     }
-    // Shown where the change was made, and logged.
-    QStringList lists = m_unsaved.keys();
-    lists.removeAll(QLatin1String(afterWordEndKey)); // part of the snippets to the user
-    const QString message = tr("Could not save %1 to %2: %3")
-                                .arg(lists.join(tr(" and ")),
-                                     settingsPath(), *error);
-    qCWarning(lcStore).noquote() << message;
-    emit saveFailed(message);
-    return message;
+    if (categories) {
+        if (const auto data = RecordCodec::encodeCategories(m_categories))
+            changes.insert(QLatin1String(categoriesKey), *data);
+    }
+    if (changes.isEmpty())
+        return std::nullopt;
+    if (m_damagedUnkept) {
+        keepDamagedFile();
+        if (m_damagedUnkept) {
+            const QString message =
+                tr("Not saved: records in %1 could not be read, and there is no room to keep a "
+                   "copy of the file before it is written over. Free some space, or choose to "
+                   "save anyway.")
+                    .arg(settingsPath());
+            emit saveFailed(message);
+            return message;
+        }
+    }
+    return m_file->write(changes, reason);
 }
 
-std::optional<QString> SnippetStore::saveSnippets() {
-    const auto data = m_snippetEncoder.encode(m_snippets);
-    if (!data)
-        return std::nullopt;
-    // Goes out in the same write as the list, so the two never disagree on disk.
-    m_unsaved.insert(QLatin1String(afterWordEndKey),
-                     QJsonDocument(RecordCodec::afterWordEndIds(m_snippets))
-                         .toJson(QJsonDocument::Compact));
-    std::optional<QString> error = write(snippetsKey, *data);
-    // Observers run after the action that saved has finished; the list they get is the one
-    // current at delivery.
-    QMetaObject::invokeMethod(
-        this, [this] { emit snippetsSaved(m_snippets); }, Qt::QueuedConnection);
-    return error;
+std::optional<QString> SnippetStore::saveSnippets() { return save(true, false); }
+
+std::optional<QString> SnippetStore::saveCategories() { return save(false, true); }
+
+void SnippetStore::saveOverDamagedRecords() {
+    m_damagedUnkept = false;
+    save(true, true);
 }
 
-std::optional<QString> SnippetStore::saveCategories() {
-    const auto data = RecordCodec::encodeCategories(m_categories);
-    if (!data)
-        return std::nullopt;
-    return write(categoriesKey, *data);
+std::optional<DataError> SnippetStore::restoreVersion(const QString& versionPath) {
+    QFile file(versionPath);
+    if (!file.open(QIODevice::ReadOnly))
+        return DataError::unreadableImport(
+            tr("%1 cannot be read: %2").arg(versionPath, file.errorString()));
+    const IniFormat::Values values = IniFormat::parse(file.readAll());
+    int unreadable = 0;
+    auto snippets = RecordCodec::decodeSnippets(
+        IniFormat::decode(values.value(QLatin1String(snippetsKey), "@ByteArray([])")).toByteArray(),
+        &unreadable);
+    auto categories = RecordCodec::decodeCategories(
+        IniFormat::decode(values.value(QLatin1String(categoriesKey), "@ByteArray([])")).toByteArray(),
+        &unreadable);
+    if (!snippets || !categories)
+        return DataError::unreadableImport(
+            tr("%1 holds no library Typolet can read").arg(versionPath));
+    RecordCodec::markAfterWordEnd(
+        QJsonDocument::fromJson(
+            IniFormat::decode(values.value(QLatin1String(afterWordEndKey))).toByteArray())
+            .array(),
+        *snippets);
+    setCategories(std::move(*categories));
+    setSnippets(std::move(*snippets));
+    const bool hadDefault = category(Category::defaultCategoryId).has_value();
+    if (!hadDefault) {
+        QList<Category> withDefault = m_categories;
+        withDefault.append(defaultCategory());
+        setCategories(std::move(withDefault));
+    }
+    return saved(save(true, true, LibraryHistory::Reason::Restore));
 }
 
 void SnippetStore::loadSnippets() {
-    const QVariant value = m_settings->value(QLatin1String(snippetsKey));
-    if (!value.isValid())
+    const QVariant value = m_file->value(QLatin1String(snippetsKey));
+    if (!value.isValid()) {
+        if (!m_snippets.isEmpty())
+            setSnippets({});
         return;
+    }
     int unreadable = 0;
     auto snippets = value.typeId() == QMetaType::QByteArray
                          ? RecordCodec::decodeSnippets(value.toByteArray(), &unreadable)
@@ -365,16 +425,19 @@ void SnippetStore::loadSnippets() {
         return;
     // Unreadable, it only loses the waiting: every snippet then fires at once.
     RecordCodec::markAfterWordEnd(
-        QJsonDocument::fromJson(m_settings->value(QLatin1String(afterWordEndKey)).toByteArray())
+        QJsonDocument::fromJson(m_file->value(QLatin1String(afterWordEndKey)).toByteArray())
             .array(),
         *snippets);
     setSnippets(std::move(*snippets));
 }
 
 void SnippetStore::loadCategories() {
-    const QVariant value = m_settings->value(QLatin1String(categoriesKey));
-    if (!value.isValid())
+    const QVariant value = m_file->value(QLatin1String(categoriesKey));
+    if (!value.isValid()) {
+        if (!m_categories.isEmpty())
+            setCategories({});
         return;
+    }
     int unreadable = 0;
     auto categories = value.typeId() == QMetaType::QByteArray
                           ? RecordCodec::decodeCategories(value.toByteArray(), &unreadable)
@@ -391,15 +454,23 @@ void SnippetStore::noteUnreadable(const QString& key, int records) {
                                      : QStringLiteral("%1 of the %2 could not be read")
                                            .arg(records)
                                            .arg(key);
-    // The next save rewrites the file: first keep it as it is, once, beside it.
-    if (m_backupPath.isEmpty()) {
-        const QString backup = settingsPath() + QStringLiteral(".unreadable-") +
-                               QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
-        if (QFile::copy(settingsPath(), backup))
-            m_backupPath = backup;
-    }
+    // The next save rewrites the file: first keep it as it is, once, in the history.
+    if (m_backupPath.isEmpty())
+        keepDamagedFile();
     qCWarning(lcStore).noquote() << QStringLiteral("In %1 %2; the file as it was is kept in %3")
                                         .arg(settingsPath(), what,
                                              m_backupPath.isEmpty() ? QStringLiteral("(no copy could be made)")
                                                                     : m_backupPath);
+}
+
+void SnippetStore::keepDamagedFile() {
+    QFile file(settingsPath());
+    QString kept;
+    const auto error = file.open(QIODevice::ReadOnly)
+                           ? m_file->history().keep(file.readAll(), LibraryHistory::Reason::Salvage,
+                                                    &kept)
+                           : std::optional<QString>(file.errorString());
+    m_damagedUnkept = error.has_value();
+    if (!error)
+        m_backupPath = kept;
 }

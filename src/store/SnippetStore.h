@@ -3,6 +3,8 @@
 #include "Category.h"
 #include "DataError.h"
 #include "ImportPlan.h"
+#include "LibraryFile.h"
+#include "LibraryKeys.h"
 #include "Snippet.h"
 #include "SnippetListEncoder.h"
 
@@ -13,19 +15,21 @@
 #include <memory>
 #include <optional>
 
-class QSettings;
-
-// The single owner of the snippet and category lists. Loads both from the user's settings
-// file when created, guarantees the default category, validates category names, writes a
-// list back after every change and announces every snippet save with snippetsSaved().
+// The single owner of the snippet and category lists. Loads both from the library file when
+// created, guarantees the default category, validates category names, writes a list back after
+// every change and announces every snippet save with snippetsSaved(). When another program
+// changes the lists in the file, the store takes the merged lists in and announces them as any
+// other change.
 //
 // Lists keep their stored order and are scanned from the front: the record with a given id is
 // always the first one with that id.
 class SnippetStore : public QObject {
     Q_OBJECT
 public:
-    // A store over the given settings file (tests use their own); an empty path means the
-    // user's standard $XDG_CONFIG_HOME/Typolet/Typolet.conf. Loads at once.
+    // A store over the library file that main() owns. Loads at once.
+    explicit SnippetStore(LibraryFile& file, QObject* parent = nullptr);
+    // A store with a library file of its own, over the given path (tests use their own); an
+    // empty path means the user's standard $XDG_CONFIG_HOME/Typolet/Typolet.conf.
     explicit SnippetStore(const QString& settingsFile = {}, QObject* parent = nullptr);
     ~SnippetStore() override;
 
@@ -60,6 +64,9 @@ public:
     // snippet's content (its id, creation time, category and trigger stay). Ids already in use are
     // replaced by fresh ones. A plan that failed to read is refused.
     [[nodiscard]] std::optional<DataError> importSnippets(const ImportPlan& plan);
+    // Puts a version from the history in place of both lists, as one change; the library as it
+    // is now is kept in the history first.
+    [[nodiscard]] std::optional<DataError> restoreVersion(const QString& versionPath);
 
     // Direct changes to the snippet list for loading many at once (and for tests); they are
     // not saved until saveSnippets(). Appending a snippet with a blank command is refused.
@@ -69,6 +76,11 @@ public:
     // Write a list; return why it could not be saved (also announced with saveFailed()).
     std::optional<QString> saveSnippets();
     std::optional<QString> saveCategories();
+
+    // While records that could not be read have no copy anywhere (no room for one in the
+    // history), nothing is saved over them; the user may choose to save all the same.
+    bool damagedRecordsUnkept() const { return m_damagedUnkept; }
+    void saveOverDamagedRecords();
 
     // Why `command` and another snippet's command cannot both be typed: a command that shows
     // up inside another, short of its end, expands while the longer one is typed (";sig" inside
@@ -101,18 +113,21 @@ public:
     // read at all counts as one), and the copy of the file as it was before anything rewrote it.
     int unreadableRecords() const { return m_unreadableRecords; }
     QString backupPath() const { return m_backupPath; }
+    // Why the library file could not be read at all; empty when it could.
+    QString loadError() const { return m_file->readError(); }
+    LibraryFile& file() { return *m_file; }
 
-    static constexpr const char* snippetsKey = "Shortcuts";
-    static constexpr const char* categoriesKey = "Categories";
-    // The ids of the snippets that wait for a word to end, beside the snippet list so that its
-    // JSON stays as it is.
-    static constexpr const char* afterWordEndKey = "snippetsAfterWordEnd";
+    static constexpr const char* snippetsKey = LibraryKeys::snippets;
+    static constexpr const char* categoriesKey = LibraryKeys::categories;
+    static constexpr const char* afterWordEndKey = LibraryKeys::afterWordEnd;
 
 signals:
     void snippetsChanged();
     void categoriesChanged();
     // A write reached no disk; the in-memory lists keep the change.
     void saveFailed(const QString& message);
+    // Every change is on disk (after a save that failed before, the problem is over).
+    void allSaved();
     // After each snippet save, once the action that saved has finished; carries the list
     // current at delivery.
     void snippetsSaved(const QList<Snippet>& snippets);
@@ -122,13 +137,18 @@ private:
     static std::optional<DataError> saved(const std::optional<QString>& saveError);
     bool isDuplicateCategoryName(const QString& name, std::optional<QUuid> excluding) const;
     void setCategories(QList<Category> categories);
-    std::optional<QString> write(const char* key, const QByteArray& data);
+    void ensureDefaultCategory();
+    std::optional<QString> save(bool snippets, bool categories,
+                                LibraryHistory::Reason reason = LibraryHistory::Reason::Edit);
     void noteUnreadable(const QString& key, int records);
+    void keepDamagedFile();
+    void takeOutsideChanges(const QStringList& keys);
 
-    std::unique_ptr<QSettings> m_settings;
-    QMap<QString, QVariant> m_unsaved; // keys whose last save failed, with their new value
+    std::unique_ptr<LibraryFile> m_ownFile;
+    LibraryFile* m_file;
     int m_unreadableRecords = 0;
     QString m_backupPath;
+    bool m_damagedUnkept = false;
     QList<Snippet> m_snippets;
     QList<Category> m_categories;
     quint64 m_snippetsRevision = 0;

@@ -71,21 +71,33 @@ ContentView::ContentView(SnippetStore& store, QWidget* parent)
     m_problemBanner = new QLabel(this);
     m_problemBanner->setObjectName(QStringLiteral("problemBanner"));
     m_problemBanner->setWordWrap(true);
-    m_problemBanner->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_problemBanner->setTextFormat(Qt::RichText);
+    m_problemBanner->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::LinksAccessibleByMouse |
+                                             Qt::LinksAccessibleByKeyboard);
     m_problemBanner->setContentsMargins(12, 8, 12, 8);
     m_problemBanner->setStyleSheet(QStringLiteral("background: #fff3cd; color: #664d03;"));
     m_problemBanner->setVisible(false);
     outer->addWidget(m_problemBanner);
-    if (const int unreadable = store.unreadableRecords(); unreadable > 0) {
-        const QString kept = store.backupPath().isEmpty() ? store.settingsPath()
-                                                                : store.backupPath();
-        showProblem(tr("%n record(s) in your library could not be read and are not shown. The "
-                       "file as it was is kept in %1.",
-                       nullptr, unreadable)
-                        .arg(kept));
-    }
+    // The link offered while damaged records have no copy anywhere: saving writes over them.
+    connect(m_problemBanner, &QLabel::linkActivated, this, [this] {
+        m_saveProblem = false;
+        m_problemBanner->setVisible(false);
+        m_store.saveOverDamagedRecords();
+    });
+    showLoadProblem();
     connect(&m_store, &SnippetStore::saveFailed, this, [this](const QString& why) {
-        showProblem(tr("Your last change is kept in Typolet but is not on disk yet. %1").arg(why));
+        QString text = tr("Your last change is kept in Typolet but is not on disk yet. %1").arg(why.toHtmlEscaped());
+        if (m_store.damagedRecordsUnkept())
+            text += QStringLiteral(" <a href=\"save\">%1</a>").arg(tr("Save anyway"));
+        m_saveProblem = true;
+        showProblem(text);
+    });
+    connect(&m_store, &SnippetStore::allSaved, this, [this] {
+        if (!m_saveProblem)
+            return;
+        m_saveProblem = false;
+        m_problemBanner->setVisible(false);
+        showLoadProblem();
     });
     auto* root = new QHBoxLayout;
     root->setContentsMargins(0, 0, 0, 0);
@@ -112,6 +124,29 @@ ContentView::ContentView(SnippetStore& store, QWidget* parent)
 }
 
 ContentView::~ContentView() = default;
+
+void ContentView::showLoadProblem() {
+    if (const QString why = m_store.loadError(); !why.isEmpty()) {
+        showProblem(tr("Typolet cannot read your library, %1: %2. Nothing is written over it "
+                       "until it can be read; changes you make meanwhile are kept in Typolet.")
+                        .arg(m_store.settingsPath().toHtmlEscaped(), why.toHtmlEscaped()));
+        return;
+    }
+    const int unreadable = m_store.unreadableRecords();
+    if (unreadable == 0)
+        return;
+    if (!m_store.backupPath().isEmpty()) {
+        showProblem(tr("%n record(s) in your library could not be read and are not shown. The "
+                       "file as it was is kept in %1.",
+                       nullptr, unreadable)
+                        .arg(m_store.backupPath().toHtmlEscaped()));
+        return;
+    }
+    showProblem(tr("%n record(s) in your library could not be read and are not shown, and no "
+                   "copy of the file could be kept (is the disk full?). Nothing is saved over "
+                   "them until a copy can be kept, or you <a href=\"save\">save anyway</a>.",
+                   nullptr, unreadable));
+}
 
 void ContentView::showProblem(const QString& text) {
     m_problemBanner->setText(text);

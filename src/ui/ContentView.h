@@ -89,6 +89,7 @@ protected:
 private:
     // Shows a problem with the library file above everything else, until the window closes.
     void showProblem(const QString& text);
+    void showLoadProblem();
     QWidget* buildSidebar();
     QWidget* buildSnippetColumn();
     QWidget* buildDetailPane();
@@ -125,6 +126,7 @@ private:
     QStackedWidget* m_detailStack = nullptr;
     QLabel* m_detailPlaceholder = nullptr;
     QLabel* m_problemBanner = nullptr;
+    bool m_saveProblem = false; // the banner says a save failed
     SnippetDetailView* m_detailView = nullptr;
 
     QPointer<AddSnippetDialog> m_addSheet;

@@ -390,7 +390,7 @@ private slots:
         undo();
         QVERIFY2(error && error->contains(path), qPrintable(error.value_or("saved")));
         QCOMPARE(failed.size(), 1);
-        QCOMPARE(diagnostics.lines.size(), 1);
+        QVERIFY2(diagnostics.lines.size() == 1, qPrintable(diagnostics.lines.join(u'\n')));
         QCOMPARE(commands(store.snippets()), QStringList({";old", ";new"}));
         QCOMPARE(contents(path), before);
 

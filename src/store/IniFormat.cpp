@@ -1,0 +1,477 @@
+#include "IniFormat.h"
+
+#include <QStringList>
+
+namespace {
+const QString generalSection = QStringLiteral("General");
+
+int hexValue(uchar ch) {
+    if (ch >= '0' && ch <= '9')
+        return ch - '0';
+    if (ch >= 'a' && ch <= 'f')
+        return ch - 'a' + 10;
+    if (ch >= 'A' && ch <= 'F')
+        return ch - 'A' + 10;
+    return -1;
+}
+
+int octValue(uchar ch) { return ch >= '0' && ch <= '7' ? ch - '0' : -1; }
+
+char hexDigit(uint value) { return "0123456789abcdef"[value & 0xF]; }
+char upperHexDigit(uint value) { return "0123456789ABCDEF"[value & 0xF]; }
+
+void appendUtf8(QByteArray& out, char32_t code) {
+    if (code < 0x80) {
+        out += char(code);
+    } else if (code < 0x800) {
+        out += char(0xC0 | (code >> 6));
+        out += char(0x80 | (code & 0x3F));
+    } else if (code < 0x10000) {
+        out += char(0xE0 | (code >> 12));
+        out += char(0x80 | ((code >> 6) & 0x3F));
+        out += char(0x80 | (code & 0x3F));
+    } else {
+        out += char(0xF0 | (code >> 18));
+        out += char(0x80 | ((code >> 12) & 0x3F));
+        out += char(0x80 | ((code >> 6) & 0x3F));
+        out += char(0x80 | (code & 0x3F));
+    }
+}
+
+// QSettings' escaping of one value. `units` are Latin-1 bytes (a byte array, written as they
+// are, anything from 0x7F up as \x escapes) or UTF-16 (a string, written as UTF-8). A hex digit
+// right after a \x escape is escaped too, or a reader would take it into the escape.
+template <class Unit>
+void appendEscaped(QByteArray& out, const Unit* units, qsizetype count, bool utf8) {
+    const qsizetype start = out.size();
+    bool needsQuotes = false;
+    bool escapeNextIfDigit = false;
+    for (qsizetype i = 0; i < count; ++i) {
+        const uint ch = static_cast<std::make_unsigned_t<Unit>>(units[i]);
+        if (ch == ';' || ch == ',' || ch == '=')
+            needsQuotes = true;
+        if (escapeNextIfDigit && hexValue(uchar(ch)) >= 0 && ch < 0x80) {
+            out += "\\x";
+            out += hexDigit(ch >> 4);
+            out += hexDigit(ch);
+            continue;
+        }
+        escapeNextIfDigit = false;
+        switch (ch) {
+        case '\0': out += "\\0"; escapeNextIfDigit = true; break;
+        case '\a': out += "\\a"; break;
+        case '\b': out += "\\b"; break;
+        case '\f': out += "\\f"; break;
+        case '\n': out += "\\n"; break;
+        case '\r': out += "\\r"; break;
+        case '\t': out += "\\t"; break;
+        case '\v': out += "\\v"; break;
+        case '"':
+        case '\\':
+            out += '\\';
+            out += char(ch);
+            break;
+        default:
+            if (ch <= 0x1F || (ch >= 0x7F && !utf8)) {
+                out += "\\x";
+                if (ch >= 0x10)
+                    out += QByteArray::number(ch, 16);
+                else
+                    out += hexDigit(ch);
+                escapeNextIfDigit = true;
+            } else if (ch < 0x80) {
+                out += char(ch);
+            } else if (QChar::isHighSurrogate(ch) && i + 1 < count &&
+                       QChar::isLowSurrogate(uint(units[i + 1]))) {
+                appendUtf8(out, QChar::surrogateToUcs4(char16_t(ch), char16_t(units[i + 1])));
+                ++i;
+            } else {
+                appendUtf8(out, QChar::isSurrogate(ch) ? char32_t(0xFFFD) : char32_t(ch));
+            }
+        }
+    }
+    if (needsQuotes ||
+        (start < out.size() && (out.at(start) == ' ' || out.at(out.size() - 1) == ' '))) {
+        out.insert(start, '"');
+        out += '"';
+    }
+}
+
+void appendEscapedString(QByteArray& out, const QString& text) {
+    appendEscaped(out, reinterpret_cast<const char16_t*>(text.utf16()), text.size(), true);
+}
+
+QString variantText(const QVariant& value) {
+    QString text = value.toString();
+    if (text.contains(QChar::Null))
+        return QStringLiteral("@String(") + text + u')';
+    if (text.startsWith(u'@'))
+        text.prepend(u'@');
+    return text;
+}
+
+void appendEscapedKey(QByteArray& out, QStringView key) {
+    for (const QChar qc : key) {
+        const uint ch = qc.unicode();
+        if (ch == '/') {
+            out += '\\';
+        } else if ((ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') ||
+                   (ch >= '0' && ch <= '9') || ch == '_' || ch == '-' || ch == '.') {
+            out += char(ch);
+        } else if (ch <= 0xFF) {
+            out += '%';
+            out += upperHexDigit(ch >> 4);
+            out += upperHexDigit(ch);
+        } else {
+            out += "%U";
+            for (int shift = 12; shift >= 0; shift -= 4)
+                out += upperHexDigit(ch >> shift);
+        }
+    }
+}
+
+QString unescapedKey(QByteArrayView key) {
+    QString result;
+    for (qsizetype i = 0; i < key.size(); ++i) {
+        const uchar ch = uchar(key[i]);
+        if (ch == '\\') {
+            result += u'/';
+        } else if (ch == '%' && i + 2 < key.size() + 0 && hexValue(uchar(key[i + 1])) >= 0 &&
+                   hexValue(uchar(key[i + 2])) >= 0) {
+            result += QChar(char16_t(hexValue(uchar(key[i + 1])) * 16 + hexValue(uchar(key[i + 2]))));
+            i += 2;
+        } else if (ch == '%' && i + 5 < key.size() + 0 && key[i + 1] == 'U') {
+            uint code = 0;
+            bool ok = true;
+            for (int j = 2; j < 6; ++j) {
+                const int digit = hexValue(uchar(key[i + j]));
+                ok = ok && digit >= 0;
+                code = code * 16 + uint(std::max(digit, 0));
+            }
+            if (!ok) {
+                result += u'%';
+                continue;
+            }
+            result += QChar(char16_t(code));
+            i += 5;
+        } else {
+            result += QChar(char16_t(ch));
+        }
+    }
+    return result;
+}
+
+// QSettings' reading of an escaped value: quotes group, commas outside quotes make a list,
+// escapes as C's, \x and octal escapes give the code point, unquoted trailing blanks go.
+// Returns whether the value is a list (then in `list`, else in `text`).
+bool unescape(QByteArrayView raw, QString& text, QStringList& list) {
+    constexpr char escapes[][2] = {{'a', '\a'}, {'b', '\b'}, {'f', '\f'}, {'n', '\n'},
+                                   {'r', '\r'}, {'t', '\t'}, {'v', '\v'}, {'"', '"'},
+                                   {'?', '?'},  {'\'', '\''}, {'\\', '\\'}};
+    bool isList = false;
+    bool inQuotes = false;
+    bool quoted = false;
+    qsizetype i = 0;
+    const qsizetype size = raw.size();
+    const auto skipBlanks = [&] {
+        while (i < size && (raw[i] == ' ' || raw[i] == '\t'))
+            ++i;
+    };
+    const auto chopTrailingBlanks = [&](qsizetype limit) {
+        qsizetype end = text.size();
+        while (end > limit && (text.at(end - 1) == u' ' || text.at(end - 1) == u'\t'))
+            --end;
+        text.truncate(end);
+    };
+    skipBlanks();
+    qsizetype chopLimit = 0;
+    while (i < size) {
+        const char ch = raw[i];
+        if (ch == '\\') {
+            ++i;
+            if (i >= size)
+                break;
+            const char next = raw[i++];
+            bool known = false;
+            for (const auto& escape : escapes) {
+                if (next == escape[0]) {
+                    text += QLatin1Char(escape[1]);
+                    known = true;
+                    break;
+                }
+            }
+            if (!known) {
+                if (next == 'x' || octValue(uchar(next)) >= 0) {
+                    const bool hex = next == 'x';
+                    char32_t code = hex ? 0 : char32_t(octValue(uchar(next)));
+                    if (hex && (i >= size || hexValue(uchar(raw[i])) < 0)) {
+                        chopLimit = text.size();
+                        continue; // "\x" with no digit: nothing
+                    }
+                    while (i < size) {
+                        const int digit = hex ? hexValue(uchar(raw[i])) : octValue(uchar(raw[i]));
+                        if (digit < 0)
+                            break;
+                        code = code * (hex ? 16 : 8) + char32_t(digit);
+                        ++i;
+                    }
+                    text += QChar(char16_t(code));
+                } else if (next == '\n' || next == '\r') {
+                    if (i < size && (raw[i] == '\n' || raw[i] == '\r') && raw[i] != next)
+                        ++i;
+                }
+            }
+            chopLimit = text.size();
+        } else if (ch == '"') {
+            ++i;
+            quoted = true;
+            inQuotes = !inQuotes;
+            if (!inQuotes) {
+                skipBlanks();
+                chopLimit = text.size();
+            }
+        } else if (ch == ',' && !inQuotes) {
+            if (!quoted)
+                chopTrailingBlanks(chopLimit);
+            isList = true;
+            list.append(text);
+            text.clear();
+            quoted = false;
+            ++i;
+            skipBlanks();
+            chopLimit = 0;
+        } else {
+            qsizetype j = i + 1;
+            while (j < size && raw[j] != '\\' && raw[j] != '"' && raw[j] != ',')
+                ++j;
+            text += QString::fromUtf8(raw.sliced(i, j - i));
+            i = j;
+        }
+    }
+    if (!quoted)
+        chopTrailingBlanks(chopLimit);
+    if (isList)
+        list.append(text);
+    return isList;
+}
+
+// The common case of a large value, a byte array of JSON, decoded straight into bytes. Gives up
+// (nullopt) on anything the general reading must settle: a list, a literal byte from 0x80 up,
+// an escape beyond one byte.
+std::optional<QByteArray> fastByteArray(QByteArrayView raw) {
+    QByteArray out;
+    out.reserve(raw.size());
+    bool inQuotes = false;
+    qsizetype i = 0;
+    const qsizetype size = raw.size();
+    while (i < size && (raw[i] == ' ' || raw[i] == '\t'))
+        ++i;
+    while (i < size) {
+        const uchar ch = uchar(raw[i]);
+        if (ch == '\\') {
+            if (i + 1 >= size)
+                return std::nullopt;
+            const uchar next = uchar(raw[i + 1]);
+            i += 2;
+            switch (next) {
+            case 'a': out += '\a'; break;
+            case 'b': out += '\b'; break;
+            case 'f': out += '\f'; break;
+            case 'n': out += '\n'; break;
+            case 'r': out += '\r'; break;
+            case 't': out += '\t'; break;
+            case 'v': out += '\v'; break;
+            case '"': case '?': case '\'': case '\\': out += char(next); break;
+            case 'x': {
+                uint code = 0;
+                int digits = 0;
+                while (i < size && hexValue(uchar(raw[i])) >= 0) {
+                    code = code * 16 + uint(hexValue(uchar(raw[i])));
+                    ++i;
+                    if (++digits > 2)
+                        return std::nullopt;
+                }
+                if (digits == 0)
+                    return std::nullopt;
+                out += char(code);
+                break;
+            }
+            case '0':
+                if (i < size && octValue(uchar(raw[i])) >= 0)
+                    return std::nullopt;
+                out += '\0';
+                break;
+            default:
+                return std::nullopt;
+            }
+        } else if (ch == '"') {
+            inQuotes = !inQuotes;
+            ++i;
+            if (!inQuotes) {
+                while (i < size && (raw[i] == ' ' || raw[i] == '\t'))
+                    ++i;
+                if (i < size)
+                    return std::nullopt; // text after the closing quote: let the general reading decide
+            }
+        } else if (ch >= 0x80 || (ch == ',' && !inQuotes)) {
+            return std::nullopt;
+        } else {
+            const qsizetype start = i;
+            while (i < size) {
+                const uchar c = uchar(raw[i]);
+                if (c == '\\' || c == '"' || c >= 0x80 || (c == ',' && !inQuotes))
+                    break;
+                ++i;
+            }
+            out.append(raw.sliced(start, i - start));
+        }
+    }
+    static constexpr QByteArrayView prefix("@ByteArray(");
+    if (inQuotes || !out.startsWith(prefix) || !out.endsWith(')'))
+        return std::nullopt;
+    return out.sliced(prefix.size(), out.size() - prefix.size() - 1);
+}
+
+QVariant fromText(const QString& text) {
+    if (!text.startsWith(u'@'))
+        return text;
+    if (text.startsWith(QLatin1String("@@")))
+        return text.mid(1);
+    if (text.startsWith(QLatin1String("@ByteArray(")) && text.endsWith(u')'))
+        return text.mid(11, text.size() - 12).toLatin1();
+    if (text.startsWith(QLatin1String("@String(")) && text.endsWith(u')'))
+        return text.mid(8, text.size() - 9);
+    if (text == QLatin1String("@Invalid()"))
+        return QVariant();
+    return text;
+}
+} // namespace
+
+QByteArray IniFormat::encode(const QVariant& value) {
+    QByteArray out;
+    switch (value.typeId()) {
+    case QMetaType::UnknownType:
+        return QByteArrayLiteral("@Invalid()");
+    case QMetaType::QByteArray: {
+        const QByteArray bytes = QByteArrayLiteral("@ByteArray(") + value.toByteArray() + ')';
+        out.reserve(bytes.size() + bytes.size() / 8);
+        appendEscaped(out, bytes.constData(), bytes.size(), false);
+        return out;
+    }
+    case QMetaType::QStringList: {
+        const QStringList items = value.toStringList();
+        if (items.isEmpty())
+            return QByteArrayLiteral("@Invalid()");
+        for (qsizetype i = 0; i < items.size(); ++i) {
+            if (i > 0)
+                out += ", ";
+            appendEscapedString(out, variantText(items.at(i)));
+        }
+        return out;
+    }
+    default:
+        appendEscapedString(out, variantText(value));
+        return out;
+    }
+}
+
+QVariant IniFormat::decode(const QByteArray& escaped) {
+    // Only a value that starts as a byte array can be one; the rest is short.
+    const QByteArrayView view(escaped);
+    const qsizetype at = view.indexOf('@');
+    if (at >= 0 && at < 4 && view.sliced(at).startsWith("@ByteArray(")) {
+        if (auto bytes = fastByteArray(view))
+            return *bytes;
+    }
+    QString text;
+    QStringList list;
+    if (unescape(view, text, list)) {
+        QStringList items;
+        items.reserve(list.size());
+        for (const QString& item : std::as_const(list))
+            items.append(fromText(item).toString());
+        return items;
+    }
+    return fromText(text);
+}
+
+IniFormat::Values IniFormat::parse(const QByteArray& text) {
+    Values values;
+    QString section;
+    qsizetype i = 0;
+    const qsizetype size = text.size();
+    while (i < size) {
+        // One line; a backslash keeps the character after it (a line break too) in the line.
+        while (i < size && (text[i] == '\n' || text[i] == '\r' || text[i] == ' ' || text[i] == '\t'))
+            ++i;
+        const qsizetype start = i;
+        qsizetype equals = -1;
+        while (i < size && text[i] != '\n' && text[i] != '\r') {
+            if (text[i] == '\\') {
+                i += 2;
+                continue;
+            }
+            if (text[i] == '=' && equals < 0)
+                equals = i;
+            ++i;
+        }
+        const qsizetype end = std::min(i, size);
+        const QByteArrayView line = QByteArrayView(text).sliced(start, end - start);
+        if (line.isEmpty() || line[0] == ';' || line[0] == '#')
+            continue;
+        if (line[0] == '[') {
+            const qsizetype close = line.lastIndexOf(']');
+            if (close > 0) {
+                section = unescapedKey(line.sliced(1, close - 1).trimmed());
+                if (section.compare(generalSection, Qt::CaseInsensitive) == 0)
+                    section.clear();
+                else if (section == QLatin1String("%General"))
+                    section = generalSection;
+            }
+            continue;
+        }
+        if (equals < 0)
+            continue;
+        const QString key = unescapedKey(line.first(equals - start).trimmed());
+        if (key.isEmpty())
+            continue;
+        const QByteArrayView value = line.sliced(equals - start + 1).trimmed();
+        values.insert(section.isEmpty() ? key : section + u'/' + key, value.toByteArray());
+    }
+    return values;
+}
+
+QByteArray IniFormat::compose(const Values& values) {
+    // Sections in the order QSettings writes them: the keys without one first, as [General].
+    QMap<QString, QList<Values::const_iterator>> sections;
+    qsizetype size = 0;
+    for (auto it = values.cbegin(); it != values.cend(); ++it) {
+        const qsizetype slash = it.key().indexOf(u'/');
+        sections[slash < 0 ? QString() : it.key().first(slash)].append(it);
+        size += it.key().size() + it.value().size() + 2;
+    }
+    QByteArray out;
+    out.reserve(size + 64);
+    for (auto section = sections.cbegin(); section != sections.cend(); ++section) {
+        if (!out.isEmpty())
+            out += '\n';
+        out += '[';
+        if (section.key().isEmpty())
+            out += "General";
+        else if (section.key() == generalSection)
+            out += "%General";
+        else
+            appendEscapedKey(out, section.key());
+        out += "]\n";
+        for (const auto& it : section.value()) {
+            const QStringView key = section.key().isEmpty()
+                                        ? QStringView(it.key())
+                                        : QStringView(it.key()).sliced(section.key().size() + 1);
+            appendEscapedKey(out, key);
+            out += '=';
+            out += it.value();
+            out += '\n';
+        }
+    }
+    return out;
+}
