@@ -167,5 +167,5 @@ void Preferences::setLayoutInUse(const QString& description) {
 bool Preferences::write(const char* key, const QVariant& value) {
     // A value that did not reach the disk stays in force and goes out with the next save; the
     // library file says why it did not.
-    return !m_file->write({{QLatin1String(key), value}});
+    return !m_file->write({{QLatin1String(key), value}}, std::nullopt);
 }

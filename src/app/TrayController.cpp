@@ -41,7 +41,16 @@ void TrayController::applicationDidFinishLaunching(QMainWindow* mainWindow) {
     m_pauseAction = new QAction(tr("Pause Expansion"), this);
     m_pauseAction->setCheckable(true);
     m_pauseAction->setChecked(m_preferences.paused());
-    connect(m_pauseAction, &QAction::toggled, &m_preferences, &Preferences::setPaused);
+    connect(m_pauseAction, &QAction::toggled, this, [this](bool paused) {
+        // In force at once either way; a pause that did not reach the disk is said, not lost.
+        if (!m_preferences.setPaused(paused) && m_statusItem && m_statusItem->isVisible())
+            m_statusItem->showMessage(tr("Typolet"),
+                                      paused ? tr("Expansion is paused, but this could not be "
+                                                  "saved yet; Typolet tries again.")
+                                             : tr("Expansion is on again, but this could not be "
+                                                  "saved yet; Typolet tries again."),
+                                      QSystemTrayIcon::Warning);
+    });
     connect(&m_preferences, &Preferences::pausedChanged, this, [this](bool paused) {
         m_pauseAction->setChecked(paused);
         if (m_statusItem)

@@ -7,6 +7,7 @@
 #include "InputCheck.h"
 #include "LibraryFile.h"
 #include "LibraryTransfer.h"
+#include "RestoreDialog.h"
 #include "Autostart.h"
 #include "Preferences.h"
 #include "SnippetStore.h"
@@ -16,6 +17,7 @@
 #include "X11PermissionProbe.h"
 #include "XdgAutostartBackend.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -74,6 +76,15 @@ int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store, Library
     // Import and export in the File menu, for the library and the category the editor shows.
     LibraryTransfer transfer(store, *editor);
     typolet.trayController()->addLibraryActions(transfer.actions());
+    // The library's history, beside import and export.
+    QAction restore(QCoreApplication::translate("main", "Restore From Backup\u2026"));
+    restore.setObjectName(QStringLiteral("restoreFromBackup"));
+    QObject::connect(&restore, &QAction::triggered, editor, [&store, editor] {
+        auto* dialog = new RestoreDialog(store, editor->window());
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+        dialog->open();
+    });
+    typolet.trayController()->addLibraryActions({&restore});
 
     // A termination signal cannot answer the quit question: it ends Typolet at once.
     if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) == 0) {

@@ -185,7 +185,7 @@ IniFormat::Values LibraryFile::current() const {
 QByteArray LibraryFile::text() const { return IniFormat::compose(current()); }
 
 std::optional<QString> LibraryFile::write(const QMap<QString, QVariant>& changes,
-                                          LibraryHistory::Reason reason) {
+                                          std::optional<LibraryHistory::Reason> reason) {
     for (auto it = changes.cbegin(); it != changes.cend(); ++it) {
         if (it.value().isValid())
             m_pending.insert(it.key(), IniFormat::encode(it.value()));
@@ -206,7 +206,7 @@ std::optional<QString> LibraryFile::failed(const QString& why) {
     return message;
 }
 
-std::optional<QString> LibraryFile::flush(LibraryHistory::Reason reason) {
+std::optional<QString> LibraryFile::flush(std::optional<LibraryHistory::Reason> reason) {
     if (m_pending.isEmpty())
         return std::nullopt;
     // The file on disk must be the one this save is based on; if another program changed it
@@ -231,7 +231,8 @@ std::optional<QString> LibraryFile::flush(LibraryHistory::Reason reason) {
         if (m_pending.isEmpty())
             return std::nullopt;
     }
-    keepVersion(reason);
+    if (reason)
+        keepVersion(*reason);
     const IniFormat::Values next = current();
     if (const auto error = replaceFile(IniFormat::compose(next)))
         return failed(*error);

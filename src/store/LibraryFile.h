@@ -43,10 +43,12 @@ public:
     QVariant value(const QString& key, const QVariant& fallback = {}) const;
     bool contains(const QString& key) const;
 
-    // Sets the keys in `changes` (an invalid QVariant removes its key) and saves. Returns why
-    // the file could not be written; the change is kept all the same and written later.
+    // Sets the keys in `changes` (an invalid QVariant removes its key) and saves, keeping the
+    // file as it was in the history first when `reason` calls for it (none for a preference).
+    // Returns why the file could not be written; the change is kept all the same and written
+    // later.
     std::optional<QString> write(const QMap<QString, QVariant>& changes,
-                                 LibraryHistory::Reason reason = LibraryHistory::Reason::Edit);
+                                 std::optional<LibraryHistory::Reason> reason = LibraryHistory::Reason::Edit);
     bool hasUnsavedChanges() const { return !m_pending.isEmpty(); }
     // The file as a save would write it now.
     QByteArray text() const;
@@ -84,7 +86,7 @@ private:
     std::optional<DiskState> readDisk(QString* error) const;
     void adopt(DiskState disk);
     void mergeOutside(DiskState disk);
-    std::optional<QString> flush(LibraryHistory::Reason reason);
+    std::optional<QString> flush(std::optional<LibraryHistory::Reason> reason);
     std::optional<QString> failed(const QString& why);
     IniFormat::Values current() const;
     std::optional<QString> replaceFile(const QByteArray& text);

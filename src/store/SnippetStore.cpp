@@ -149,6 +149,9 @@ std::optional<DataError> SnippetStore::saved(const std::optional<QString>& saveE
 
 void SnippetStore::setCategories(QList<Category> categories) {
     m_categories = std::move(categories);
+    m_categoryIds.clear();
+    for (const Category& category : std::as_const(m_categories))
+        m_categoryIds.insert(category.id);
     emit categoriesChanged();
 }
 

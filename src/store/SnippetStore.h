@@ -10,6 +10,7 @@
 
 #include <QList>
 #include <QMap>
+#include <QSet>
 #include <QVariant>
 #include <QObject>
 #include <memory>
@@ -103,6 +104,12 @@ public:
 
     // The first category with this id.
     std::optional<Category> category(const QUuid& id) const;
+    // The category a snippet is shown in: its own, or the default one when its own is not in
+    // the list (a category record that could not be read), so that no snippet is hidden.
+    QUuid shownCategoryId(const Snippet& snippet) const {
+        return m_categoryIds.contains(snippet.categoryId) ? snippet.categoryId
+                                                          : Category::defaultCategoryId;
+    }
     // The first snippet with this command.
     std::optional<Snippet> snippetWithCommand(const QString& command) const;
 
@@ -151,6 +158,7 @@ private:
     bool m_damagedUnkept = false;
     QList<Snippet> m_snippets;
     QList<Category> m_categories;
+    QSet<QUuid> m_categoryIds;
     quint64 m_snippetsRevision = 0;
     SnippetListEncoder m_snippetEncoder;
 };

@@ -21,7 +21,7 @@ CategoryListModel::CategoryListModel(SnippetStore& store, QObject* parent)
 void CategoryListModel::recount() {
     m_counts.clear();
     for (const Snippet& snippet : m_store.snippets())
-        ++m_counts[snippet.categoryId];
+        ++m_counts[m_store.shownCategoryId(snippet)];
 }
 
 int CategoryListModel::rowCount(const QModelIndex& parent) const {

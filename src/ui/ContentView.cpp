@@ -289,7 +289,7 @@ void ContentView::setSelectedSnippet(std::optional<Snippet> snippet) {
     m_selectedSnippet = std::move(snippet);
     // The category follows the snippet; clearing the snippet leaves the category alone.
     if (m_selectedSnippet)
-        setSelectedCategory(m_store.category(m_selectedSnippet->categoryId));
+        setSelectedCategory(m_store.category(m_store.shownCategoryId(*m_selectedSnippet)));
     syncSnippetSelection();
     updateDetailPane();
     emit selectionChanged();

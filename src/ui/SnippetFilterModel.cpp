@@ -34,7 +34,7 @@ bool SnippetFilterModel::filterAcceptsRow(int sourceRow, const QModelIndex& sour
     if (sourceParent.isValid())
         return false;
     const Snippet& snippet = m_source.snippetAt(sourceRow);
-    if (m_categoryId && snippet.categoryId != *m_categoryId)
+    if (m_categoryId && m_source.shownCategoryAt(sourceRow) != *m_categoryId)
         return false;
     return matches(snippet.command, snippet.content, m_searchText);
 }

@@ -43,3 +43,7 @@ int SnippetListModel::rowOf(const QUuid& id) const {
     }
     return -1;
 }
+
+QUuid SnippetListModel::shownCategoryAt(int row) const {
+    return m_store.shownCategoryId(m_snippets.at(row));
+}

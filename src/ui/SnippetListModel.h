@@ -19,6 +19,8 @@ public:
     QVariant data(const QModelIndex& index, int role) const override;
 
     const Snippet& snippetAt(int row) const { return m_snippets.at(row); }
+    // The category the snippet in `row` is shown in (see SnippetStore::shownCategoryId).
+    QUuid shownCategoryAt(int row) const;
     int rowOf(const QUuid& id) const; // -1 when absent
 
 private:
