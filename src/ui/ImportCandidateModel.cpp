@@ -56,7 +56,7 @@ int ImportCandidateModel::rowCount(const QModelIndex& parent) const {
 }
 
 int ImportCandidateModel::columnCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : columnCount_;
+    return parent.isValid() ? 0 : columnTotal;
 }
 
 QVariant ImportCandidateModel::data(const QModelIndex& index, int role) const {

@@ -14,7 +14,7 @@ class SnippetStore;
 class ImportCandidateModel : public QAbstractTableModel {
     Q_OBJECT
 public:
-    enum Column { commandColumn, contentColumn, categoryColumn, clashColumn, columnCount_ };
+    enum Column { commandColumn, contentColumn, categoryColumn, clashColumn, columnTotal };
 
     ImportCandidateModel(const SnippetStore& store, ImportPlan plan, QObject* parent = nullptr);
 
