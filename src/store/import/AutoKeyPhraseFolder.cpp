@@ -22,7 +22,10 @@ ImportPlan AutoKeyPhraseFolder::read(const QString& folder, ImportReader& reader
     while (found.hasNext()) {
         if (reader.cancelled())
             return ImportPlan::failure(folder, ImportReader::cancelledMessage());
-        phrases.append(found.next());
+        found.next();
+        // A link that leads nowhere is left out, as it always was; System lists those too.
+        if (found.fileInfo().exists())
+            phrases.append(found.filePath());
     }
     phrases.sort();
     if (phrases.isEmpty())
