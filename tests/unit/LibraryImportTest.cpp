@@ -62,8 +62,8 @@ QStringList records(const QList<Category>& categories) {
 
 // Makes what a Files table cannot hold: "fifo PATH", "link PATH TARGET", "size PATH MB" (a
 // sparse file of that many MB).
-void makeSpecial(const QTemporaryDir& dir, const QString& spec) {
-    const QStringList part = spec.split(' ');
+void makeSpecial(const QTemporaryDir& dir, const QString& how) {
+    const QStringList part = how.split(' ');
     const QString path = dir.filePath(part[1]);
     QDir().mkpath(QFileInfo(path).path());
     if (part[0] == "fifo")
@@ -316,10 +316,10 @@ matches:
         QTemporaryDir dir;
         writeFiles(dir, files);
         QStringList pipes;
-        for (const QString& spec : special) {
-            makeSpecial(dir, spec);
-            if (spec.startsWith("fifo"))
-                pipes.append(dir.filePath(spec.section(' ', 1, 1)));
+        for (const QString& how : special) {
+            makeSpecial(dir, how);
+            if (how.startsWith("fifo"))
+                pipes.append(dir.filePath(how.section(' ', 1, 1)));
         }
         const PipeWatch watch(pipes);
         const ImportPlan plan = LibraryImport::read(dir.filePath(picked));
