@@ -227,6 +227,14 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <source>%1 is not valid YAML: %2 (line %3, column %4).</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>%1 leads to more than %2 entries once its aliases are followed, more than Typolet imports from one file.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 makes more than %2 MB of snippet text once its aliases are followed, more than Typolet imports from one file.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>EvdevEngineBootstrap</name>
@@ -267,9 +275,17 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
 </context>
 <context>
-    <name>ImportDialog</name>
+    <name>ImportCandidateModel</name>
     <message>
-        <source>Import Snippets</source>
+        <source>Skip</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keep Both</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Replace</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
@@ -286,6 +302,13 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
     <message>
         <source>Command Already Exists</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>ImportDialog</name>
+    <message>
+        <source>Import Snippets</source>
         <translation type="unfinished"></translation>
     </message>
     <message numerus="yes">
@@ -318,19 +341,58 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Skip</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Keep Both</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Replace</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Import Failed</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>ImportReader</name>
+    <message>
+        <source>%1 could not be read: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is a folder, not a file.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is a named pipe, not a file: reading it could wait forever.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is a device, not a file: reading it may never end.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is a socket, not a file.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is not a regular file.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>It is a link to %1.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Only regular files are imported.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is too large to import (%2 MB; at most %3 MB).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 would bring this import past %2 MB in all, more than one import reads.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The import was cancelled.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 grew past %2 MB while it was read, more than Typolet imports from one file.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -449,17 +511,6 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
 </context>
 <context>
-    <name>LibraryImport</name>
-    <message>
-        <source>%1 could not be read: %2</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>%1 is too large to import (%2 MB; at most %3 MB).</source>
-        <translation type="unfinished"></translation>
-    </message>
-</context>
-<context>
     <name>LibraryTransfer</name>
     <message>
         <source>Import…</source>
@@ -523,6 +574,18 @@ This will permanently delete all %n snippets in this category.</numerusform>
             <numerusform>%1 holds no snippets that Typolet can use (%n entry left out).</numerusform>
             <numerusform>%1 holds no snippets that Typolet can use (%n entries left out).</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>Reading “%1”…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Import Snippets</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>

@@ -1,5 +1,7 @@
 #include "ImportDialog.h"
 
+#include "ImportCandidateModel.h"
+#include "ResolutionDelegate.h"
 #include "SnippetStore.h"
 
 #include <QComboBox>
@@ -10,71 +12,55 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QTableWidget>
+#include <QTableView>
 #include <QVBoxLayout>
 
-namespace {
-enum Column { commandColumn, contentColumn, categoryColumn, clashColumn, columnCount };
-
-// The content's first line, cut short: enough to recognise the snippet in a row.
-QString startOf(const QString& content) {
-    constexpr qsizetype shown = 60;
-    const QString line = content.section(QLatin1Char('\n'), 0, 0);
-    const bool cut = line.size() > shown || line.size() < content.trimmed().size();
-    return line.left(shown) + (cut ? QStringLiteral("\u2026") : QString());
-}
-
-QTableWidgetItem* readOnlyItem(const QString& text) {
-    auto* item = new QTableWidgetItem(text);
-    item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
-    return item;
-}
-} // namespace
-
 ImportDialog::ImportDialog(SnippetStore& store, ImportPlan plan, QWidget* parent)
-    : QDialog(parent), m_store(store), m_plan(std::move(plan)),
-      m_table(new QTableWidget(int(m_plan.snippets.size()), columnCount, this)),
-      m_allClashes(makeResolutionChoice()), m_summary(new QLabel(this)) {
+    : QDialog(parent), m_store(store),
+      m_model(new ImportCandidateModel(store, std::move(plan), this)),
+      m_table(new QTableView(this)), m_allClashes(new QComboBox(this)),
+      m_summary(new QLabel(this)) {
     setWindowTitle(tr("Import Snippets"));
     setWindowModality(Qt::WindowModal);
     resize(760, 480);
-    m_plan.resolutions.resize(m_plan.snippets.size(), ImportPlan::Resolution::skip);
+    const ImportPlan& candidates = m_model->plan();
+    const int clashes = m_model->clashCount();
 
-    m_table->setHorizontalHeaderLabels(
-        {tr("Command"), tr("Content"), tr("Category"), tr("Command Already Exists")});
-    m_table->verticalHeader()->hide();
-    m_table->horizontalHeader()->setSectionResizeMode(contentColumn, QHeaderView::Stretch);
+    for (const auto resolution : {ImportPlan::Resolution::skip, ImportPlan::Resolution::keepBoth,
+                                  ImportPlan::Resolution::replace})
+        m_allClashes->addItem(ImportCandidateModel::resolutionName(resolution), int(resolution));
+
+    m_table->setModel(m_model);
+    m_table->setItemDelegateForColumn(ImportCandidateModel::clashColumn,
+                                      new ResolutionDelegate(m_table));
+    // A click, or any key on the current row, opens a clash's choice.
+    m_table->setEditTriggers(QAbstractItemView::AllEditTriggers);
     m_table->setSelectionMode(QAbstractItemView::NoSelection);
-    for (int row = 0; row < m_table->rowCount(); ++row) {
-        const Snippet& candidate = m_plan.snippets[row];
-        m_table->setItem(row, commandColumn, readOnlyItem(candidate.command));
-        m_table->setItem(row, contentColumn, readOnlyItem(startOf(candidate.content)));
-        m_table->setItem(row, categoryColumn, readOnlyItem(categoryName(candidate.categoryId)));
-        if (!m_store.snippetWithCommand(candidate.command)) {
-            m_table->setItem(row, clashColumn, readOnlyItem(QString()));
-            continue;
-        }
-        ++m_clashCount;
-        QComboBox* choice = makeResolutionChoice();
-        connect(choice, &QComboBox::currentIndexChanged, this, [this, row, choice] {
-            m_plan.resolutions[row] = ImportPlan::Resolution(choice->currentData().toInt());
-        });
-        m_table->setCellWidget(row, clashColumn, choice);
-    }
-    m_table->resizeColumnToContents(commandColumn);
-    m_table->resizeColumnToContents(clashColumn);
+    m_table->setWordWrap(false);
+    // Rows of one height are laid out without asking each row its size.
+    m_table->verticalHeader()->hide();
+    m_table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    m_table->horizontalHeader()->setSectionResizeMode(ImportCandidateModel::contentColumn,
+                                                      QHeaderView::Stretch);
+    // Sized from the first rows only (the header's sampling), never all of them.
+    m_table->resizeColumnToContents(ImportCandidateModel::commandColumn);
+    m_table->setColumnWidth(
+        ImportCandidateModel::clashColumn,
+        qMax(m_allClashes->sizeHint().width(),
+             m_table->horizontalHeader()->sectionSizeHint(ImportCandidateModel::clashColumn)));
+    m_table->setColumnHidden(ImportCandidateModel::clashColumn, clashes == 0);
 
-    const QString source = QFileInfo(m_plan.source).fileName();
+    const QString source = QFileInfo(candidates.source).fileName();
     QStringList summary{
-        tr("%n snippet(s) to import from \u201C%1\u201D.", nullptr, int(m_plan.snippets.size()))
+        tr("%n snippet(s) to import from \u201C%1\u201D.", nullptr, int(candidates.snippets.size()))
             .arg(source)};
-    if (m_plan.skipped > 0)
+    if (candidates.skipped > 0)
         summary.append(tr("%n entry(ies) of it cannot become snippets and will be left out.",
-                          nullptr, m_plan.skipped));
-    if (m_clashCount > 0)
+                          nullptr, candidates.skipped));
+    if (clashes > 0)
         summary.append(tr("%n command(s) are already in your library: choose what to do "
                           "with each.",
-                          nullptr, m_clashCount));
+                          nullptr, clashes));
     m_summary->setText(summary.join(QLatin1Char(' ')));
     m_summary->setWordWrap(true);
 
@@ -86,20 +72,16 @@ ImportDialog::ImportDialog(SnippetStore& store, ImportPlan plan, QWidget* parent
     m_allClashes->setParent(allClashesRow);
     allRow->addWidget(m_allClashes);
     allRow->addStretch();
-    allClashesRow->setVisible(m_clashCount > 0);
-    m_table->setColumnHidden(clashColumn, m_clashCount == 0);
+    allClashesRow->setVisible(clashes > 0);
     connect(m_allClashes, &QComboBox::activated, this, [this] {
-        for (int row = 0; row < m_table->rowCount(); ++row) {
-            if (QComboBox* choice = resolutionChoice(row))
-                choice->setCurrentIndex(m_allClashes->currentIndex());
-        }
+        m_model->setAllResolutions(ImportPlan::Resolution(m_allClashes->currentData().toInt()));
     });
 
     auto* buttons = new QDialogButtonBox(this);
     m_importButton = buttons->addButton(tr("Import"), QDialogButtonBox::AcceptRole);
     buttons->addButton(QDialogButtonBox::Cancel);
     m_importButton->setDefault(true);
-    m_importButton->setEnabled(!m_plan.snippets.isEmpty() || !m_plan.categories.isEmpty());
+    m_importButton->setEnabled(!candidates.snippets.isEmpty() || !candidates.categories.isEmpty());
     connect(buttons, &QDialogButtonBox::accepted, this, &ImportDialog::import);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
@@ -110,28 +92,16 @@ ImportDialog::ImportDialog(SnippetStore& store, ImportPlan plan, QWidget* parent
     layout->addWidget(buttons);
 }
 
-QComboBox* ImportDialog::makeResolutionChoice() {
-    auto* choice = new QComboBox(this);
-    choice->addItem(tr("Skip"), int(ImportPlan::Resolution::skip));
-    choice->addItem(tr("Keep Both"), int(ImportPlan::Resolution::keepBoth));
-    choice->addItem(tr("Replace"), int(ImportPlan::Resolution::replace));
-    return choice;
+const ImportPlan& ImportDialog::plan() const {
+    return m_model->plan();
 }
 
-QComboBox* ImportDialog::resolutionChoice(int row) const {
-    return qobject_cast<QComboBox*>(m_table->cellWidget(row, clashColumn));
-}
-
-QString ImportDialog::categoryName(const QUuid& id) const {
-    // Categories of the file are matched by name; others only exist in the library already.
-    const QString planned = m_plan.categoryName(id);
-    if (!planned.isEmpty())
-        return planned;
-    return m_store.category(id).value_or(SnippetStore::defaultCategory()).name;
+int ImportDialog::clashCount() const {
+    return m_model->clashCount();
 }
 
 void ImportDialog::import() {
-    const std::optional<DataError> error = m_store.importSnippets(m_plan);
+    const std::optional<DataError> error = m_store.importSnippets(m_model->plan());
     accept();
     if (!error)
         return;

@@ -2,7 +2,7 @@
 
 #include "ContentView.h"
 #include "ImportDialog.h"
-#include "LibraryImport.h"
+#include "ImportJob.h"
 #include "SnippetStore.h"
 #include "TypoletLibraryFile.h"
 
@@ -11,6 +11,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QProgressDialog>
 #include <QStandardPaths>
 
 LibraryTransfer::LibraryTransfer(SnippetStore& store, ContentView& view, QObject* parent)
@@ -37,6 +38,14 @@ ImportDialog* LibraryTransfer::importDialog() const {
     return m_importDialog;
 }
 
+ImportJob* LibraryTransfer::importJob() const {
+    return m_importJob;
+}
+
+QProgressDialog* LibraryTransfer::importProgress() const {
+    return m_importProgress;
+}
+
 QString LibraryTransfer::startFolder() const {
     return m_lastFolder.isEmpty()
                ? QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation)
@@ -61,21 +70,56 @@ void LibraryTransfer::importFolder() {
 
 void LibraryTransfer::importFrom(const QString& path) {
     m_lastFolder = QFileInfo(path).absolutePath();
-    ImportPlan plan = LibraryImport::read(path);
+    if (m_importJob)
+        m_importJob->cancel();
+    // Deleted later throughout: a modal progress dialog runs events inside setValue().
+    if (m_importProgress)
+        m_importProgress->deleteLater();
+
+    auto* job = new ImportJob(path, this);
+    auto* progress = new QProgressDialog(tr("Reading “%1”…").arg(QFileInfo(path).fileName()),
+                                         tr("Cancel"), 0, 1000, m_view.window());
+    m_importJob = job;
+    m_importProgress = progress;
+    progress->setWindowTitle(tr("Import Snippets"));
+    progress->setWindowModality(Qt::WindowModal);
+    progress->setAutoClose(false);
+    progress->setAutoReset(false);
+    // Shown only when the reading lasts long enough to be noticed.
+    progress->setMinimumDuration(400);
+    progress->setValue(0);
+    connect(job, &ImportJob::progressed, progress, &QProgressDialog::setValue);
+    // The Cancel button, Escape and closing the window alike.
+    const auto cancel = [job, progress] {
+        job->cancel();
+        progress->deleteLater();
+    };
+    connect(progress, &QProgressDialog::canceled, job, cancel);
+    connect(progress, &QDialog::rejected, job, cancel);
+    connect(job, &ImportJob::finished, this, &LibraryTransfer::showPlan);
+    connect(job, &ImportJob::stopped, progress, &QObject::deleteLater);
+    connect(job, &ImportJob::stopped, job, &QObject::deleteLater);
+    job->start();
+}
+
+void LibraryTransfer::showPlan(const ImportPlan& plan) {
+    if (m_importProgress)
+        m_importProgress->deleteLater();
+    const QString& path = plan.source;
     if (plan.failed()) {
         showError(tr("Import Failed"), plan.error);
         return;
     }
     if (plan.snippets.isEmpty() && plan.categories.isEmpty()) {
         showError(tr("Nothing to Import"),
-                  tr("%1 holds no snippets that Typolet can use (%n entry(ies) left out).",
-                     nullptr, plan.skipped)
+                  tr("%1 holds no snippets that Typolet can use (%n entry(ies) left out).", nullptr,
+                     plan.skipped)
                       .arg(path));
         return;
     }
     if (m_importDialog)
         m_importDialog->close();
-    m_importDialog = new ImportDialog(m_store, std::move(plan), m_view.window());
+    m_importDialog = new ImportDialog(m_store, plan, m_view.window());
     m_importDialog->setAttribute(Qt::WA_DeleteOnClose);
     m_importDialog->open();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Category.h"
+#include "ImportPlan.h"
 #include "Snippet.h"
 
 #include <QObject>
@@ -8,14 +9,17 @@
 
 class ContentView;
 class ImportDialog;
+class ImportJob;
 class QAction;
+class QProgressDialog;
 class SnippetStore;
 
 // The File menu's way in and out of the library: Import… (a Typolet library file or an
 // espanso match file), Import AutoKey Folder…, Export… (the whole library) and Export Category…
 // (the category selected in the editor, enabled while there is one). Files are picked with the
-// desktop's file dialogs; what an import would add is shown in an ImportDialog; errors are
-// shown in a message box over the editor's window.
+// desktop's file dialogs; the file is read away from the window's thread (ImportJob), with a
+// progress dialog whose Cancel stops the reading; what an import would add is then shown in an
+// ImportDialog; errors are shown in a message box over the editor's window.
 class LibraryTransfer : public QObject {
     Q_OBJECT
 public:
@@ -26,15 +30,19 @@ public:
 
     void importFile();
     void importFolder();
-    // Reads `path` (a file or a phrase folder) and shows what it would add, or why it cannot.
+    // Starts reading `path` (a file or a phrase folder); once read, shows what it would add,
+    // or why it cannot. A read still running is cancelled.
     void importFrom(const QString& path);
     void exportLibrary();
     void exportCategory();
 
-    // The open import dialog, or null.
+    // The open import dialog, the reading in progress and its progress dialog, or null.
     ImportDialog* importDialog() const;
+    ImportJob* importJob() const;
+    QProgressDialog* importProgress() const;
 
 private:
+    void showPlan(const ImportPlan& plan);
     void exportTo(const QString& suggestedName, const QList<Category>& categories,
                   const QList<Snippet>& snippets);
     void showError(const QString& title, const QString& message);
@@ -48,5 +56,7 @@ private:
     QAction* m_export;
     QAction* m_exportCategory;
     QPointer<ImportDialog> m_importDialog;
+    QPointer<ImportJob> m_importJob;
+    QPointer<QProgressDialog> m_importProgress;
     QString m_lastFolder;
 };

@@ -1,6 +1,8 @@
 // Reading library files and phrase folders written here from their descriptions, and applying
 // an import to the store.
 #include "LibraryImport.h"
+#include "EspansoMatchFile.h"
+#include "ImportReader.h"
 #include "SnippetStore.h"
 #include "TemporarySettings.h"
 #include "TypoletLibraryFile.h"
@@ -10,6 +12,11 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <atomic>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 
 namespace {
 using Files = QMap<QString, QByteArray>; // path in the folder -> contents
@@ -53,6 +60,52 @@ QStringList records(const QList<Category>& categories) {
     return result;
 }
 
+// Makes what a Files table cannot hold: "fifo PATH", "link PATH TARGET", "size PATH MB" (a
+// sparse file of that many MB).
+void makeSpecial(const QTemporaryDir& dir, const QString& how) {
+    const QStringList part = how.split(' ');
+    const QString path = dir.filePath(part[1]);
+    QDir().mkpath(QFileInfo(path).path());
+    if (part[0] == "fifo")
+        QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    else if (part[0] == "link")
+        QVERIFY(QFile::link(part[2], path));
+    else {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(qint64(part[2].toInt()) << 20));
+    }
+}
+
+// Whether anything opened the named pipes for reading while it watched: a writer's
+// non-blocking open succeeds only then, and also frees a reader stuck in its open, so a
+// reader that opens a pipe fails the test instead of hanging it.
+class PipeWatch {
+public:
+    explicit PipeWatch(QStringList pipes)
+        : m_watcher([this, pipes] {
+              while (!m_stop) {
+                  for (const QString& pipe : pipes) {
+                      const int fd = ::open(QFile::encodeName(pipe).constData(),
+                                            O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+                      if (fd >= 0) {
+                          m_opened = true;
+                          ::close(fd);
+                      }
+                  }
+                  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+              }
+          }) {}
+    ~PipeWatch() {
+        m_stop = true;
+        m_watcher.join();
+    }
+    bool opened() const { return m_opened; }
+
+private:
+    std::atomic<bool> m_stop{false}, m_opened{false};
+    std::thread m_watcher;
+};
+
 QByteArray phraseSettings(const QByteArray& abbreviations) {
     return R"({"description": "d", "abbreviation": {"abbreviations": [)" + abbreviations +
            R"(], "ignoreCase": false}, "hotkey": {"modifiers": [], "hotKey": null}})";
@@ -75,7 +128,14 @@ private slots:
                                                  Snippet::Trigger::AfterWordEnd)));
         QTemporaryDir dir;
         const QString path = dir.filePath("library.json");
+        QFile earlier(path); // an export replaced keeps no wider permissions
+        QVERIFY(earlier.open(QIODevice::WriteOnly) &&
+                earlier.setPermissions(QFile::Permissions(0x6644)));
+        earlier.close();
         QVERIFY(!TypoletLibraryFile::write(path, full.categories(), full.snippets()));
+        struct stat written {};
+        QCOMPARE(::stat(QFile::encodeName(path).constData(), &written), 0);
+        QCOMPARE(written.st_mode & 07777, 0600u);
 
         QVERIFY(!empty.importSnippets(LibraryImport::read(path)));
         QCOMPARE(records(empty.snippets()), records(full.snippets()));
@@ -204,6 +264,105 @@ matches:
         QCOMPARE(records(store.snippets()), before);
         QCOMPARE(store.categories().size(), 1);
         QCOMPARE(settings.read("Shortcuts"), stored);
+    }
+
+    // Nothing but a regular file is opened, and nothing past the size limits is read; each is
+    // refused with a message naming the file and why, and the import does not hang.
+    void filesBeyondTheLimitsAreRefused_data() {
+        QTest::addColumn<Files>("files");
+        QTest::addColumn<QStringList>("special"); // see makeSpecial
+        QTest::addColumn<QString>("picked");
+        QTest::addColumn<QStringList>("says");
+        QTest::newRow("pipe for phrase settings")
+            << Files{{"P/a.txt", "a"}} << QStringList{"fifo P/.a.json"} << "P"
+            << QStringList{".a.json", "named pipe"};
+        QTest::newRow("pipe for a phrase")
+            << Files{{"P/.a.json", phraseSettings(R"("a")")}} << QStringList{"fifo P/a.txt"} << "P"
+            << QStringList{"a.txt", "named pipe"};
+        QTest::newRow("pipe for a library") << Files{} << QStringList{"fifo l.json"} << "l.json"
+                                            << QStringList{"l.json", "named pipe"};
+        QTest::newRow("link to a device") << Files{} << QStringList{"link m.yml /dev/zero"}
+                                          << "m.yml" << QStringList{"m.yml", "device", "/dev/zero"};
+        QTest::newRow("phrase linked to a device")
+            << Files{{"P/.a.json", phraseSettings(R"("a")")}}
+            << QStringList{"link P/a.txt /dev/zero"} << "P" << QStringList{"a.txt", "device"};
+        QTest::newRow("too large") << Files{} << QStringList{"size l.json 21"} << "l.json"
+                                   << QStringList{"l.json", "21", "at most 20"};
+        QTest::newRow("folder too large in all")
+            << Files{{"P/.a.json", phraseSettings(R"("a")")},
+                     {"P/.b.json", phraseSettings(R"("b")")}}
+            << QStringList{"size P/a.txt 11", "size P/b.txt 11"} << "P"
+            << QStringList{"b.txt", "20"};
+
+        // Aliases: a 1 MB value named 60 times, a mapping of 10,000 keys named 101 times.
+        QByteArray bigValue = "big: &b \"" + QByteArray(1 << 20, 'x') + "\"\nmatches:\n";
+        for (int i = 0; i < 60; ++i)
+            bigValue += "  - trigger: \":a" + QByteArray::number(i) + "\"\n    replace: *b\n";
+        QTest::newRow("aliases of a large value")
+            << Files{{"m.yml", bigValue}} << QStringList{} << "m.yml"
+            << QStringList{"m.yml", QString::number(EspansoMatchFile::maxText >> 20) + " MB"};
+        QByteArray bigMap = "map: &m {trigger: \":a\", replace: x";
+        for (int i = 0; i < 10'000; ++i)
+            bigMap += ", k" + QByteArray::number(i) + ": 0";
+        bigMap += "}\nmatches:\n" + QByteArray("  - *m\n").repeated(101);
+        QTest::newRow("aliases of a large mapping") << Files{{"m.yml", bigMap}} << QStringList{}
+                                                    << "m.yml" << QStringList{"m.yml", "entries"};
+    }
+    void filesBeyondTheLimitsAreRefused() {
+        QFETCH(Files, files);
+        QFETCH(QStringList, special);
+        QFETCH(QString, picked);
+        QFETCH(QStringList, says);
+        QTemporaryDir dir;
+        writeFiles(dir, files);
+        QStringList pipes;
+        for (const QString& how : special) {
+            makeSpecial(dir, how);
+            if (how.startsWith("fifo"))
+                pipes.append(dir.filePath(how.section(' ', 1, 1)));
+        }
+        const PipeWatch watch(pipes);
+        const ImportPlan plan = LibraryImport::read(dir.filePath(picked));
+        QVERIFY(!watch.opened());
+        QVERIFY(plan.failed() && plan.snippets.isEmpty());
+        for (const QString& part : says)
+            QVERIFY2(plan.error.contains(part), qPrintable(plan.error));
+    }
+
+    // Cancelled at its first report of progress, each reader stops: no more reports, no
+    // snippets, the cancellation as its error.
+    void cancellingStopsTheReading_data() {
+        QTest::addColumn<Files>("files");
+        QTest::addColumn<QString>("picked");
+        QByteArray matches = "matches:\n";
+        for (int i = 0; i < 20'000; ++i)
+            matches += "  - trigger: \":a" + QByteArray::number(i) + "\"\n    replace: \"A\"\n";
+        QTest::newRow("match file") << Files{{"m.yml", matches}} << "m.yml";
+        QTest::newRow("library") << Files{{"l.json", TypoletLibraryFile::encode(
+                                                         {}, {Snippet::create(";a", "A", {})})}}
+                                 << "l.json";
+        QTest::newRow("phrase folder") << Files{{"P/a.txt", "a"},
+                                                {"P/.a.json", phraseSettings(R"("a")")},
+                                                {"P/b.txt", "b"},
+                                                {"P/.b.json", phraseSettings(R"("b")")}}
+                                       << "P";
+    }
+    void cancellingStopsTheReading() {
+        QFETCH(Files, files);
+        QFETCH(QString, picked);
+        QTemporaryDir dir;
+        writeFiles(dir, files);
+        std::atomic<bool> cancelled{false};
+        int reportsAfter = 0;
+        ImportReader reader(&cancelled, [&](int) {
+            reportsAfter += cancelled ? 1 : 0;
+            cancelled = true;
+        });
+        const ImportPlan plan = LibraryImport::read(dir.filePath(picked), reader);
+        QCOMPARE(plan.error, ImportReader::cancelledMessage());
+        QVERIFY(plan.snippets.isEmpty());
+        QCOMPARE(reportsAfter, 0);
+        QVERIFY(reader.filesRead() <= 1);
     }
 
     // A clashing command is skipped, kept twice, or put in place of the existing content; new

@@ -1,6 +1,6 @@
 #include "AutoKeyPhraseFolder.h"
 
-#include "LibraryImport.h"
+#include "ImportReader.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -9,17 +9,24 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-ImportPlan AutoKeyPhraseFolder::read(const QString& folder) {
+ImportPlan AutoKeyPhraseFolder::read(const QString& folder, ImportReader& reader) {
     const QFileInfo folderInfo(folder);
     if (!folderInfo.isDir() || !folderInfo.isReadable())
         return ImportPlan::failure(folder, tr("%1 is not a folder that can be read.").arg(folder));
 
-    // In a fixed order, whatever order the file system lists them in.
+    // In a fixed order, whatever order the file system lists them in. System entries (pipes,
+    // devices, sockets) are listed too, to be refused by name when they are read.
     QStringList phrases;
-    QDirIterator found(folder, {QStringLiteral("*.txt")}, QDir::Files,
+    QDirIterator found(folder, {QStringLiteral("*.txt")}, QDir::Files | QDir::System,
                        QDirIterator::Subdirectories);
-    while (found.hasNext())
-        phrases.append(found.next());
+    while (found.hasNext()) {
+        if (reader.cancelled())
+            return ImportPlan::failure(folder, ImportReader::cancelledMessage());
+        found.next();
+        // A link that leads nowhere is left out, as it always was; System lists those too.
+        if (found.fileInfo().exists())
+            phrases.append(found.filePath());
+    }
     phrases.sort();
     if (phrases.isEmpty())
         return ImportPlan::failure(
@@ -31,19 +38,22 @@ ImportPlan AutoKeyPhraseFolder::read(const QString& folder) {
     ImportPlan plan;
     plan.source = folder;
     plan.categories.append(category);
-    for (const QString& phrase : phrases) {
+    for (qsizetype i = 0; i < phrases.size(); ++i) {
+        reader.report(i, phrases.size());
+        const QString& phrase = phrases[i];
         const QFileInfo txt(phrase);
         const QString settingsPath =
             txt.dir().filePath(QLatin1Char('.') + txt.completeBaseName() + QStringLiteral(".json"));
+        // Looked up without opening it: it may be a pipe.
         if (!QFileInfo::exists(settingsPath))
             return ImportPlan::failure(
                 folder, tr("%1 has no settings file %2 beside it, so its abbreviations are "
                            "unknown.")
                             .arg(phrase, settingsPath));
         QByteArray content, settings;
-        if (const auto error = LibraryImport::readFile(phrase, content))
+        if (const auto error = reader.readFile(phrase, content))
             return ImportPlan::failure(folder, *error);
-        if (const auto error = LibraryImport::readFile(settingsPath, settings))
+        if (const auto error = reader.readFile(settingsPath, settings))
             return ImportPlan::failure(folder, *error);
 
         QJsonParseError parseError{};

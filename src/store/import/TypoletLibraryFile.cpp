@@ -1,6 +1,6 @@
 #include "TypoletLibraryFile.h"
 
-#include "LibraryImport.h"
+#include "ImportReader.h"
 #include "RecordCodec.h"
 
 #include <QJsonArray>
@@ -37,16 +37,25 @@ std::optional<QString> TypoletLibraryFile::write(const QString& path,
                                                  const QList<Snippet>& snippets) {
     QSaveFile file(path);
     const QByteArray data = encode(categories, snippets);
-    if (!file.open(QIODevice::WriteOnly) || file.write(data) != data.size() || !file.commit())
+    // Narrowed before the first byte goes in, so no copy of the library is ever readable by
+    // others; a file replaced keeps no wider permissions either.
+    if (!file.open(QIODevice::WriteOnly) ||
+        !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) ||
+        file.write(data) != data.size() || !file.commit())
         return tr("Could not write %1: %2").arg(path, file.errorString());
     return std::nullopt;
 }
 
-ImportPlan TypoletLibraryFile::read(const QString& path) {
+ImportPlan TypoletLibraryFile::read(const QString& path, ImportReader& reader) {
     QByteArray data;
-    if (const auto error = LibraryImport::readFile(path, data))
+    if (const auto error = reader.readFile(path, data))
         return ImportPlan::failure(path, *error);
-    return decode(path, data);
+    reader.report(1, 2);
+    ImportPlan plan = decode(path, data);
+    if (reader.cancelled())
+        return ImportPlan::failure(path, ImportReader::cancelledMessage());
+    reader.report(2, 2);
+    return plan;
 }
 
 ImportPlan TypoletLibraryFile::decode(const QString& path, const QByteArray& json) {
