@@ -1,6 +1,7 @@
 #include "IniFormat.h"
 
 #include <QStringList>
+#include <cstring>
 
 namespace {
 const QString generalSection = QStringLiteral("General");
@@ -16,6 +17,14 @@ int hexValue(uchar ch) {
 }
 
 int octValue(uchar ch) { return ch >= '0' && ch <= '7' ? ch - '0' : -1; }
+
+// The first `c` in [from, to), or `to`.
+const char* find(const char* from, const char* to, char c) {
+    if (from >= to)
+        return to;
+    const void* found = std::memchr(from, c, size_t(to - from));
+    return found ? static_cast<const char*>(found) : to;
+}
 
 char hexDigit(uint value) { return "0123456789abcdef"[value & 0xF]; }
 char upperHexDigit(uint value) { return "0123456789ABCDEF"[value & 0xF]; }
@@ -95,6 +104,66 @@ void appendEscaped(QByteArray& out, const Unit* units, qsizetype count, bool utf
         out.insert(start, '"');
         out += '"';
     }
+}
+
+// The same escaping as appendEscaped for a byte array, written straight into a buffer: a
+// library's JSON is most of the file, and this is most of a save.
+QByteArray encodeBytes(const QByteArray& bytes) {
+    static constexpr QByteArrayView prefix("@ByteArray(");
+    const char* const begin = bytes.constData();
+    const qsizetype size = bytes.size();
+    const char* const stop = begin + size;
+    const bool quotes = find(begin, stop, ';') != stop || find(begin, stop, ',') != stop ||
+                        find(begin, stop, '=') != stop;
+    // At most four bytes ("\\xNN") for one.
+    QByteArray out(size * 4 + prefix.size() + 3, Qt::Uninitialized);
+    char* dst = out.data();
+    if (quotes)
+        *dst++ = '"';
+    std::memcpy(dst, prefix.data(), size_t(prefix.size()));
+    dst += prefix.size();
+    bool escapeNextIfDigit = false;
+    for (qsizetype i = 0; i < size; ++i) {
+        const uchar ch = uchar(begin[i]);
+        if (ch >= 0x20 && ch < 0x7F && ch != '"' && ch != '\\' &&
+            !(escapeNextIfDigit && hexValue(ch) >= 0)) {
+            *dst++ = char(ch);
+            escapeNextIfDigit = false;
+            continue;
+        }
+        if (escapeNextIfDigit && hexValue(ch) >= 0) {
+            *dst++ = '\\';
+            *dst++ = 'x';
+            *dst++ = hexDigit(ch >> 4);
+            *dst++ = hexDigit(ch);
+            continue;
+        }
+        escapeNextIfDigit = false;
+        *dst++ = '\\';
+        switch (ch) {
+        case '\0': *dst++ = '0'; escapeNextIfDigit = true; break;
+        case '\a': *dst++ = 'a'; break;
+        case '\b': *dst++ = 'b'; break;
+        case '\f': *dst++ = 'f'; break;
+        case '\n': *dst++ = 'n'; break;
+        case '\r': *dst++ = 'r'; break;
+        case '\t': *dst++ = 't'; break;
+        case '\v': *dst++ = 'v'; break;
+        case '"': case '\\': *dst++ = char(ch); break;
+        default:
+            *dst++ = 'x';
+            if (ch >= 0x10)
+                *dst++ = hexDigit(ch >> 4);
+            *dst++ = hexDigit(ch);
+            escapeNextIfDigit = true;
+        }
+    }
+    *dst++ = ')';
+    if (quotes)
+        *dst++ = '"';
+    out.truncate(dst - out.constData());
+    out.squeeze();
+    return out;
 }
 
 void appendEscapedString(QByteArray& out, const QString& text) {
@@ -257,79 +326,80 @@ bool unescape(QByteArrayView raw, QString& text, QStringList& list) {
 
 // The common case of a large value, a byte array of JSON, decoded straight into bytes. Gives up
 // (nullopt) on anything the general reading must settle: a list, a literal byte from 0x80 up,
-// an escape beyond one byte.
+// an escape beyond one byte, text around the quotes.
 std::optional<QByteArray> fastByteArray(QByteArrayView raw) {
-    QByteArray out;
-    out.reserve(raw.size());
-    bool inQuotes = false;
-    qsizetype i = 0;
-    const qsizetype size = raw.size();
-    while (i < size && (raw[i] == ' ' || raw[i] == '\t'))
-        ++i;
-    while (i < size) {
-        const uchar ch = uchar(raw[i]);
-        if (ch == '\\') {
-            if (i + 1 >= size)
-                return std::nullopt;
-            const uchar next = uchar(raw[i + 1]);
-            i += 2;
-            switch (next) {
-            case 'a': out += '\a'; break;
-            case 'b': out += '\b'; break;
-            case 'f': out += '\f'; break;
-            case 'n': out += '\n'; break;
-            case 'r': out += '\r'; break;
-            case 't': out += '\t'; break;
-            case 'v': out += '\v'; break;
-            case '"': case '?': case '\'': case '\\': out += char(next); break;
-            case 'x': {
-                uint code = 0;
-                int digits = 0;
-                while (i < size && hexValue(uchar(raw[i])) >= 0) {
-                    code = code * 16 + uint(hexValue(uchar(raw[i])));
-                    ++i;
-                    if (++digits > 2)
-                        return std::nullopt;
-                }
-                if (digits == 0)
-                    return std::nullopt;
-                out += char(code);
-                break;
-            }
-            case '0':
-                if (i < size && octValue(uchar(raw[i])) >= 0)
-                    return std::nullopt;
-                out += '\0';
-                break;
-            default:
-                return std::nullopt;
-            }
-        } else if (ch == '"') {
-            inQuotes = !inQuotes;
-            ++i;
-            if (!inQuotes) {
-                while (i < size && (raw[i] == ' ' || raw[i] == '\t'))
-                    ++i;
-                if (i < size)
-                    return std::nullopt; // text after the closing quote: let the general reading decide
-            }
-        } else if (ch >= 0x80 || (ch == ',' && !inQuotes)) {
+    static constexpr QByteArrayView prefix("@ByteArray(");
+    qsizetype begin = 0;
+    qsizetype end = raw.size();
+    const bool quoted = end >= 2 && raw[0] == '"' && raw[end - 1] == '"';
+    if (quoted) {
+        ++begin;
+        --end;
+    }
+    if (!raw.sliced(begin, end - begin).startsWith(prefix) || end - begin <= prefix.size() ||
+        raw[end - 1] != ')')
+        return std::nullopt;
+    begin += prefix.size();
+    --end;
+    const char* in = raw.data() + begin;
+    const char* const stop = raw.data() + end;
+    // Anything that is not plain ASCII is for the general reading; so is a quote or, outside
+    // quotes, a comma (a list).
+    for (const char* p = in; p < stop; ++p) {
+        const uchar c = uchar(*p);
+        if (c == '\\')
+            ++p; // an escaped quote or comma is a character of the value
+        else if (c >= 0x80 || c == '"' || (!quoted && c == ','))
             return std::nullopt;
-        } else {
-            const qsizetype start = i;
-            while (i < size) {
-                const uchar c = uchar(raw[i]);
-                if (c == '\\' || c == '"' || c >= 0x80 || (c == ',' && !inQuotes))
-                    break;
-                ++i;
+    }
+    QByteArray out(end - begin, Qt::Uninitialized);
+    char* dst = out.data();
+    while (in < stop) {
+        const char* const run = find(in, stop, '\\');
+        const char* const escape = run != stop ? run : nullptr;
+        std::memcpy(dst, in, size_t(run - in));
+        dst += run - in;
+        in = run;
+        if (!escape)
+            break;
+        if (in + 1 >= stop)
+            return std::nullopt;
+        const char next = in[1];
+        in += 2;
+        switch (next) {
+        case 'a': *dst++ = '\a'; break;
+        case 'b': *dst++ = '\b'; break;
+        case 'f': *dst++ = '\f'; break;
+        case 'n': *dst++ = '\n'; break;
+        case 'r': *dst++ = '\r'; break;
+        case 't': *dst++ = '\t'; break;
+        case 'v': *dst++ = '\v'; break;
+        case '"': case '?': case '\'': case '\\': *dst++ = next; break;
+        case 'x': {
+            uint code = 0;
+            int digits = 0;
+            while (in < stop && hexValue(uchar(*in)) >= 0) {
+                code = code * 16 + uint(hexValue(uchar(*in)));
+                ++in;
+                if (++digits > 2)
+                    return std::nullopt;
             }
-            out.append(raw.sliced(start, i - start));
+            if (digits == 0)
+                return std::nullopt;
+            *dst++ = char(code);
+            break;
+        }
+        case '0':
+            if (in < stop && octValue(uchar(*in)) >= 0)
+                return std::nullopt;
+            *dst++ = '\0';
+            break;
+        default:
+            return std::nullopt;
         }
     }
-    static constexpr QByteArrayView prefix("@ByteArray(");
-    if (inQuotes || !out.startsWith(prefix) || !out.endsWith(')'))
-        return std::nullopt;
-    return out.sliced(prefix.size(), out.size() - prefix.size() - 1);
+    out.truncate(dst - out.constData());
+    return out;
 }
 
 QVariant fromText(const QString& text) {
@@ -352,12 +422,8 @@ QByteArray IniFormat::encode(const QVariant& value) {
     switch (value.typeId()) {
     case QMetaType::UnknownType:
         return QByteArrayLiteral("@Invalid()");
-    case QMetaType::QByteArray: {
-        const QByteArray bytes = QByteArrayLiteral("@ByteArray(") + value.toByteArray() + ')';
-        out.reserve(bytes.size() + bytes.size() / 8);
-        appendEscaped(out, bytes.constData(), bytes.size(), false);
-        return out;
-    }
+    case QMetaType::QByteArray:
+        return encodeBytes(value.toByteArray());
     case QMetaType::QStringList: {
         const QStringList items = value.toStringList();
         if (items.isEmpty())
@@ -405,17 +471,24 @@ IniFormat::Values IniFormat::parse(const QByteArray& text) {
         while (i < size && (text[i] == '\n' || text[i] == '\r' || text[i] == ' ' || text[i] == '\t'))
             ++i;
         const qsizetype start = i;
-        qsizetype equals = -1;
-        while (i < size && text[i] != '\n' && text[i] != '\r') {
-            if (text[i] == '\\') {
-                i += 2;
-                continue;
-            }
-            if (text[i] == '=' && equals < 0)
-                equals = i;
-            ++i;
+        // The line ends at the first line break that no backslash escapes; a value of many
+        // megabytes is one line, so the breaks are looked for, not every character.
+        const char* const data = text.constData();
+        qsizetype end = start;
+        while (true) {
+            const char* const lf = find(data + end, data + size, '\n');
+            const qsizetype lineBreak = find(data + end, lf, '\r') - data;
+            qsizetype backslashes = 0;
+            while (lineBreak - backslashes - 1 >= start && data[lineBreak - backslashes - 1] == '\\')
+                ++backslashes;
+            end = lineBreak;
+            if (lineBreak >= size || backslashes % 2 == 0)
+                break;
+            end = lineBreak + 1;
         }
-        const qsizetype end = std::min(i, size);
+        i = end;
+        const char* const equalsAt = find(data + start, data + end, '=');
+        const qsizetype equals = equalsAt != data + end ? equalsAt - data : -1;
         const QByteArrayView line = QByteArrayView(text).sliced(start, end - start);
         if (line.isEmpty() || line[0] == ';' || line[0] == '#')
             continue;
