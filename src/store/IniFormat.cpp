@@ -461,8 +461,12 @@ QVariant IniFormat::decode(const QByteArray& escaped) {
     return fromText(text);
 }
 
-IniFormat::Values IniFormat::parse(const QByteArray& text) {
+IniFormat::Values IniFormat::parse(QByteArray text) {
     Values values;
+    // The largest value (the snippet list, most of the file) takes over the text's own buffer
+    // instead of being copied out of it: one allocation of the library's size less.
+    QString largestKey;
+    qsizetype largestStart = 0, largestSize = -1;
     QString section;
     qsizetype i = 0;
     const qsizetype size = text.size();
@@ -509,7 +513,22 @@ IniFormat::Values IniFormat::parse(const QByteArray& text) {
         if (key.isEmpty())
             continue;
         const QByteArrayView value = line.sliced(equals - start + 1).trimmed();
-        values.insert(section.isEmpty() ? key : section + u'/' + key, value.toByteArray());
+        const QString fullKey = section.isEmpty() ? key : section + u'/' + key;
+        if (value.size() > largestSize) {
+            if (largestSize >= 0)
+                values.insert(largestKey, QByteArray(text.constData() + largestStart, largestSize));
+            largestKey = fullKey;
+            largestStart = value.data() - text.constData();
+            largestSize = value.size();
+            values.remove(fullKey);
+        } else {
+            values.insert(fullKey, value.toByteArray());
+        }
+    }
+    if (largestSize >= 0 && !values.contains(largestKey)) {
+        text.truncate(largestStart + largestSize);
+        text.remove(0, largestStart);
+        values.insert(largestKey, std::move(text));
     }
     return values;
 }

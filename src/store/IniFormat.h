@@ -19,7 +19,7 @@ public:
 
     // The values of an INI text. Lines that are no `key=value` (comments, blank lines, stray
     // text) are passed over, as QSettings passes them over.
-    static Values parse(const QByteArray& text);
+    static Values parse(QByteArray text);
     // The INI text of `values`: [General] first, then every other section.
     static QByteArray compose(const Values& values);
 

@@ -29,7 +29,7 @@ LibraryFile::LibraryFile(const QString& path, QObject* parent)
       m_history(historyFolderFor(path)) {
     secureFolderAndFile();
     QString error;
-    if (auto disk = readDisk(&error)) {
+    if (auto disk = readDisk(&error, false)) {
         adopt(std::move(*disk));
     } else {
         m_readError = error;
@@ -117,7 +117,7 @@ LibraryFile::Identity LibraryFile::identityNow() const {
             qint64(info.st_ctim.tv_sec) * 1000000000 + info.st_ctim.tv_nsec};
 }
 
-std::optional<LibraryFile::DiskState> LibraryFile::readDisk(QString* error) const {
+std::optional<LibraryFile::DiskState> LibraryFile::readDisk(QString* error, bool keepText) const {
     DiskState disk;
     if (!QFileInfo::exists(m_path) && !QFileInfo(m_path).isSymLink())
         return disk;
@@ -147,7 +147,7 @@ std::optional<LibraryFile::DiskState> LibraryFile::readDisk(QString* error) cons
                      qint64(before.st_size),
                      qint64(before.st_mtim.tv_sec) * 1000000000 + before.st_mtim.tv_nsec,
                      qint64(before.st_ctim.tv_sec) * 1000000000 + before.st_ctim.tv_nsec};
-    disk.values = IniFormat::parse(disk.text);
+    disk.values = keepText ? IniFormat::parse(disk.text) : IniFormat::parse(std::move(disk.text));
     return disk;
 }
 

@@ -82,8 +82,9 @@ private:
     using Pending = QMap<QString, std::optional<QByteArray>>; // nullopt: the key goes
 
     Identity identityNow() const;
-    // The file as it is now, or why it cannot be read.
-    std::optional<DiskState> readDisk(QString* error) const;
+    // The file as it is now, or why it cannot be read; its text too when `keepText` (for the
+    // history), else only its values.
+    std::optional<DiskState> readDisk(QString* error, bool keepText = true) const;
     void adopt(DiskState disk);
     void mergeOutside(DiskState disk);
     std::optional<QString> flush(std::optional<LibraryHistory::Reason> reason);
