@@ -262,10 +262,19 @@ std::optional<QString> LibraryFile::replaceFile(const QByteArray& text) {
 }
 
 void LibraryFile::mergeOutside(DiskState disk) {
-    if (const auto error = m_history.keep(disk.text, LibraryHistory::Reason::OutsideChange))
-        qCWarning(lcStore).noquote()
-            << QStringLiteral("The version another program wrote could not be kept: %1").arg(*error);
+    // The library as Typolet had it, to come back to; and when Typolet has changes of its own
+    // that may meet the other program's in one record, the other program's file too.
     const IniFormat::Values ours = current();
+    QList<QByteArray> versions{IniFormat::compose(ours)};
+    if (!m_pending.isEmpty())
+        versions.append(disk.text);
+    for (const QByteArray& version : std::as_const(versions)) {
+        if (const auto error = m_history.keep(version, LibraryHistory::Reason::OutsideChange))
+            qCWarning(lcStore).noquote()
+                << QStringLiteral("No version could be kept before taking in another program's "
+                                  "change: %1")
+                       .arg(*error);
+    }
     LibraryMerge::Result merged = LibraryMerge::merge(m_base, ours, disk.values);
     adopt(std::move(disk));
     m_pending.clear();
