@@ -1,12 +1,12 @@
 #include "TypoletLibraryFile.h"
 
+#include "AtomicFile.h"
 #include "ImportReader.h"
 #include "RecordCodec.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 namespace {
 const QLatin1String kVersion("version");
@@ -35,14 +35,9 @@ QByteArray TypoletLibraryFile::encode(const QList<Category>& categories,
 std::optional<QString> TypoletLibraryFile::write(const QString& path,
                                                  const QList<Category>& categories,
                                                  const QList<Snippet>& snippets) {
-    QSaveFile file(path);
-    const QByteArray data = encode(categories, snippets);
-    // Narrowed before the first byte goes in, so no copy of the library is ever readable by
-    // others; a file replaced keeps no wider permissions either.
-    if (!file.open(QIODevice::WriteOnly) ||
-        !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) ||
-        file.write(data) != data.size() || !file.commit())
-        return tr("Could not write %1: %2").arg(path, file.errorString());
+    // Only the user can read it, as the library itself; written whole or not at all.
+    if (const auto error = AtomicFile::write(path, encode(categories, snippets)))
+        return tr("Could not write %1: %2").arg(path, *error);
     return std::nullopt;
 }
 
