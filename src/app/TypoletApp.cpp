@@ -28,7 +28,9 @@ bool TypoletApp::start() {
     }
 
     QApplication::setWindowIcon(SymbolImage::applicationIcon());
-    QGuiApplication::setDesktopFileName(QStringLiteral("typolet"));
+    // The menu entry's name (and AppStream id), which Wayland compositors and the X11 window
+    // property match windows against to find their icon and name.
+    QGuiApplication::setDesktopFileName(QStringLiteral("app.typolet.Typolet"));
 
     m_trayController = std::make_unique<TrayController>(m_autostart, m_preferences);
     if (m_parts.startEngine)
