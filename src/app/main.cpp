@@ -49,15 +49,16 @@ void onTerminationSignal(int) {
     [[maybe_unused]] const auto written = ::write(signalPipe[1], &byte, 1);
 }
 
-// Every option Typolet takes: --help lists them, the manual page (resources/typolet.1) explains
+// Every option Typolet takes: --help lists them, the manual page (resources/typolet.1.in) explains
 // them. Built once the translations are in place, so the descriptions are in the user's language.
 struct CommandLine {
     QCommandLineParser parser;
     const QCommandLineOption checkInput{
         QStringLiteral("check-input"),
         QCoreApplication::translate("main",
-                                    "Print the keyboard backend Typolet would use and whether it can "
-                                    "see and type keys here, then exit: 0 when it can, 1 when not.")};
+                                    "Prints the keyboard backend Typolet would use and whether it "
+                                    "can see and type keys here, then exits: with 0 when it can, "
+                                    "1 when not.")};
 
     CommandLine() {
         parser.setApplicationDescription(QCoreApplication::translate(
