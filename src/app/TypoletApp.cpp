@@ -28,8 +28,8 @@ bool TypoletApp::start() {
     }
 
     QApplication::setWindowIcon(SymbolImage::applicationIcon());
-    // The menu entry's name (and AppStream id), which Wayland compositors and the X11 window
-    // property match windows against to find their icon and name.
+    // The menu entry's file name, which is also the AppStream id: Wayland compositors find the
+    // icon and name of our windows through it.
     QGuiApplication::setDesktopFileName(QStringLiteral("app.typolet.Typolet"));
 
     m_trayController = std::make_unique<TrayController>(m_autostart, m_preferences);
