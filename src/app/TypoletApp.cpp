@@ -28,7 +28,9 @@ bool TypoletApp::start() {
     }
 
     QApplication::setWindowIcon(SymbolImage::applicationIcon());
-    QGuiApplication::setDesktopFileName(QStringLiteral("typolet"));
+    // The menu entry's file name, which is also the AppStream id: Wayland compositors find the
+    // icon and name of our windows through it.
+    QGuiApplication::setDesktopFileName(QStringLiteral("app.typolet.Typolet"));
 
     m_trayController = std::make_unique<TrayController>(m_autostart, m_preferences);
     if (m_parts.startEngine)

@@ -19,6 +19,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QKeySequence>
@@ -49,6 +50,39 @@ int signalPipe[2] = {-1, -1};
 void onTerminationSignal(int) {
     const char byte = 1;
     [[maybe_unused]] const auto written = ::write(signalPipe[1], &byte, 1);
+}
+
+// Every option Typolet takes: --help lists them, the manual page (resources/typolet.1.in) explains
+// them. Built once the translations are in place, so the descriptions are in the user's language.
+struct CommandLine {
+    QCommandLineParser parser;
+    const QCommandLineOption checkInput{
+        QStringLiteral("check-input"),
+        QCoreApplication::translate("main",
+                                    "Prints the keyboard backend Typolet would use and whether it "
+                                    "can see and type keys here, then exits: with 0 when it can, "
+                                    "1 when not.")};
+
+    CommandLine() {
+        parser.setApplicationDescription(QCoreApplication::translate(
+            "main", "Typolet, a text expander: typing a snippet's command in any application "
+                    "replaces it with the snippet's text."));
+        parser.addHelpOption();
+        parser.addVersionOption();
+        parser.addOption(checkInput);
+    }
+};
+
+// The options answered on the terminal (help, version, the input check) need no display, so
+// they are read before Typolet looks for one.
+bool answersOnTerminal(int argc, char* argv[]) {
+    static constexpr const char* terminalOptions[] = {"--check-input", "--help", "-h", "-?",
+                                                       "--help-all", "--version", "-v"};
+    for (int i = 1; i < argc; ++i)
+        for (const char* option : terminalOptions)
+            if (qstrcmp(argv[i], option) == 0)
+                return true;
+    return false;
 }
 } // namespace
 
@@ -151,8 +185,9 @@ int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store, Library
     return app.exec();
 }
 
-// No display for the windows: the engine starts for its permission guidance (on the terminal),
-// then Typolet says why it cannot run.
+// No display for the windows on Wayland: the kernel-device engine starts for its permission
+// guidance (on the terminal; the keyboards and /dev/uinput need no display), then Typolet says
+// why it cannot run.
 template <class Engine>
 int runWithoutWindows(Engine& engine, SnippetStore& store, const QString& why) {
     engine.start(store);
@@ -164,14 +199,16 @@ int runWithoutWindows(Engine& engine, SnippetStore& store, const QString& why) {
 int main(int argc, char* argv[]) {
     QCoreApplication::setOrganizationName(QStringLiteral("Typolet"));
     QCoreApplication::setApplicationName(QStringLiteral("Typolet"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TYPOLET_VERSION));
     const InputBackend::Choice backend = InputBackend::choose();
 
-    for (int i = 1; i < argc; ++i) {
-        if (qstrcmp(argv[i], "--check-input") != 0)
-            continue;
+    if (answersOnTerminal(argc, argv)) {
         QCoreApplication app(argc, argv);
         Logging::configure();
         Translations::install(app);
+        CommandLine commandLine;
+        // --help and --version print their answer and exit here, as does an unknown option.
+        commandLine.parser.process(app);
         QTextStream out(stdout);
         return InputCheck::run(out, backend);
     }
@@ -195,6 +232,8 @@ int main(int argc, char* argv[]) {
 
     Logging::configure();
     Translations::install(*app);
+    CommandLine commandLine;
+    commandLine.parser.process(*app); // an unknown option ends Typolet here, with status 1
     // The library file's one owner: the store and the preferences both keep their data in it.
     LibraryFile library;
     SnippetStore store(library);
@@ -203,16 +242,21 @@ int main(int argc, char* argv[]) {
         if (!hasDisplay)
             return runWithoutWindows(
                 engine, store,
-                QStringLiteral("Typolet needs a Wayland or X11 display for its windows and could not "
-                               "open one (WAYLAND_DISPLAY is \"%1\", DISPLAY is \"%2\").")
+                QCoreApplication::translate(
+                    "main", "Typolet needs a Wayland or X11 display for its windows and could not "
+                            "open one (WAYLAND_DISPLAY is \"%1\", DISPLAY is \"%2\").")
                     .arg(qEnvironmentVariable("WAYLAND_DISPLAY"), qEnvironmentVariable("DISPLAY")));
         return runShell(*app, engine, store, library);
     }
+    if (!hasDisplay) {
+        // The X11 engine would only report that it cannot reach the extensions of a server it
+        // never reached: the missing display is the one thing to say.
+        qCWarning(lcApp).noquote()
+            << QCoreApplication::translate("main", "Typolet needs an X11 display and could not open "
+                                                   "one (DISPLAY is \"%1\").")
+                   .arg(qEnvironmentVariable("DISPLAY"));
+        return 1;
+    }
     EngineBootstrap engine(hasDisplay);
-    if (!hasDisplay)
-        return runWithoutWindows(engine, store,
-                                 QStringLiteral("Typolet needs an X11 display and could not open one "
-                                                "(DISPLAY is \"%1\").")
-                                     .arg(qEnvironmentVariable("DISPLAY")));
     return runShell(*app, engine, store, library);
 }

@@ -25,11 +25,13 @@ private slots:
         const QString err = QString::fromUtf8(typolet.readAllStandardError());
         QCOMPARE(typolet.exitStatus(), QProcess::NormalExit);
         QCOMPARE(typolet.exitCode(), 1);
-        QVERIFY2(err.contains(QStringLiteral("Cannot see keys")), qPrintable(err));
-        QVERIFY2(err.contains(QStringLiteral("Typolet needs an X11 display")), qPrintable(err));
-        QVERIFY2(err.contains(QStringLiteral("Typolet Cannot Reach the Keyboard")), qPrintable(err));
-        QVERIFY(err.contains(QStringLiteral("❌ Seeing keys: the XInput 2 extension")));
-        QVERIFY(err.contains(QStringLiteral("❌ Typing keys: the XTEST extension")));
+        QVERIFY2(err.contains(QStringLiteral("Typolet needs an X11 display and could not open one "
+                                             "(DISPLAY is \":31999\")")),
+                 qPrintable(err));
+        // No server was reached, so nothing may be said about the extensions it lacks.
+        QVERIFY2(!err.contains(QStringLiteral("XInput")), qPrintable(err));
+        QVERIFY2(!err.contains(QStringLiteral("XTEST")), qPrintable(err));
+        QVERIFY2(!err.contains(QStringLiteral("Cannot see keys")), qPrintable(err));
     }
 
     void serverWithoutXtestShowsTheAlert() {
