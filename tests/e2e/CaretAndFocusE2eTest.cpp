@@ -153,6 +153,26 @@ private slots:
         QCOMPARE(session.shownText(), regards);
     }
 
+    // Another program typing through the core XTEST keyboard (xdotool here, as on-screen
+    // keyboards and VNC servers do) is the user: a command that waits for its word to end
+    // expands for its keys too, in a text view and in a terminal.
+    void aWaitingCommandExpandsForAnotherProgramsKeys_data() {
+        QTest::addColumn<Target>("target");
+        QTest::newRow("gtk") << Target::GtkTextView;
+        QTest::newRow("xterm") << Target::Terminal;
+    }
+    void aWaitingCommandExpandsForAnotherProgramsKeys() {
+        QFETCH(Target, target);
+        XSession session;
+        QVERIFY2(session.startWith({{";addr", QStringLiteral("1 Main St")}}, target, {";addr"}),
+                 qPrintable(session.log()));
+        QVERIFY(perform(session, false, {QStringLiteral("text:;addr next")}));
+        const QString expected = QStringLiteral("1 Main St next");
+        const QString shown = session.shownTextOnce([&](const QString& text) { return text == expected; });
+        QVERIFY2(shown == expected, qPrintable(XSession::describeDifference(shown, expected) +
+                                               QStringLiteral("\nTypolet: ") + session.typoletOutput().right(800)));
+    }
+
     // Keys typed while Typolet cannot run (stopped, as under memory pressure) are read late,
     // all at once: the command among them is text the user typed on from, not a fresh one.
     void keysTypedWhileTypoletWasStoppedEraseNothing() {
