@@ -280,9 +280,8 @@ void X11KeyMonitor::followFocus() {
     const Window root = DefaultRootWindow(m_display);
     if (focus == m_focusWindow)
         return;
-    // Only our own selection on that window changes; the root keeps what start() chose.
-    if (m_focusWindow != 0)
-        XSelectInput(m_display, m_focusWindow, NoEventMask);
+    // Only our own selection on that window changes; the root keeps what start() chose. A
+    // window watched before is left as it is (it may be gone by now): its events are ignored.
     m_focusWindow = focus > PointerRoot && focus != root ? focus : 0;
     if (m_focusWindow != 0)
         XSelectInput(m_display, m_focusWindow, FocusChangeMask);
