@@ -285,6 +285,7 @@ void X11KeyMonitor::followFocus() {
     m_focusWindow = focus > PointerRoot && focus != root ? focus : 0;
     if (m_focusWindow != 0)
         XSelectInput(m_display, m_focusWindow, FocusChangeMask);
+    XFlush(m_display); // at once: the focus may move on before anything else is sent
 }
 
 bool X11KeyMonitor::arrivedLate(unsigned long serverTime) {
