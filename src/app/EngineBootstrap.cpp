@@ -8,6 +8,7 @@
 #include "SystemClipboard.h"
 #include "TextExpander.h"
 #include "X11ClipboardLender.h"
+#include "X11ClipboardReader.h"
 #include "X11FocusedApplication.h"
 #include "X11GlobalKey.h"
 #include "X11KeyMonitor.h"
@@ -24,7 +25,8 @@ EngineBootstrap::EngineBootstrap(bool withWindows)
       m_secureInput(std::make_unique<AtSpiSecureInputWatch>()),
       m_clipboard(std::make_unique<X11ClipboardLender>()),
       m_output(std::make_unique<X11KeyboardOutput>(*m_keymaps)),
-      m_clipboardText(std::make_unique<SystemClipboard>(m_clipboard.get())) {
+      m_clipboardReader(std::make_unique<X11ClipboardReader>()),
+      m_clipboardText(std::make_unique<SystemClipboard>(m_clipboard.get(), m_clipboardReader.get())) {
     m_output->setPasting(m_clipboard.get(), m_focus.get());
     X11KeymapSource* keymaps = m_keymaps.get();
     m_monitor->setKeymapChangedHandler([keymaps] { keymaps->keymapChanged(); });

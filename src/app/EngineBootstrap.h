@@ -11,6 +11,7 @@ class KeyTranslator;
 class QKeySequence;
 class SystemClipboard;
 class X11ClipboardLender;
+class X11ClipboardReader;
 class X11FocusedApplication;
 class X11GlobalKey;
 class X11KeyMonitor;
@@ -54,6 +55,7 @@ private:
     // Before the output, which pastes through it.
     std::unique_ptr<X11ClipboardLender> m_clipboard;
     std::unique_ptr<X11KeyboardOutput> m_output;
+    std::unique_ptr<X11ClipboardReader> m_clipboardReader;
     std::unique_ptr<SystemClipboard> m_clipboardText;
     std::unique_ptr<X11GlobalKey> m_globalKey;
 };

@@ -36,21 +36,29 @@ SingleInstanceGuard::~SingleInstanceGuard() {
 QString SingleInstanceGuard::displayKey(const QString& x11Display, const QString& waylandDisplay) {
     if (!waylandDisplay.isEmpty())
         return QStringLiteral("wayland-") + QFileInfo(waylandDisplay).fileName();
-    // "[host]:number[.screen]": the screen does not make another server, and the local
-    // machine has several names.
-    static const QRegularExpression form(QStringLiteral("^(.*):(\\d+)(\\.\\d+)?$"));
+    // "[protocol/][host]:number[.screen]", read as Xlib reads it: the screen does not make
+    // another server, the number is a number (":07" is display 7), and the local machine has
+    // several names. Every spelling of one display must give one key, or a second engine
+    // starts beside the first and every expansion comes out twice.
+    static const QRegularExpression form(QStringLiteral("^(?:([A-Za-z]+)/)?(.*):(\\d+)(\\.\\d+)?$"));
     const QRegularExpressionMatch match = form.match(x11Display);
     if (!match.hasMatch())
         return {};
-    QString host = match.captured(1);
-    if (host.startsWith(QLatin1Char('/')))
-        host.clear(); // a socket path (launchd-style), local
+    const QString protocol = match.captured(1).toLower();
+    QString host = match.captured(2);
+    if (host.startsWith(QLatin1Char('/')) || protocol == QLatin1String("unix") ||
+        protocol == QLatin1String("local"))
+        host.clear(); // a socket path (launchd-style) or the local socket, named or not
     const QString self = QSysInfo::machineHostName();
     if (host == QLatin1String("localhost") || host == QLatin1String("unix") ||
-        host == QLatin1String("127.0.0.1") || host == self)
+        host == QLatin1String("127.0.0.1") || host == QLatin1String("::1") || host == self)
         host.clear();
     host.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9._-]")), QStringLiteral("_"));
-    return host + QLatin1Char('_') + match.captured(2);
+    bool numeric = false;
+    const qulonglong number = match.captured(3).toULongLong(&numeric);
+    if (!numeric)
+        return {};
+    return host + QLatin1Char('_') + QString::number(number);
 }
 
 QString SingleInstanceGuard::defaultServerName() {

@@ -37,7 +37,7 @@ public:
     // or in the temporary folder with the user id in front.
     static QString defaultServerName();
     // What names the display for the guard: the same for every way of writing one display
-    // (":2", ":2.0", "localhost:2", "unix:2"); empty without one.
+    // (":2", ":02", ":2.0", "localhost:2", "unix:2", "unix/:2"); empty without one.
     static QString displayKey(const QString& x11Display, const QString& waylandDisplay = {});
 
     static constexpr const char* activateMessage = "activate\n";

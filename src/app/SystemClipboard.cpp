@@ -6,17 +6,24 @@
 #include <QGuiApplication>
 #include <QMimeData>
 
-std::optional<QString> SystemClipboard::text() {
+void SystemClipboard::readText(TextHandler done) {
+    if (m_lender && m_lender->ownsClipboard()) {
+        done(m_lender->offeredText());
+        return;
+    }
+    if (m_reader) {
+        m_reader->readText(std::move(done));
+        return;
+    }
     // Without windows (no display) there is no clipboard to ask.
-    if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
-        return std::nullopt;
-    if (m_lender && m_lender->ownsClipboard())
-        return m_lender->offeredText();
+    if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance())) {
+        done(std::nullopt);
+        return;
+    }
     const QMimeData* data = QGuiApplication::clipboard()->mimeData(QClipboard::Clipboard);
-    if (!data || !data->hasText())
-        return std::nullopt; // nothing, or only an image or files
-    QString text = data->text();
-    if (text.isEmpty())
-        return std::nullopt;
-    return text;
+    if (!data || !data->hasText() || data->text().isEmpty()) {
+        done(std::nullopt); // nothing, or only an image or files
+        return;
+    }
+    done(data->text());
 }

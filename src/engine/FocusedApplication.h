@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QString>
+#include <QtGlobal>
 
-// Which application has the keyboard focus, so that the user can keep Typolet out of some.
+// Which application and window have the keyboard focus: the user can keep Typolet out of some
+// applications, and an erase goes only to the window whose text it is meant for.
 class FocusedApplication {
 public:
     virtual ~FocusedApplication() = default;
@@ -10,4 +12,8 @@ public:
     // The focused window's application class (on X11 the class part of WM_CLASS, such as
     // "XTerm" or "firefox"); empty when it cannot be told.
     virtual QString name() = 0;
+
+    // The window that has the keyboard focus now, as a number that differs between windows;
+    // 0 where the platform cannot tell (an undo then trusts the keys alone).
+    virtual quint64 window() { return 0; }
 };

@@ -39,6 +39,16 @@ public:
     // the caret (not the wheel): what was typed before is then no longer before the caret.
     virtual void setPointerPressHandler(std::function<void()> handler) { (void)handler; }
 
+    // `handler` runs on the main thread when another window may have been given the keyboard
+    // focus (on X11 the window manager's active window changed, whoever asked for it): what
+    // was typed belongs to the window it was typed in.
+    virtual void setFocusChangeHandler(std::function<void()> handler) { (void)handler; }
+
+    // Typolet is about to type (an expansion's output follows at once): where its own keys
+    // come back like anyone's, from now until releaseKeys() they are told apart and never
+    // reported. Keys of other programs are reported at any other time, also while holding.
+    virtual void ownTypingStarts() {}
+
     // Lets the held keys go: each reaches the focused application and is then reported. When
     // the report of one starts another expansion (holdKeys() is called again meanwhile), the
     // rest stay held until the next releaseKeys().

@@ -14,4 +14,7 @@ struct KeyStroke {
     KeyboardState state;
     int repeats = 0;
     bool repeatCountUncertain = false;
+    // Read well after it was typed (Typolet could not run for a moment): the application has
+    // had it, and what came after it, for a while; where the caret is now is not known.
+    bool late = false;
 };

@@ -61,14 +61,33 @@ std::optional<QString> KeyTranslator::fixedText(uint32_t keysym) {
         return QString(QChar(0x09));
     case XKB_KEY_Escape:
         return QString(QChar(0x1B));
+    case XKB_KEY_KP_Tab:
+        return QString(QChar(0x09));
     case XKB_KEY_Left:
+    case XKB_KEY_KP_Left:
         return QString(QChar(0x1C));
     case XKB_KEY_Right:
+    case XKB_KEY_KP_Right:
         return QString(QChar(0x1D));
     case XKB_KEY_Up:
+    case XKB_KEY_KP_Up:
         return QString(QChar(0x1E));
     case XKB_KEY_Down:
+    case XKB_KEY_KP_Down:
         return QString(QChar(0x1F));
+    case XKB_KEY_Home:
+    case XKB_KEY_KP_Home:
+    case XKB_KEY_End:
+    case XKB_KEY_KP_End:
+    case XKB_KEY_Prior:
+    case XKB_KEY_KP_Prior:
+    case XKB_KEY_Next:
+    case XKB_KEY_KP_Next:
+    case XKB_KEY_Begin:
+    case XKB_KEY_KP_Begin:
+    case XKB_KEY_Insert:
+    case XKB_KEY_KP_Insert:
+        return QString(QChar(caretKeyText));
     default:
         break;
     }

@@ -42,6 +42,9 @@ public:
 
     // The text of a key chord that the application takes as a command (Control+S, Alt+F).
     static constexpr char16_t chordText = 0x18;
+    // The text of Home, End, Page Up, Page Down, Begin and Insert (and their keypad forms):
+    // the caret goes elsewhere, or (Shift+Insert) text arrives that was not typed.
+    static constexpr char16_t caretKeyText = 0x11;
 
     // True for keys whose plain symbol is a modifier (Shift, Control, AltGr, Caps Lock...):
     // pressing one alone is not typing.
@@ -51,7 +54,8 @@ public:
 
     // The texts that editing and navigation keys give, whatever the layout: BackSpace U+0008,
     // Delete U+007F, Return and KP_Enter U+000D, Tab U+0009, Escape U+001B, arrows
-    // U+001C..U+001F, F1..F35 U+0010.
+    // U+001C..U+001F (keypad arrows too), Home, End, Page Up/Down, Begin, Insert U+0011,
+    // F1..F35 U+0010.
     static std::optional<QString> fixedText(uint32_t keysym);
 
     bool hasComposeTable() const { return m_composeState != nullptr; }

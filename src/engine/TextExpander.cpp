@@ -13,6 +13,8 @@
 #include "SecureInputWatch.h"
 #include "SnippetStore.h"
 
+#include <QPointer>
+
 #include <chrono>
 
 namespace {
@@ -32,8 +34,22 @@ bool leavesTheField(const QString& character) {
     return character == u"\t" || character == u"\r" || character == u"\n";
 }
 
+// Only BackSpace takes the character before the caret; Delete takes the one after it.
 bool isBackspace(const QString& character) {
-    return character == QChar(0x7F) || character == QChar(0x08);
+    return character == QChar(0x08);
+}
+
+// Keys after which what stands before the caret is no longer what the buffer holds: the caret
+// went elsewhere (arrows, Home, End, Page Up/Down, Return or Tab that may leave the line or
+// field), text changed where the buffer cannot follow (Delete, Shift+Insert), or the
+// application ran a command (a key with Control, Alt or Super).
+bool movesTheCaret(const QString& character) {
+    if (character.size() != 1)
+        return false;
+    const char16_t code = character.front().unicode();
+    return code == u'\t' || code == u'\r' || code == u'\n' || code == 0x7F ||
+           (code >= 0x1C && code <= 0x1F) || code == KeyTranslator::caretKeyText ||
+           code == KeyTranslator::chordText;
 }
 } // namespace
 
@@ -79,6 +95,7 @@ void TextExpander::startMonitoring() {
         return;
     }
     m_platform.monitor->setPointerPressHandler([this] { pointerPressed(); });
+    m_platform.monitor->setFocusChangeHandler([this] { focusChanged(); });
     m_monitoring = true;
 }
 
@@ -87,6 +104,24 @@ void TextExpander::pointerPressed() {
         return;
     qCInfo(lcKeys).noquote() << QStringLiteral("Pointer pressed: buffer cleared");
     forgetTyping();
+}
+
+void TextExpander::focusChanged() {
+    // An expansion under way keeps going, but no undo follows it into another window.
+    m_pendingUndo.reset();
+    m_focusMovedWhileReading = m_readingClipboard;
+    if (m_expanding) {
+        m_buffer.clear(); // what comes after the content is taken in afresh
+        return;
+    }
+    if (m_buffer.isEmpty() && !m_undo && !m_awaiting)
+        return;
+    qCInfo(lcKeys).noquote() << QStringLiteral("Focus changed: buffer cleared");
+    forgetTyping();
+}
+
+quint64 TextExpander::focusedWindow() const {
+    return m_platform.focus ? m_platform.focus->window() : 0;
 }
 
 QString TextExpander::ignoredBecause() {
@@ -114,6 +149,10 @@ void TextExpander::setPaused(bool paused) {
 }
 
 void TextExpander::keyDown(const KeyStroke& stroke) {
+    if (m_readingClipboard) {
+        m_typedWhileReading.append(stroke);
+        return;
+    }
     KeyTranslator* translator = m_platform.translator;
     // Modifier keys alone are not typing; they never count as a key-down here.
     if (!translator || translator->isModifierKey(stroke.keyCode))
@@ -131,6 +170,14 @@ void TextExpander::keyDown(const KeyStroke& stroke) {
                        (ignored.isEmpty() ? QString() : QStringLiteral(" (%1: ignored)").arg(ignored));
     if (!ignored.isEmpty()) {
         // What was typed there never completes a command typed afterwards.
+        forgetTyping();
+        return;
+    }
+    if (stroke.late) {
+        // Typed while Typolet could not run: the application has had it, and whatever came
+        // after it, for a while. It completes no command and nothing is erased for it.
+        translator->translateKeyCode(stroke.keyCode, stroke.state, deadKeyState);
+        qCInfo(lcKeys).noquote() << QStringLiteral("Key read late: buffer cleared");
         forgetTyping();
         return;
     }
@@ -160,7 +207,7 @@ void TextExpander::keyDown(const KeyStroke& stroke) {
 bool TextExpander::isAccepted(QStringView character) {
     // Categories are per code point, so a character outside the BMP is looked up whole.
     for (const char32_t codePoint : character.toUcs4()) {
-        if (codePoint == U'\t' || QChar::isLetterOrNumber(codePoint) || QChar::isMark(codePoint) ||
+        if (QChar::isLetterOrNumber(codePoint) || QChar::isMark(codePoint) ||
             QChar::isPunct(codePoint) || QChar::category(codePoint) == QChar::Separator_Space)
             return true;
     }
@@ -185,14 +232,19 @@ bool TextExpander::applyKey(const QString& character) {
         }
         return false;
     }
-    if (character == QChar(KeyTranslator::chordText)) {
-        // A key chord such as Control+Backspace changed the text in ways the buffer cannot follow.
+    if (movesTheCaret(character)) {
+        // The buffer is the text just before the caret or nothing: no command is ever
+        // completed across such a key, so nothing the user did not just type is erased.
+        if (!m_buffer.isEmpty())
+            qCInfo(lcKeys).noquote() << QStringLiteral("Caret moved or text changed elsewhere: buffer cleared");
         m_buffer.clear();
         return false;
     }
     if (!isAccepted(character))
         return false;
 
+    if (m_buffer.isEmpty())
+        m_bufferWindow = focusedWindow();
     m_buffer.append(character);
     qCInfo(lcKeys).noquote() << QStringLiteral("Buffer: '") + m_buffer.text() + QLatin1Char('\'');
     return true;
@@ -208,7 +260,10 @@ void TextExpander::handleKeyPress(const QString& character) {
 
 void TextExpander::takeKey(const QString& character) {
     // A command waits for its word to end and this key was not held: it is in the application.
-    if (m_awaiting && !m_awaiting->keysHeld && wordEndDecided(character, true))
+    // Other programs that type (xdotool, an on-screen keyboard) are not held, also while the
+    // keyboards are: their key decides as it stands in the application.
+    if (m_awaiting && (!m_awaiting->keysHeld || !m_awaiting->decided) &&
+        wordEndDecided(character, true))
         return;
     // Only the very next key may undo an expansion, and only soon: later the caret may have
     // moved (a click, another window), and erasing there would destroy the user's text.
@@ -222,10 +277,17 @@ void TextExpander::takeKey(const QString& character) {
         }
         undo.reset();
     }
+    if (undo && m_undoEnabled && isBackspace(character) && m_clock() - undo->at <= bufferTimeout &&
+        undo->window != focusedWindow()) {
+        // The BackSpace went to another window: only its own character goes.
+        qCInfo(lcKeys).noquote() << QStringLiteral("BackSpace in another window: no undo");
+        undo.reset();
+    }
     if (undo && m_undoEnabled && isBackspace(character) && m_clock() - undo->at <= bufferTimeout) {
         qCInfo(lcKeys).noquote() << QStringLiteral("BackSpace after an expansion: putting back '") +
                                         undo->command + QLatin1Char('\'');
         m_lastKeyDownTime = m_clock();
+        m_bufferWindow = undo->window;
         // The BackSpace has taken the content's last character already.
         replace(undo->typed - 1, undo->command, std::nullopt, undo->command);
         return;
@@ -313,6 +375,7 @@ bool TextExpander::wordEndDecided(const QString& next, bool reachedApplication) 
     if (!m_awaiting)
         return false;
     const Snippet snippet = m_awaiting->snippet;
+    const bool keysHeld = m_awaiting->keysHeld;
     m_awaiting.reset();
     m_awaitTimer.stop();
     // A Tab or Return that reached the application may have moved on (another field, a sent
@@ -330,7 +393,7 @@ bool TextExpander::wordEndDecided(const QString& next, bool reachedApplication) 
     if (!ends) {
         qCInfo(lcKeys).noquote() << QStringLiteral("No word end after '") + snippet.command +
                                         QStringLiteral("': nothing expands");
-        if (!reachedApplication)
+        if (!reachedApplication || keysHeld)
             releaseHeldKeys();
         return false;
     }
@@ -381,6 +444,13 @@ void TextExpander::checkForMatch() {
     const auto found = m_index.match(m_buffer);
     if (!found)
         return;
+    if (focusedWindow() != m_bufferWindow) {
+        // Typed partly in another window (the focus moved without a sign to us): the command
+        // is not before this caret.
+        qCInfo(lcKeys).noquote() << QStringLiteral("Command typed across windows: buffer cleared");
+        m_buffer.clear();
+        return;
+    }
     if (m_expanding) {
         // Only when the keyboard could not be held: the keys went on into the application
         // while the last expansion was typed, so this command is not where the buffer says.
@@ -422,9 +492,35 @@ void TextExpander::expand(const Snippet& snippet, const QString& wordEnd, bool e
     qCInfo(lcKeys).noquote() << QStringLiteral("Match found: '") + snippet.command +
                        QStringLiteral("' -> '") + snippet.content + QLatin1Char('\'');
     const PlaceholderText placeholders(snippet.content);
-    std::optional<QString> clipboard;
-    if (m_clipboard && placeholders.uses(PlaceholderText::Kind::Clipboard))
-        clipboard = m_clipboard->text();
+    if (!m_clipboard || !placeholders.uses(PlaceholderText::Kind::Clipboard)) {
+        expandWith(snippet, wordEnd, endReached, std::nullopt);
+        return;
+    }
+    // The owner may take its time or never answer: the keys go on meanwhile and are taken in
+    // when the content goes out.
+    m_readingClipboard = true;
+    m_expanding = true;
+    m_clipboard->readText([self = QPointer<TextExpander>(this), snippet, wordEnd,
+                           endReached](std::optional<QString> text) {
+        if (!self)
+            return;
+        self->m_readingClipboard = false;
+        self->m_expanding = false;
+        if (std::exchange(self->m_focusMovedWhileReading, false)) {
+            // The command is not before the caret of the window that has the focus now.
+            qCInfo(lcKeys).noquote() << QStringLiteral("Expansion skipped: the focus moved");
+            self->releaseHeldKeys();
+            for (const KeyStroke& stroke : std::exchange(self->m_typedWhileReading, {}))
+                self->keyDown(stroke);
+            return;
+        }
+        self->expandWith(snippet, wordEnd, endReached, text);
+    });
+}
+
+void TextExpander::expandWith(const Snippet& snippet, const QString& wordEnd, bool endReached,
+                              const std::optional<QString>& clipboard) {
+    const PlaceholderText placeholders(snippet.content);
     const auto now = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(m_clock() * 1000));
     const PlaceholderText::Rendered rendered = placeholders.render(now, clipboard, QLocale());
     if (rendered.clipboardMissing)
@@ -483,6 +579,7 @@ void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
     if (m_monitoring) {
         KeyMonitor::HoldResult hold =
             m_platform.monitor->holdKeys([this](const KeyStroke& stroke) { return heldKey(stroke); });
+        hold.slipped = std::exchange(m_typedWhileReading, {}) + hold.slipped;
         m_holding = true; // let go in any case: that also ends our own typing for the monitor
         if (!hold.holding && !m_saidCannotHold) {
             m_saidCannotHold = true;
@@ -521,6 +618,7 @@ void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
     m_buffer.append(bufferAfter);
     qCInfo(lcKeys).noquote() << QStringLiteral("Typing: '") + typed + retyped + QLatin1Char('\'');
     if (undo) {
+        undo->window = focusedWindow();
         undo->typed += static_cast<int>(GraphemeText::count(typed + retyped));
         m_pendingUndo = undo;
     }
@@ -529,6 +627,8 @@ void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
         expansionFinished();
         return;
     }
+    if (m_monitoring)
+        m_platform.monitor->ownTypingStarts();
     Expansion actions = replacement(erased, typed, retyped, m_pasteThreshold);
     if (caretBack > 0)
         actions.append(ExpansionAction::moveLeft(caretBack));

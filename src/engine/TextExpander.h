@@ -19,8 +19,9 @@ class KeyboardOutput;
 struct Snippet;
 class SnippetStore;
 
-// The expansion engine's core: keeps what the user has just typed and, after every accepted
-// character, looks for a snippet whose command the typed text ends with. On a match it holds
+// The expansion engine's core: keeps what the user has just typed right before the caret (a
+// key that moves the caret, a click, another window or a key read late empties it) and, after
+// every accepted character, looks for a snippet whose command the typed text ends with. On a match it holds
 // the user's keys, has the output erase the command and type the snippet's content, then lets
 // the held keys go; they reach the application after the content and enter the buffer.
 //
@@ -52,8 +53,9 @@ public:
     // The focus is asked at each key only while there are any.
     void setExcludedApplications(const QStringList& names) { m_excluded = names; }
 
-    // BackSpace as the first key after an expansion (within the buffer's timeout) puts the
-    // command back as it was typed. On by default.
+    // BackSpace as the first key after an expansion (within the buffer's timeout, with the
+    // focus still in the window the content went to) puts the command back as it was typed.
+    // On by default.
     void setUndoWithBackspace(bool enabled) { m_undoEnabled = enabled; }
 
     // Where a content's {{clipboard}} reads the clipboard's text; without one it gives nothing.
@@ -90,8 +92,8 @@ public:
     static Expansion replacement(int erased, const QString& text, const QString& retyped = {},
                                  int pasteThreshold = 0);
 
-    // White space (Zs and Tab), letters, marks, numbers and punctuation; symbols and control
-    // characters are ignored.
+    // White space (Zs), letters, marks, numbers and punctuation; symbols and control
+    // characters are ignored (a Tab may leave the field: it empties the buffer instead).
     static bool isAccepted(QStringView character);
 
 private:
@@ -104,7 +106,10 @@ private:
     bool applyKey(const QString& character);
     void checkForMatch();
     // `wordEnd`: the key that ended the command's word; `endReached`: it is in the application.
+    // A content that shows the clipboard first asks for its text (see m_readingClipboard).
     void expand(const Snippet& snippet, const QString& wordEnd = {}, bool endReached = false);
+    void expandWith(const Snippet& snippet, const QString& wordEnd, bool endReached,
+                    const std::optional<QString>& clipboard);
     // A command that waits for a word to end has been typed: the next key decides. The keys
     // are held meanwhile where they can be, so that a Tab or Return that ends the word
     // reaches the application only after the content.
@@ -117,6 +122,11 @@ private:
     void stopAwaiting();
     // A click may have moved the caret: nothing typed before it may be erased.
     void pointerPressed();
+    // Another window may have the focus: what was typed, an undo and a waiting command belong
+    // to the window they were typed in.
+    void focusChanged();
+    // The platform's number for the focused window; 0 where it cannot tell.
+    quint64 focusedWindow() const;
     // Nothing typed so far completes a command (the buffer, an undo, a waiting command).
     void forgetTyping();
     // The texts of keys that reached the application before a hold began, in order; `plainText`
@@ -139,6 +149,7 @@ private:
     KeyboardOutput* m_output;
     Clock m_clock;
     KeystrokeBuffer m_buffer;
+    quint64 m_bufferWindow = 0; // where the buffer's first key was typed
     double m_lastKeyDownTime;
     TriggerIndex m_index;
     quint64 m_indexedRevision = ~quint64(0);
@@ -160,6 +171,7 @@ private:
         // The key that ended the word, still to come back from the keys held meanwhile: it is
         // part of the expansion, not the next key.
         QString passing;
+        quint64 window = 0; // where the expansion went
     };
     struct AwaitedWordEnd {
         Snippet snippet;
@@ -175,4 +187,9 @@ private:
     bool m_saidCannotHold = false;
     // Texts that reached the application during the expansion and enter the buffer after it.
     QStringList m_afterExpansion;
+    // While the clipboard's owner is asked for its text: the keys that reach the application
+    // meanwhile count as keys that slipped in before the hold.
+    bool m_readingClipboard = false;
+    bool m_focusMovedWhileReading = false;
+    QList<KeyStroke> m_typedWhileReading;
 };

@@ -1,7 +1,12 @@
 #!/usr/bin/python3
-"""A GTK 3 text view used as a target by the latency benchmark: with --report-length N it
-prints, each time its text reaches N characters, the CLOCK_MONOTONIC time in nanoseconds on a
-line, and empties itself."""
+"""A GTK 3 text view used as a target.
+
+--out FILE: after each change the view's whole text is written to FILE (replaced at once, so a
+reader never sees half of it); the file is created, empty, when the window is up.
+--report-length N (the latency benchmark): each time its text reaches N characters, prints the
+CLOCK_MONOTONIC time in nanoseconds on a line, and empties itself.
+--title TEXT: the window's title (two views in one test are told apart by it)."""
+import os
 import sys
 import time
 
@@ -11,9 +16,14 @@ gi.require_version("Gtk", "3.0")
 from gi.repository import GLib, Gtk  # noqa: E402
 
 
+def option(name, default=None):
+    return sys.argv[sys.argv.index(name) + 1] if name in sys.argv else default
+
+
 def main():
-    report_length = int(sys.argv[sys.argv.index("--report-length") + 1])
-    window = Gtk.Window(title="Typolet GTK test target")
+    report_length = option("--report-length")
+    out = option("--out")
+    window = Gtk.Window(title=option("--title", "Typolet GTK test target"))
     window.set_default_size(700, 400)
     view = Gtk.TextView()
     scrolled = Gtk.ScrolledWindow()
@@ -25,14 +35,24 @@ def main():
         buffer.set_text("")
         return False  # once
 
+    def write_out():
+        text = buffer.get_text(buffer.get_start_iter(), buffer.get_end_iter(), True)
+        with open(out + ".part", "w", encoding="utf-8") as part:
+            part.write(text)
+        os.replace(out + ".part", out)
+
     def changed(_buffer):
-        if buffer.get_char_count() >= report_length:
+        if out:
+            write_out()
+        if report_length and buffer.get_char_count() >= int(report_length):
             print(time.clock_gettime_ns(time.CLOCK_MONOTONIC), flush=True)
             GLib.idle_add(empty)
 
     buffer.connect("changed", changed)
     window.connect("destroy", Gtk.main_quit)
     window.show_all()
+    if out:
+        write_out()
     Gtk.main()
 
 

@@ -92,6 +92,27 @@ private slots:
         QCOMPARE(clipboard(session, clipboardType), clipboardBytes);
     }
 
+    // A clipboard manager that copies every new content and then owns the clipboard itself:
+    // after the paste the clipboard holds what the user had copied, not the snippet.
+    void theClipboardComesBackPastAClipboardManager() {
+        XSession session;
+        QVERIFY(session.isRunning());
+        QProcess* manager = session.start(QStringLiteral(TYPOLET_CLIPBOARD_MANAGER), {});
+        QVERIFY(XSession::waitFor([&] { return manager->canReadLine(); }));
+        const QByteArray before = QStringLiteral("copied earlier: naïve").toUtf8();
+        QVERIFY(putOnClipboard(session, before, QStringLiteral("UTF8_STRING")));
+        const QString content = longText(false);
+        QVERIFY2(session.startWith({{";long", content}}, XSession::Target::QtClient),
+                 qPrintable(session.log()));
+        QVERIFY(session.run(QStringLiteral("xdotool"), {"type", "--delay", "15", ";long"}));
+        QVERIFY(session.waitForExpansions(1));
+        const QString shown = session.shownTextOnce([&](const QString& t) { return t == content; });
+        QVERIFY2(shown == content, qPrintable(XSession::describeDifference(shown, content)));
+        QVERIFY2(XSession::waitFor([&] { return clipboard(session, "UTF8_STRING") == before; }),
+                 qPrintable(QString::fromUtf8(clipboard(session, "UTF8_STRING")).left(80) +
+                            QStringLiteral("\nTypolet: ") + session.typoletOutput().right(1500)));
+    }
+
     // xterm has no keys that paste the clipboard: the content is typed there, exactly, and an
     // empty clipboard stays empty.
     void xtermIsTypedTo() {

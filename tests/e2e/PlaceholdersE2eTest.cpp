@@ -15,7 +15,8 @@ class PlaceholdersE2eTest : public QObject {
     static void expectShown(XSession& session, const QString& expected) {
         const QString actual =
             session.shownTextOnce([&](const QString& t) { return t == expected; });
-        QVERIFY2(actual == expected, qPrintable(XSession::describeDifference(actual, expected)));
+        QVERIFY2(actual == expected, qPrintable(XSession::describeDifference(actual, expected) +
+                                                "\nTypolet: " + session.typoletOutput().right(1500)));
     }
     // xclip owns the clipboard with `bytes` as `target` (kept in the foreground: the session
     // ends it); true once it answers.
@@ -64,6 +65,21 @@ private slots:
         QVERIFY(session.focusTarget() && type(session, " ;cb"));
         expectShown(session, "[] [from the clipboard] []");
         QCOMPARE(session.typoletOutput().count("The clipboard holds no text"), 2);
+    }
+
+    // An owner that never answers holds nothing up for long: the placeholder is empty, and
+    // one line says why.
+    void clipboardOwnerThatNeverAnswers() {
+        XSession session;
+        QVERIFY2(session.startWith({{";cb", "[{{clipboard}}]"}}, XSession::Target::Terminal),
+                 qPrintable(session.log()));
+        QProcess* owner = session.start(TYPOLET_SILENT_CLIPBOARD_OWNER, {});
+        QVERIFY(XSession::waitFor([&] { return owner->canReadLine(); }));
+        QVERIFY(session.focusTarget() && type(session, ";cb"));
+        expectShown(session, "[]");
+        QCOMPARE(session.typoletOutput().count(
+                     "The clipboard's owner did not answer within 1500 ms: a clipboard placeholder typed nothing"),
+                 1);
     }
 };
 

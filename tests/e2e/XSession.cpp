@@ -314,6 +314,10 @@ bool XSession::startWith(const QList<std::pair<QString, QString>>& snippets, Tar
     case Target::PastingTerminal:
         started = startPastingTerminal(m_received);
         break;
+    case Target::GtkTextView:
+        started = startGtkTextView({QStringLiteral("--out"), m_received}) &&
+                  waitFor([&] { return QFile::exists(m_received); });
+        break;
     }
     return started && focusTarget();
 }
@@ -325,7 +329,9 @@ QString XSession::shownText() {
     if (!file.open(QIODevice::ReadOnly))
         return {};
     const QByteArray bytes = file.readAll();
-    return m_targetKind == Target::QtClient ? QString::fromUtf8(bytes) : afterErasing(bytes);
+    return m_targetKind == Target::QtClient || m_targetKind == Target::GtkTextView
+               ? QString::fromUtf8(bytes)
+               : afterErasing(bytes);
 }
 
 QString XSession::shownTextOnce(const std::function<bool(const QString&)>& done) {

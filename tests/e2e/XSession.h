@@ -34,8 +34,9 @@ public:
     // Writes one preference into the same settings file.
     void writeSetting(const QString& key, const QVariant& value) const;
 
-    // PastingTerminal is a terminal that pastes with Ctrl+Shift+V (LXTerminal).
-    enum class Target { Terminal, QtClient, GtkEntry, PastingTerminal };
+    // PastingTerminal is a terminal that pastes with Ctrl+Shift+V (LXTerminal); GtkTextView is
+    // a GTK 3 multi-line text view whose text is read back whole (GtkTextTarget.py --out).
+    enum class Target { Terminal, QtClient, GtkEntry, PastingTerminal, GtkTextView };
     // Writes the snippets, starts Typolet and the target, and focuses the target. False, with
     // what went wrong in log(), when any of it does not come up.
     bool startWith(const QList<std::pair<QString, QString>>& snippets, Target target,
@@ -68,6 +69,8 @@ public:
     // Presses Return in the entry and returns the text it held; empty if it did not answer.
     QString gtkEntryText();
     QProcess* target() const { return m_target; }
+    // The X window id (as xdotool writes it) of the last started client window.
+    QString targetWindow() const { return m_targetWindow; }
     // Gives the keyboard focus to the last started client window.
     bool focusTarget();
 

@@ -95,11 +95,16 @@ void key(Session& s, const QList<Snippet>& snippets, const QString& text) {
     const QString after = s.engine.buffer();
     require(s.output.performed.size() - performed <= 1, "one key starts at most one expansion");
 
-    if (text == QChar(0x7F) || text == QChar(0x08)) {
+    const bool movesTheCaret =
+        text.size() == 1 && (QStringView(u"\t\r\n\x7f\x1c\x1d\x1e\x1f").contains(text.front()) ||
+                             text.front() == KeyTranslator::caretKeyText ||
+                             text.front() == KeyTranslator::chordText);
+    if (text == QChar(0x08)) {
         require(base.startsWith(after) && (after.size() < base.size() || base.isEmpty()),
                 "BackSpace takes the last character off the buffer");
-    } else if (text == QChar(KeyTranslator::chordText)) {
-        require(after.isEmpty(), "a chord clears the buffer");
+    } else if (movesTheCaret) {
+        // Nothing typed before the caret moved may be erased from now on.
+        require(after.isEmpty(), "a key that moves the caret or edits elsewhere clears the buffer");
         s.typedUnits = 0;
     } else if (!TextExpander::isAccepted(text)) {
         require(after == base, "an ignored key leaves the buffer alone");
@@ -190,7 +195,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 key(session, store.snippets(), QChar(char16_t(low | in.next() << 8)));
                 break;
             }
-            case 5: key(session, store.snippets(), QChar(in.next() & 1 ? 0x7F : 0x08)); break;
+            case 5: {
+                // BackSpace, or a key that moves the caret (Delete, an arrow, Home, Tab, Return).
+                static constexpr char16_t keys[] = {0x08, 0x7F, 0x1C, 0x1E, KeyTranslator::caretKeyText,
+                                                    u'\t', u'\r'};
+                key(session, store.snippets(), QChar(keys[in.next() % std::size(keys)]));
+                break;
+            }
             case 6: session.now += (in.next() % 16) * 0.25; break;
             case 7:
             case 8: edit(store, in); break;

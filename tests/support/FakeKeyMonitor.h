@@ -15,14 +15,25 @@ public:
     bool start(KeyHandler handler) override;
     HoldResult holdKeys(HeldKeyFilter onHeld) override;
     void releaseKeys() override;
+    void ownTypingStarts() override { ++ownTypings; }
     void setPointerPressHandler(std::function<void()> handler) override {
         m_pointerPressed = std::move(handler);
     }
     void click() { m_pointerPressed(); }
+    void setFocusChangeHandler(std::function<void()> handler) override {
+        m_focusChanged = std::move(handler);
+    }
+    void focusChange() { m_focusChanged(); }
 
     void press(uint32_t keyCode, KeyboardState state = {}, int repeats = 0,
                bool uncertain = false);
     void slip(uint32_t keyCode);
+    // A key from a device that is not held (another program typing through XTEST): reported at
+    // once, also while holding.
+    void pressUnheld(uint32_t keyCode) { m_handler(KeyStroke{keyCode, {}, 0, false}); }
+    // A key read well after it was typed.
+    void pressLate(uint32_t keyCode) { m_handler(KeyStroke{keyCode, {}, 0, false, true}); }
+    int ownTypings = 0;
 
     bool canHold = true;
     bool holding() const { return m_holding; }
@@ -35,6 +46,7 @@ private:
     bool m_heldAgain = false;
     KeyHandler m_handler;
     std::function<void()> m_pointerPressed;
+    std::function<void()> m_focusChanged;
     HeldKeyFilter m_onHeld;
     QList<KeyStroke> m_held;
     QList<KeyStroke> m_slipped;

@@ -5,6 +5,7 @@
 #include "CompiledKeymapSource.h"
 #include "Logging.h"
 #include "FakeClipboard.h"
+#include "FakeFocusedApplication.h"
 #include "FakeKeyMonitor.h"
 #include "FakePermissionProbe.h"
 #include "FakeSecureInputWatch.h"
@@ -21,7 +22,10 @@ using Expansions = QList<Expansion>;
 namespace {
 constexpr uint32_t keyA = 38, keyS = 39, keySemicolon = 47, keyBackSpace = 22, keyShiftL = 50,
                    keyApostrophe = 48, keyE = 26, keyEscape = 9, keySpace = 65, keyTab = 23,
-                   keyReturn = 36, keyPeriod = 60;
+                   keyReturn = 36, keyPeriod = 60, keyI = 31, keyG = 42, keyHome = 110,
+                   keyUp = 111, keyPageUp = 112, keyLeft = 113, keyRight = 114, keyEnd = 115,
+                   keyDown = 116, keyPageDown = 117, keyInsert = 118, keyDelete = 119,
+                   keyPad7 = 79;
 constexpr uint32_t shiftMask = 1, controlMask = 4;
 
 Expansions expansion(int erased, const QString& content) {
@@ -64,6 +68,7 @@ struct Listening {
     FakeKeyMonitor monitor;
     Output output;
     FakeSecureInputWatch secureInput;
+    FakeFocusedApplication focus;
     CapturedDiagnostics diagnostics;
     std::optional<TextExpander> engine;
 
@@ -72,7 +77,7 @@ struct Listening {
     }
     TextExpander& start() {
         return engine.emplace(store, EnginePlatform{&permissions, &monitor, &translator, &output,
-                                                      nullptr, &secureInput});
+                                                      &focus, &secureInput});
     }
     void add(const QString& command, const QString& content,
              Snippet::Trigger trigger = Snippet::Trigger::Immediately) {
@@ -115,9 +120,9 @@ private slots:
         rig.key("d");
         QCOMPARE(rig.engine.buffer(), "cd");
 
-        // Return, Escape, arrows, F keys and symbols are ignored but reset the timer.
+        // Escape, F keys and symbols are ignored but reset the timer.
         rig.lines.clear();
-        for (const char16_t code : {u'\r', u'\x1b', u'\x1c', u'\x1f', u'\x10', u'=', u'$', u'`'}) {
+        for (const char16_t code : {u'\x1b', u'\x10', u'=', u'$', u'`'}) {
             rig.now += 2.0;
             rig.engine.handleKeyPress(QString(QChar(code)));
         }
@@ -131,26 +136,70 @@ private slots:
 
     void acceptsSpacesTabsLettersMarksNumbersAndPunctuation() {
         for (const QString& accepted :
-             {QString(" "), QString("\t"), u"\u00a0"_qs, QString("a"), u"ß"_qs, u"\u0301"_qs,
+             {QString(" "), u"\u00a0"_qs, QString("a"), u"ß"_qs, u"\u0301"_qs,
               QString("7"), u"\u2167"_qs, QString(";"), u"\u00bf"_qs, u"\U0001D400"_qs})
             QVERIFY2(TextExpander::isAccepted(accepted), qPrintable(accepted));
-        for (const QString& ignored : {QString(), QString("\n"), QString("\r"), u"\u20ac"_qs,
+        for (const QString& ignored : {QString(), QString("\t"), QString("\n"), QString("\r"), u"\u20ac"_qs,
                                        QString("="), u"\U0001F642"_qs, QString(QChar(0xD83D))})
             QVERIFY2(!TextExpander::isAccepted(ignored), qPrintable(ignored));
     }
 
+    // BackSpace takes whole characters, and only while there are any; Delete takes the one
+    // after the caret, so the buffer cannot follow it and is emptied.
     void backspaceRemovesWholeCharacters() {
         Rig rig;
         rig.key(QString(QChar(0x08)));
-        rig.key(QString(QChar(0x7F)));
         QVERIFY(rig.lines.filter("BackSpace").isEmpty()); // empty buffer: silent
-        rig.type("xe");
+        rig.type("xye");
         rig.key(u"\u0301"_qs); // a combining accent typed as its own key joins the e
-        QCOMPARE(rig.engine.buffer(), u"xe\u0301");
+        QCOMPARE(rig.engine.buffer(), u"xye\u0301");
         rig.key(QString(QChar(0x08)));
-        QCOMPARE(rig.lines.last(), "BackSpace; buffer: 'x'");
+        QCOMPARE(rig.lines.last(), "BackSpace; buffer: 'xy'");
         rig.key(QString(QChar(0x7F)));
         QCOMPARE(rig.engine.buffer(), QString());
+    }
+
+    // The buffer is the text just before the caret, or nothing: a key that moves the caret or
+    // changes text elsewhere empties it, so no command is completed across it and nothing the
+    // user typed before it is erased. Typed as ";s", the key, "ig" (";sig" expands at once).
+    void keysThatMoveTheCaretEmptyTheBuffer_data() {
+        QTest::addColumn<uint32_t>("key");
+        QTest::addColumn<uint32_t>("modifiers");
+        QTest::addColumn<int>("expansions");
+        QTest::newRow("nothing between") << 0u << 0u << 1;
+        QTest::newRow("a letter taken back") << keyE << 0u << 1; // followed by BackSpace
+        for (const auto& [name, key] :
+             {std::pair("Return", keyReturn), std::pair("Tab", keyTab), std::pair("Home", keyHome),
+              std::pair("End", keyEnd), std::pair("Left", keyLeft), std::pair("Right", keyRight),
+              std::pair("Up", keyUp), std::pair("Down", keyDown), std::pair("Page Up", keyPageUp),
+              std::pair("Page Down", keyPageDown), std::pair("Delete", keyDelete),
+              std::pair("Insert", keyInsert), std::pair("keypad Home", keyPad7)})
+            QTest::newRow(name) << key << 0u << 0;
+        QTest::newRow("Control+E") << keyE << controlMask << 0;
+    }
+    void keysThatMoveTheCaretEmptyTheBuffer() {
+        QFETCH(uint32_t, key);
+        QFETCH(uint32_t, modifiers);
+        QFETCH(int, expansions);
+        Listening rig;
+        rig.add(";sig", "Best regards");
+        TextExpander& engine = rig.start();
+        rig.press({keySemicolon, keyS});
+        if (key != 0)
+            rig.monitor.press(key, {modifiers, 0, 0, 0});
+        if (key == keyE && modifiers == 0)
+            rig.monitor.press(keyBackSpace);
+        else if (key != 0)
+            QCOMPARE(engine.buffer(), QString());
+        rig.press({keyI, keyG});
+        QCOMPARE(rig.output.performed.size(), expansions);
+        // BackSpace on an empty buffer takes nothing from it.
+        if (expansions == 0) {
+            rig.press({keyBackSpace, keyBackSpace, keyBackSpace});
+            QCOMPARE(engine.buffer(), QString());
+            rig.press({keyG});
+            QCOMPARE(engine.buffer(), "g");
+        }
     }
 
     void commandsMatchCaseSensitivelyAndUpToCanonicalEquivalence() {
@@ -273,6 +322,30 @@ private slots:
                 expected.append(ExpansionAction::moveLeft(5));
             QCOMPARE(held.output.performed, Expansions{expected});
         }
+    }
+
+    // The clipboard's owner may be slow to answer: nothing waits for it, and keys typed
+    // meanwhile come after the content.
+    void aSlowClipboardOwnerHoldsNoKeyBack() {
+        Listening rig;
+        FakeClipboard clipboard;
+        clipboard.content = "Ada";
+        clipboard.answerLater = true;
+        rig.add(";a", "[{{clipboard}}]");
+        TextExpander& engine = rig.start();
+        engine.setClipboard(&clipboard);
+        rig.press({keySemicolon, keyA, keyE});
+        QVERIFY(rig.output.performed.isEmpty() && engine.isExpanding());
+        clipboard.answer();
+        QCOMPARE(rig.output.performed, expansion(3, "[Ada]e"));
+        rig.output.finish();
+        QCOMPARE(engine.buffer(), "e");
+        // Another window took the focus meanwhile: the command is not before its caret.
+        rig.press({keySemicolon, keyA});
+        rig.monitor.focusChange();
+        clipboard.answer();
+        QCOMPARE(rig.output.performed.size(), 1);
+        QVERIFY(!engine.isExpanding());
     }
 
     // Contents of at least the threshold's characters (not code units) are pasted; shorter
@@ -479,7 +552,7 @@ private slots:
         QTest::addColumn<bool>("undoable");
         QTest::newRow("space") << keySpace << " " << true;
         QTest::newRow("full stop") << keyPeriod << "." << true;
-        QTest::newRow("tab") << keyTab << "\t" << false;
+        QTest::newRow("tab") << keyTab << "" << false;
         QTest::newRow("return") << keyReturn << "" << false;
         QTest::newRow("letter") << keyE << ";ase" << false;
     }
@@ -529,6 +602,87 @@ private slots:
         QCoreApplication::processEvents();
         QCOMPARE(held.output.performed.size(), 1);
         QCOMPARE(held.engine->buffer(), " ");
+    }
+
+    // An undo, a waiting command and the buffer belong to the window they were typed in: the
+    // focus moving (told by the platform, or only seen as another focused window when the
+    // next key comes) ends them, and BackSpace then takes one character where it was typed.
+    void whatWasTypedStaysWithItsWindow_data() {
+        QTest::addColumn<bool>("toldOfTheMove");
+        QTest::addColumn<bool>("moved");
+        QTest::newRow("not moved") << false << false;
+        QTest::newRow("moved, told") << true << true;
+        QTest::newRow("moved, not told") << false << true;
+    }
+    void whatWasTypedStaysWithItsWindow() {
+        QFETCH(bool, toldOfTheMove);
+        QFETCH(bool, moved);
+        Listening rig;
+        rig.add(";sig", "Best regards");
+        rig.add(";as", "Thanks", Snippet::Trigger::AfterWordEnd);
+        TextExpander& engine = rig.start();
+        const auto moveFocus = [&] {
+            if (moved)
+                ++rig.focus.focusedWindow;
+            if (toldOfTheMove)
+                rig.monitor.focusChange();
+        };
+        // Expanded in one window, BackSpace in the next.
+        rig.press({keySemicolon, keyS, keyI, keyG});
+        rig.output.finish();
+        moveFocus();
+        rig.press({keyBackSpace});
+        QCOMPARE(rig.output.performed.size(), moved ? 1 : 2);
+        rig.output.finish();
+        // Begun in one window, ended in the next.
+        rig.press({keySpace, keySemicolon, keyS, keyI});
+        moveFocus();
+        rig.press({keyG});
+        QCOMPARE(rig.output.performed.size(), moved ? 1 : 3);
+        rig.output.finish();
+        // Waiting for its word end in one window, the focus moves.
+        rig.press({keySpace, keySemicolon, keyA, keyS});
+        QVERIFY(rig.monitor.holding());
+        moveFocus();
+        if (toldOfTheMove)
+            QVERIFY(!rig.monitor.holding()); // the keys go on to wherever the focus is now
+        QCOMPARE(engine.buffer().isEmpty(), toldOfTheMove);
+    }
+
+    // Another program typing through XTEST is not held: its key ends the word as it stands in
+    // the application, and the command expands.
+    void aKeyFromAnotherProgramEndsAWaitingWord() {
+        Listening rig;
+        rig.add(";as", "Thanks", Snippet::Trigger::AfterWordEnd);
+        rig.start();
+        rig.press({keySemicolon, keyA, keyS});
+        QVERIFY(rig.monitor.holding());
+        rig.monitor.pressUnheld(keySpace);
+        QCOMPARE(rig.output.performed, expansion(4, "Thanks "));
+        QCOMPARE(rig.monitor.ownTypings, 1);
+        rig.output.finish();
+        QVERIFY(!rig.monitor.holding());
+        // No word end: nothing expands, and the keyboard is let go.
+        rig.press({keySpace, keySemicolon, keyA, keyS});
+        rig.monitor.pressUnheld(keyE);
+        QVERIFY(!rig.monitor.holding());
+        QCOMPARE(rig.output.performed.size(), 1);
+    }
+
+    // Keys read late (Typolet was stopped while they were typed) are in the application with
+    // whatever came after them: they complete no command, and what came before them neither.
+    void keysReadLateCompleteNoCommand() {
+        Listening rig;
+        rig.add(";sig", "Best regards");
+        TextExpander& engine = rig.start();
+        rig.press({keySemicolon, keyS, keyI});
+        rig.monitor.pressLate(keyG);
+        for (const uint32_t key : {keySemicolon, keyS, keyI, keyG})
+            rig.monitor.pressLate(key);
+        QVERIFY(rig.output.performed.isEmpty());
+        QCOMPARE(engine.buffer(), QString());
+        rig.press({keySemicolon, keyS, keyI, keyG}); // read as typed again
+        QCOMPARE(rig.output.performed, expansion(4, "Best regards"));
     }
 
     void withoutAHoldItStillExpandsAndSaysSoOnce() {

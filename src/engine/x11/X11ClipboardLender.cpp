@@ -98,6 +98,8 @@ void X11ClipboardLender::lend(const QString& text, std::function<void(bool)> rea
     m_ready = std::move(ready);
     m_returned = std::move(returned);
     m_lostWhileLent = false;
+    m_managerTook = false;
+    m_askedForLentText.clear();
     m_taken = false;
     Window focus = None;
     int revertTo = 0;
@@ -198,15 +200,28 @@ void X11ClipboardLender::process(XEvent& event) {
     case SelectionRequest:
         serve(event);
         return;
-    case SelectionClear:
+    case SelectionClear: {
         if (event.xselectionclear.selection != m_clipboard)
             return;
-        // Another program put something on the clipboard: that is the user's now.
         m_owner = false;
         m_offered.clear();
+        const Window owner = XGetSelectionOwner(m_display, m_clipboard);
+        if (owner != None && m_askedForLentText.removeAll(owner & ~m_resourceMask) > 0) {
+            // A clipboard manager keeping what it copied from us, the lent text: the user's
+            // content comes back once the loan is over.
+            if (m_phase == Phase::Lent)
+                m_managerTook = true;
+            else
+                ownUserContentAgain();
+            return;
+        }
+        // Another program put something on the clipboard: that is the user's now.
+        m_askedForLentText.clear();
+        m_userContent.clear();
         if (m_phase == Phase::Lent)
             m_lostWhileLent = true;
         return;
+    }
     default:
         return;
     }
@@ -309,10 +324,13 @@ void X11ClipboardLender::finishLoan() {
     m_timer.stop();
     m_phase = Phase::Idle;
     m_lentText.clear();
-    if (m_owner && !m_lostWhileLent) {
+    m_userContent = m_hadOwner ? std::exchange(m_saved, {}) : Formats();
+    if (m_managerTook && !m_lostWhileLent) {
+        ownUserContentAgain();
+    } else if (m_owner && !m_lostWhileLent) {
         if (m_hadOwner) {
             // Owned again, so that a clipboard manager sees the user's content come back.
-            m_offered = std::exchange(m_saved, {});
+            m_offered = m_userContent;
             XSetSelectionOwner(m_display, m_clipboard, m_window, m_time);
         } else {
             m_offered.clear();
@@ -325,6 +343,22 @@ void X11ClipboardLender::finishLoan() {
     if (auto returned = std::exchange(m_returned, {}))
         QMetaObject::invokeMethod(this, [returned, taken = m_taken] { returned(taken); },
                                   Qt::QueuedConnection);
+}
+
+void X11ClipboardLender::ownUserContentAgain() {
+    // The other client owns the clipboard from a later time than ours: only the server's time
+    // of this request comes after it.
+    if (m_userContent.isEmpty() && !m_hadOwner) {
+        XSetSelectionOwner(m_display, m_clipboard, None, CurrentTime);
+    } else {
+        m_offered = m_userContent;
+        XSetSelectionOwner(m_display, m_clipboard, m_window, CurrentTime);
+        m_owner = XGetSelectionOwner(m_display, m_clipboard) == m_window;
+    }
+    XFlush(m_display);
+    qCInfo(lcEngine).noquote()
+        << QStringLiteral("A clipboard manager kept the pasted text: the clipboard holds its "
+                          "earlier content again");
 }
 
 std::optional<QString> X11ClipboardLender::offeredText() const {
@@ -379,6 +413,8 @@ void X11ClipboardLender::serve(const XEvent& event) {
         const bool text = lentText && (m_focusClient == 0 ||
                                        (request.requestor & ~m_resourceMask) == m_focusClient);
         m_taken = m_taken || lentText;
+        if (lentText && !m_askedForLentText.contains(request.requestor & ~m_resourceMask))
+            m_askedForLentText.append(request.requestor & ~m_resourceMask);
         if (value->bytes.size() > m_maxPropertyBytes) {
             // Too large for one request: announce the size, then one piece per deletion of the
             // property by the requestor.

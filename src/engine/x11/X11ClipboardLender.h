@@ -29,7 +29,11 @@ typedef union _XEvent XEvent;
 // clipboard.
 //
 // The loan ends when the client that has the keyboard focus has asked for the text; other
-// clients (clipboard managers) are answered too, but the loan goes on for them.
+// clients (clipboard managers) are answered too, but the loan goes on for them. A clipboard
+// manager that copies every new content and then owns the clipboard itself would keep the
+// lent text there: when a client that asked for the lent text takes the clipboard, during the
+// loan or after it, the user's content is owned again (once per client and loan), so that the
+// manager copies that instead.
 //
 // Everything runs from the main event loop: its own Xlib connection, read when the socket has
 // data, and timers for the owners and requestors that never answer. Nothing waits.
@@ -94,6 +98,9 @@ private:
     void saveFailed(const QString& reason);
     void own();
     void finishLoan();
+    // Owns the clipboard with the user's content again (or leaves it to nobody when it was
+    // empty), with a fresh time, after another client took it.
+    void ownUserContentAgain();
     void serve(const XEvent& event);
     void sendNextIncrement(Transfer& transfer);
     bool readProperty(unsigned long property, Value& value);
@@ -133,6 +140,10 @@ private:
     bool m_incoming = false;
     Value m_incomingValue;
     bool m_lostWhileLent = false;
+    // Clients (by their windows' common id bits) that asked for the lent text in this loan.
+    QList<unsigned long> m_askedForLentText;
+    bool m_managerTook = false; // one of them took the clipboard during the loan
+    Formats m_userContent;      // what the user's clipboard held before the loan
 
     QList<Transfer> m_transfers;
 };

@@ -8,8 +8,21 @@ X11FocusedApplication::~X11FocusedApplication() {
         XCloseDisplay(m_display);
 }
 
+bool X11FocusedApplication::connect() {
+    return m_display || (m_display = XOpenDisplay(nullptr));
+}
+
+quint64 X11FocusedApplication::window() {
+    if (!connect())
+        return 0;
+    Window window = 0;
+    int revertTo = 0;
+    XGetInputFocus(m_display, &window, &revertTo);
+    return window > PointerRoot ? window : 0;
+}
+
 QString X11FocusedApplication::name() {
-    if (!m_display && !(m_display = XOpenDisplay(nullptr)))
+    if (!connect())
         return {};
     Window window = 0;
     int revertTo = 0;

@@ -11,7 +11,10 @@ class X11FocusedApplication : public FocusedApplication {
 public:
     ~X11FocusedApplication() override;
     QString name() override;
+    quint64 window() override;
 
 private:
+    bool connect();
+
     Display* m_display = nullptr;
 };

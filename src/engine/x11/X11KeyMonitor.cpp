@@ -72,6 +72,10 @@ bool X11KeyMonitor::start(KeyHandler handler) {
     XIEventMask masks[] = {{XIAllMasterDevices, sizeof keyMask, keyMask},
                            {XIAllDevices, sizeof hierarchyMask, hierarchyMask}};
     XISelectEvents(m_display, DefaultRootWindow(m_display), masks, 2);
+    // The window manager's active window, and the focus going to or from the root: another
+    // window may have the keyboard now.
+    m_activeWindowAtom = XInternAtom(m_display, "_NET_ACTIVE_WINDOW", False);
+    XSelectInput(m_display, DefaultRootWindow(m_display), PropertyChangeMask | FocusChangeMask);
 
     int xkbOpcode = 0, xkbError = 0, xkbMajor = XkbMajorVersion, xkbMinor = XkbMinorVersion;
     if (XkbQueryExtension(m_display, &xkbOpcode, &m_xkbEventType, &xkbError, &xkbMajor,
@@ -83,6 +87,7 @@ bool X11KeyMonitor::start(KeyHandler handler) {
         m_xkbEventType = -1;
     }
     scanDevices();
+    followFocus();
     XSync(m_display, False);
 
     m_keyDown = std::move(handler);
@@ -222,6 +227,15 @@ void X11KeyMonitor::process(XEvent& event) {
             if (m_keymapChanged)
                 m_keymapChanged();
         }
+    } else if ((event.type == PropertyNotify && event.xproperty.atom == m_activeWindowAtom) ||
+               ((event.type == FocusIn || event.type == FocusOut) &&
+                event.xfocus.mode != NotifyGrab && event.xfocus.mode != NotifyUngrab &&
+                (event.xfocus.window == DefaultRootWindow(m_display) ||
+                 (event.type == FocusOut && event.xfocus.window == m_focusWindow)))) {
+        // A grab (ours while holding keys, a menu's) leaves the focus where it is.
+        followFocus();
+        if (m_focusChanged)
+            m_focusChanged();
     } else if (event.type == MappingNotify) {
         XRefreshKeyboardMapping(&event.xmapping);
         if (m_keymapChanged)
@@ -253,9 +267,47 @@ void X11KeyMonitor::rawKey(int master, int source, uint32_t keyCode, unsigned lo
     KeyStroke stroke;
     stroke.keyCode = keyCode;
     stroke.state = m_stateOfMaster.value(master);
+    stroke.late = arrivedLate(time);
     if (repeats)
         m_repeating.insert(source, Repeating{keyCode, time, stroke});
     report(stroke);
+}
+
+void X11KeyMonitor::followFocus() {
+    Window focus = None;
+    int revertTo = 0;
+    XGetInputFocus(m_display, &focus, &revertTo);
+    const Window root = DefaultRootWindow(m_display);
+    if (focus == m_focusWindow)
+        return;
+    // Only our own selection on that window changes; the root keeps what start() chose. A
+    // window watched before is left as it is (it may be gone by now): its events are ignored.
+    m_focusWindow = focus > PointerRoot && focus != root ? focus : 0;
+    if (m_focusWindow != 0)
+        XSelectInput(m_display, m_focusWindow, FocusChangeMask);
+    XFlush(m_display); // at once: the focus may move on before anything else is sent
+}
+
+bool X11KeyMonitor::arrivedLate(unsigned long serverTime) {
+    // A key is late when it is read a second or more after the server took it in; reading
+    // it as a fresh command would erase wherever the caret has gone since.
+    constexpr qint64 lateAfterMs = 1000;
+    // Our clock and the server's may drift apart (another machine's server): the least gap is
+    // allowed to grow by a millisecond a second.
+    constexpr qint64 msPerDriftMs = 1000;
+    if (!m_clock.isValid())
+        m_clock.start();
+    const qint64 now = m_clock.elapsed();
+    // Server time is 32 bits of milliseconds and wraps about every 49 days.
+    const qint64 gap = now - static_cast<qint64>(static_cast<uint32_t>(serverTime));
+    const qint64 allowed =
+        m_leastGapAt < 0 ? 0 : m_leastGap + (now - m_leastGapAt) / msPerDriftMs;
+    if (m_leastGapAt < 0 || gap <= allowed || gap - allowed > (qint64(1) << 31)) {
+        m_leastGap = gap;
+        m_leastGapAt = now;
+        return false;
+    }
+    return gap - allowed >= lateAfterMs;
 }
 
 void X11KeyMonitor::stopRepeating(int source, unsigned long time) {
@@ -294,7 +346,6 @@ KeyMonitor::HoldResult X11KeyMonitor::holdKeys(HeldKeyFilter onHeld) {
         result.holding = m_holding;
         return result;
     }
-    m_ownOutput = true;
     m_onHeld = std::move(onHeld);
     unsigned char mask[XIMaskLen(XI_LASTEVENT)] = {};
     XISetMask(mask, XI_KeyPress);
@@ -387,6 +438,7 @@ void X11KeyMonitor::replayHeld() {
 
 void X11KeyMonitor::releaseKeys() {
     m_heldAgain = false;
+    m_ownOutput = true; // the replay goes out through XTEST
     if (m_holding) {
         for (;;) {
             replayHeld();

@@ -2,6 +2,7 @@
 
 #include "KeyMonitor.h"
 
+#include <QElapsedTimer>
 #include <QHash>
 #include <QList>
 #include <QObject>
@@ -29,7 +30,9 @@ typedef union _XEvent XEvent;
 // user's keys neither reach applications nor change the modifiers Typolet types with), and
 // any other master keyboard whole (a floated slave of another master can leave that master
 // with stale keys). The keys are queued and replayed through XTEST afterwards. Events of
-// Typolet's XTEST device are not reported while it is typing.
+// Typolet's XTEST device are not reported while it is typing or replaying, and only then:
+// other programs type through the same device (xdotool, on-screen keyboards, VNC servers),
+// and their keys are the user's, also while a command waits for its word to end.
 class X11KeyMonitor : public QObject, public KeyMonitor {
     Q_OBJECT
 public:
@@ -39,6 +42,10 @@ public:
     bool start(KeyHandler handler) override;
     HoldResult holdKeys(HeldKeyFilter onHeld) override;
     void releaseKeys() override;
+    void ownTypingStarts() override { m_ownOutput = true; }
+    void setFocusChangeHandler(std::function<void()> handler) override {
+        m_focusChanged = std::move(handler);
+    }
     void setPointerPressHandler(std::function<void()> handler) override {
         m_pointerPressed = std::move(handler);
     }
@@ -78,6 +85,11 @@ private:
     void scanDevices();
     void replayHeld();
     void endOwnOutput();
+    // Watches the window that has the keyboard focus now, so that its losing the focus is
+    // seen in order with the keys, whoever moved it (a window manager or any program).
+    void followFocus();
+    // Whether a key of this server time is read well after it was typed.
+    bool arrivedLate(unsigned long serverTime);
 
     Display* m_display = nullptr;
     int m_xiOpcode = 0;
@@ -86,6 +98,9 @@ private:
     KeyHandler m_keyDown;
     std::function<void()> m_keymapChanged;
     std::function<void()> m_pointerPressed;
+    std::function<void()> m_focusChanged;
+    unsigned long m_activeWindowAtom = 0;
+    unsigned long m_focusWindow = 0; // the window whose focus events we watch
     std::function<void(uint32_t)> m_groupChanged;
 
     int m_coreKeyboard = -1;
@@ -95,7 +110,7 @@ private:
     QHash<int, RepeatControls> m_controls;
     QHash<int, Repeating> m_repeating; // by source device
 
-    bool m_ownOutput = false; // our XTEST device is typing: its keys are not the user's
+    bool m_ownOutput = false; // we type or replay through XTEST: its keys now are ours
     bool m_holding = false;
     bool m_replaying = false;
     bool m_heldAgain = false;
@@ -106,4 +121,10 @@ private:
     QList<KeyStroke>* m_slipped = nullptr; // while a hold begins: where keys are reported
     QSet<uint32_t> m_syntheticDown;
     QSet<uint32_t> m_replayedDown;
+
+    // The server's clock against ours: the least gap between a key's server time and the
+    // moment we read it is the gap of a key read at once.
+    QElapsedTimer m_clock;
+    qint64 m_leastGap = 0;
+    qint64 m_leastGapAt = -1;
 };

@@ -101,11 +101,12 @@ void SingleInstanceGuardTest::defaultNameIsPerUserAndDisplay() {
     QCOMPARE(nameFor(":7"), folder + QStringLiteral("/typolet-_7.socket"));
     QCOMPARE(SingleInstanceGuard().serverName(), SingleInstanceGuard::defaultServerName());
     // Every way of naming display 7 here is one display: one Typolet.
-    for (const char* same : {":7.0", "localhost:7", "unix:7.1"})
+    for (const char* same : {":7.0", "localhost:7", "unix:7.1", ":07", ":007.0", "unix/:7",
+                             "unix/:07.0", "tcp/localhost:7"})
         QVERIFY2(nameFor(same) == nameFor(":7"), same);
     // Another display, or another machine's, has its own.
-    QVERIFY(nameFor(":8") != nameFor(":7"));
-    QVERIFY(nameFor("far.example.org:7") != nameFor(":7"));
+    for (const char* other : {":8", ":70", ":17", "far.example.org:7", "tcp/far.example.org:7"})
+        QVERIFY2(nameFor(other) != nameFor(":7"), other);
     QCOMPARE(nameFor(nullptr), folder + QStringLiteral("/typolet.socket"));
     QCOMPARE(SingleInstanceGuard::displayKey(":0", "wayland-1"), QStringLiteral("wayland-wayland-1"));
     // Without a runtime folder the guard lives in a private folder of the user's own.

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "ClipboardSource.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QObject>
+#include <QTimer>
+#include <memory>
+
+class QSocketNotifier;
+typedef struct _XDisplay Display;
+
+// Reads the CLIPBOARD selection's text for a {{clipboard}} placeholder without waiting on the
+// main thread: asks the owner for its formats and then for its text (UTF-8 where offered) on a
+// connection of its own, and answers when the text has come (in increments too), or with
+// nothing when the owner does not answer within answerTimeoutMs. An owner that never answers
+// costs that long, and one line says so.
+class X11ClipboardReader : public QObject, public ClipboardSource {
+    Q_OBJECT
+public:
+    explicit X11ClipboardReader(QObject* parent = nullptr);
+    ~X11ClipboardReader() override;
+
+    // Questions asked while one is under way get the same answer.
+    void readText(TextHandler done) override;
+
+    static constexpr int answerTimeoutMs = 1500;
+
+private:
+    bool open();
+    void readEvents();
+    // Asks for the best text format among the owner's; finishes with none without one.
+    void askForText(const QByteArray& targets);
+    std::optional<QString> decoded(const QByteArray& bytes) const;
+    void finish(std::optional<QString> text);
+    // Takes the property's value off the window; false when it is not there.
+    bool takeProperty(QByteArray& bytes, unsigned long& type);
+
+    Display* m_display = nullptr;
+    unsigned long m_window = 0;
+    unsigned long m_clipboard = 0, m_utf8 = 0, m_incr = 0, m_property = 0, m_targets = 0,
+                  m_textPlainUtf8 = 0;
+    unsigned long m_asking = 0; // the format asked for now: TARGETS, then a text format
+    std::unique_ptr<QSocketNotifier> m_notifier;
+    QTimer m_timeout;
+    QList<TextHandler> m_waiting;
+    bool m_incoming = false; // an incremental transfer is under way
+    QByteArray m_received;
+};
