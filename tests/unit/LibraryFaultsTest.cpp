@@ -102,6 +102,11 @@ QByteArray libraryText(const QString& scratchDir, int count, bool withDefaultCat
 
 class LibraryFaultsTest : public QObject {
     Q_OBJECT
+public:
+    explicit LibraryFaultsTest(QString program) : m_program(std::move(program)) {}
+
+private:
+    const QString m_program; // the real typolet, where this test's user can run it
     QTemporaryDir m_scratch; // outside the small file system
     QString m_mount;
     QString m_folder, m_path;
@@ -282,7 +287,7 @@ private slots:
         env.remove(QStringLiteral("WAYLAND_DISPLAY"));
         env.insert(QStringLiteral("TYPOLET_BACKEND"), QStringLiteral("x11"));
         typolet.setProcessEnvironment(env);
-        typolet.start(QStringLiteral(TYPOLET_BINARY), {});
+        typolet.start(m_program, {});
         QVERIFY(typolet.waitForFinished(30000));
         const QString output = QString::fromLocal8Bit(typolet.readAllStandardError() +
                                                       typolet.readAllStandardOutput());
@@ -295,8 +300,22 @@ private slots:
 int main(int argc, char* argv[]) {
     // The faults are made by this test itself: a user and mount namespace of its own, as an
     // ordinary user (as root, file permissions would not apply).
+    QString program = QStringLiteral(TYPOLET_BINARY);
     if (::geteuid() == 0) {
+        // The build may sit in a folder only root can enter (/root): the program goes where
+        // the user this test becomes can run it.
         const uid_t nobody = 65534;
+        const QString folder = QDir::tempPath() + QStringLiteral("/typolet-faults-test-%1").arg(::getpid());
+        const QString copy = folder + QStringLiteral("/typolet");
+        if (!QDir().mkpath(folder) || !QFile::copy(program, copy) ||
+            ::chown(QFile::encodeName(folder).constData(), nobody, nobody) != 0 ||
+            ::chown(QFile::encodeName(copy).constData(), nobody, nobody) != 0 ||
+            !QFile::setPermissions(copy, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                             QFileDevice::ExeOwner)) {
+            std::fprintf(stderr, "cannot copy %s for the test's user\n", qPrintable(program));
+            return 1;
+        }
+        program = copy;
         if (::setgroups(0, nullptr) != 0 || ::setresgid(nobody, nobody, nobody) != 0 ||
             ::setresuid(nobody, nobody, nobody) != 0) {
             std::fprintf(stderr, "cannot leave root: %s\n", std::strerror(errno));
@@ -328,8 +347,11 @@ int main(int argc, char* argv[]) {
     }
     setCapabilitiesInEffect(false);
     QCoreApplication app(argc, argv);
-    LibraryFaultsTest test;
-    return QTest::qExec(&test, argc, argv);
+    LibraryFaultsTest test(program);
+    const int status = QTest::qExec(&test, argc, argv);
+    if (program != QStringLiteral(TYPOLET_BINARY)) // the copy and its folder are this user's
+        QDir(QFileInfo(program).absolutePath()).removeRecursively();
+    return status;
 }
 
 #include "LibraryFaultsTest.moc"
