@@ -28,14 +28,16 @@ for run in $(seq "$runs"); do
       start=$(date +%s%N)
       "$0" >/dev/null 2>&1 &
       pid=$!
+      deadline=$(( $(date +%s) + 30 ))
       until xdotool search --onlyvisible --name "^Typolet$" >/dev/null 2>&1; do
         kill -0 $pid 2>/dev/null || { echo "typolet ended"; exit 1; }
+        [ "$(date +%s)" -lt $deadline ] || { kill $pid; echo "no window within 30 s"; exit 1; }
         sleep 0.005
       done
       shown=$(date +%s%N)
       rss=$(awk "/VmRSS/ {print \$2}" /proc/$pid/status)
       kill $pid; wait $pid 2>/dev/null || true
       echo "$(( (shown - start) / 1000000 )) ms, $(( rss / 1024 )) MB resident"
-    ' "$build/typolet")
+    ' "$build/typolet" 2>/dev/null) || true
   echo "run $run: $result"
 done
