@@ -67,7 +67,8 @@ private slots:
         const QByteArray json = "[{\"content\":\"Grüße, \\\"quoted\\\" \\\\ back;slash = # "
                                 "hash\\n\\tline\",\"command\":\";sig\",\"id\":\"x\"}]";
         QTest::newRow("JSON of snippets") << QVariant(json);
-        QByteArray awkward("\x00" "1\x7f" "a\xff" "F\x01" "9;=,#@ ", 17);
+        static constexpr char awkwardBytes[] = "\x00" "1\x7f" "a\xff" "F\x01" "9;=,#@ ";
+        const QByteArray awkward(awkwardBytes, sizeof awkwardBytes - 1);
         QTest::newRow("bytes next to hex digits") << QVariant(awkward);
         QByteArray large(10 * 1024 * 1024, 'x');
         for (qsizetype i = 0; i < large.size(); i += 997)
