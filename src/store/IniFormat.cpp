@@ -47,16 +47,16 @@ void appendUtf8(QByteArray& out, char32_t code) {
     }
 }
 
-// QSettings' escaping of one value. `units` are Latin-1 bytes (a byte array, written as they
-// are, anything from 0x7F up as \x escapes) or UTF-16 (a string, written as UTF-8). A hex digit
-// right after a \x escape is escaped too, or a reader would take it into the escape.
-template <class Unit>
-void appendEscaped(QByteArray& out, const Unit* units, qsizetype count, bool utf8) {
+// QSettings' escaping of one text value, written as UTF-8 (byte arrays go through encodeBytes).
+// A hex digit right after a \x escape is escaped too, or a reader would take it into the escape.
+void appendEscapedString(QByteArray& out, const QString& text) {
+    const char16_t* const units = reinterpret_cast<const char16_t*>(text.utf16());
+    const qsizetype count = text.size();
     const qsizetype start = out.size();
     bool needsQuotes = false;
     bool escapeNextIfDigit = false;
     for (qsizetype i = 0; i < count; ++i) {
-        const uint ch = static_cast<std::make_unsigned_t<Unit>>(units[i]);
+        const uint ch = units[i];
         if (ch == ';' || ch == ',' || ch == '=')
             needsQuotes = true;
         if (escapeNextIfDigit && hexValue(uchar(ch)) >= 0 && ch < 0x80) {
@@ -81,7 +81,7 @@ void appendEscaped(QByteArray& out, const Unit* units, qsizetype count, bool utf
             out += char(ch);
             break;
         default:
-            if (ch <= 0x1F || (ch >= 0x7F && !utf8)) {
+            if (ch <= 0x1F) {
                 out += "\\x";
                 if (ch >= 0x10)
                     out += QByteArray::number(ch, 16);
@@ -106,7 +106,7 @@ void appendEscaped(QByteArray& out, const Unit* units, qsizetype count, bool utf
     }
 }
 
-// The same escaping as appendEscaped for a byte array, written straight into a buffer: a
+// The same escaping as appendEscapedString for a byte array, written straight into a buffer: a
 // library's JSON is most of the file, and this is most of a save.
 QByteArray encodeBytes(const QByteArray& bytes) {
     static constexpr QByteArrayView prefix("@ByteArray(");
@@ -164,10 +164,6 @@ QByteArray encodeBytes(const QByteArray& bytes) {
     out.truncate(dst - out.constData());
     out.squeeze();
     return out;
-}
-
-void appendEscapedString(QByteArray& out, const QString& text) {
-    appendEscaped(out, reinterpret_cast<const char16_t*>(text.utf16()), text.size(), true);
 }
 
 QString variantText(const QVariant& value) {

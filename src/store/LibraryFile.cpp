@@ -8,9 +8,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -105,10 +102,7 @@ void LibraryFile::watch() {
         m_watcher.addPath(m_path);
 }
 
-LibraryFile::Identity LibraryFile::identityNow() const {
-    struct stat info {};
-    if (::stat(QFile::encodeName(m_path).constData(), &info) != 0)
-        return {};
+LibraryFile::Identity LibraryFile::identityOf(const struct stat& info) {
     return {true,
             quint64(info.st_dev),
             quint64(info.st_ino),
@@ -117,16 +111,24 @@ LibraryFile::Identity LibraryFile::identityNow() const {
             qint64(info.st_ctim.tv_sec) * 1000000000 + info.st_ctim.tv_nsec};
 }
 
+LibraryFile::Identity LibraryFile::identityNow() const {
+    struct stat info {};
+    if (::stat(QFile::encodeName(m_path).constData(), &info) != 0)
+        return {};
+    return identityOf(info);
+}
+
 std::optional<LibraryFile::DiskState> LibraryFile::readDisk(QString* error, bool keepText) const {
     DiskState disk;
-    if (!QFileInfo::exists(m_path) && !QFileInfo(m_path).isSymLink())
+    const QFileInfo info(m_path);
+    if (!info.exists() && !info.isSymLink())
         return disk;
-    if (QFileInfo(m_path).isDir()) {
+    if (info.isDir()) {
         *error = tr("it is a folder, not a file");
         return std::nullopt;
     }
     QFile file(m_path);
-    if (!QFileInfo(m_path).isFile()) {
+    if (!info.isFile()) {
         *error = tr("it is not a regular file");
         return std::nullopt;
     }
@@ -141,12 +143,7 @@ std::optional<LibraryFile::DiskState> LibraryFile::readDisk(QString* error, bool
         *error = file.errorString();
         return std::nullopt;
     }
-    disk.identity = {true,
-                     quint64(before.st_dev),
-                     quint64(before.st_ino),
-                     qint64(before.st_size),
-                     qint64(before.st_mtim.tv_sec) * 1000000000 + before.st_mtim.tv_nsec,
-                     qint64(before.st_ctim.tv_sec) * 1000000000 + before.st_ctim.tv_nsec};
+    disk.identity = identityOf(before);
     disk.values = keepText ? IniFormat::parse(disk.text) : IniFormat::parse(std::move(disk.text));
     return disk;
 }

@@ -10,6 +10,8 @@
 #include <QVariant>
 #include <optional>
 
+struct stat;
+
 // The one owner of $XDG_CONFIG_HOME/Typolet/Typolet.conf: the snippet and category lists and
 // every preference live in it, and everything Typolet keeps goes through this object, which
 // main() makes once and hands to the store and the preferences.
@@ -81,6 +83,7 @@ private:
     };
     using Pending = QMap<QString, std::optional<QByteArray>>; // nullopt: the key goes
 
+    static Identity identityOf(const struct stat& info);
     Identity identityNow() const;
     // The file as it is now, or why it cannot be read; its text too when `keepText` (for the
     // history), else only its values.
