@@ -23,21 +23,24 @@ for run in $(seq "$runs"); do
   mkdir -p "$work/config/Typolet" "$work/state" "$work/runtime"
   chmod 700 "$work/runtime"
   [ "$library" = none ] || cp "$library" "$work/config/Typolet/Typolet.conf"
-  result=$(DISPLAY=$display XDG_CONFIG_HOME=$work/config XDG_STATE_HOME=$work/state \
+  rm -f "$work/result"
+  DISPLAY=$display XDG_CONFIG_HOME=$work/config XDG_STATE_HOME=$work/state \
     XDG_RUNTIME_DIR=$work/runtime dbus-run-session -- bash -c '
       start=$(date +%s%N)
       "$0" >/dev/null 2>&1 &
       pid=$!
       deadline=$(( $(date +%s) + 30 ))
       until xdotool search --onlyvisible --name "^Typolet$" >/dev/null 2>&1; do
-        kill -0 $pid 2>/dev/null || { echo "typolet ended"; exit 1; }
-        [ "$(date +%s)" -lt $deadline ] || { kill $pid; echo "no window within 30 s"; exit 1; }
+        kill -0 $pid 2>/dev/null || { echo "typolet ended" >"$1"; exit 1; }
+        [ "$(date +%s)" -lt $deadline ] || { kill $pid; echo "no window within 30 s" >"$1"; exit 1; }
         sleep 0.005
       done
       shown=$(date +%s%N)
       rss=$(awk "/VmRSS/ {print \$2}" /proc/$pid/status)
       kill $pid; wait $pid 2>/dev/null || true
-      echo "$(( (shown - start) / 1000000 )) ms, $(( rss / 1024 )) MB resident"
-    ' "$build/typolet" 2>/dev/null) || true
-  echo "run $run: $result"
+      echo "$(( (shown - start) / 1000000 )) ms, $(( rss / 1024 )) MB resident" >"$1"
+    ' "$build/typolet" "$work/result" >/dev/null 2>&1 </dev/null || true
+  # The result goes through a file: services the session bus started (the accessibility
+  # registry) may outlive it and would hold a pipe open.
+  echo "run $run: $(cat "$work/result" 2>/dev/null || echo failed)"
 done

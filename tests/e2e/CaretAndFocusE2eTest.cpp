@@ -173,6 +173,51 @@ private slots:
                                                QStringLiteral("\nTypolet: ") + session.typoletOutput().right(800)));
     }
 
+    // A key held back while a command waits for its word to end belongs to the view it was
+    // typed in: when a program moves the focus before Typolet lets the key go, the other view
+    // never gets it. Typolet is stopped for a moment so that the key is surely held when the
+    // focus moves.
+    void aHeldKeyNeverReachesAnotherWindow() {
+        XSession session;
+        QVERIFY2(session.startWith({{";addr", QStringLiteral("1 Main St")}}, Target::GtkTextView,
+                                   {";addr"}),
+                 qPrintable(session.log()));
+        const QString first = session.targetWindow();
+        const QString secondFile = session.file(QStringLiteral("second"));
+        QVERIFY(session.startGtkTextView({QStringLiteral("--out"), secondFile, QStringLiteral("--title"),
+                                          QStringLiteral("second")}));
+        const QString second = session.targetWindow();
+        const auto focus = [&](const QString& window) {
+            return session.run(QStringLiteral("xdotool"), {QStringLiteral("windowfocus"),
+                                                           QStringLiteral("--sync"), window});
+        };
+        const QString notes = QStringLiteral("notes");
+        QVERIFY(focus(second));
+        QVERIFY(perform(session, true, {"text:" + notes}));
+        QVERIFY(XSession::waitFor([&] { return XSession::readText(secondFile) == notes; }));
+
+        QVERIFY(focus(first));
+        QVERIFY(perform(session, true, {QStringLiteral("text:;addr")}));
+        QVERIFY(XSession::waitFor(
+            [&] { return session.typoletOutput().contains(QLatin1String("Waiting for a word to end")); }));
+        const qint64 pid = session.typolet()->processId();
+        QCOMPARE(::kill(static_cast<pid_t>(pid), SIGSTOP), 0);
+        auto resume = qScopeGuard([pid] { ::kill(static_cast<pid_t>(pid), SIGCONT); });
+        QVERIFY(perform(session, true, {QStringLiteral("text:x")}));
+        QVERIFY(focus(second));
+        QCOMPARE(::kill(static_cast<pid_t>(pid), SIGCONT), 0);
+        resume.dismiss();
+        QVERIFY(XSession::waitFor(
+            [&] { return session.typoletOutput().contains(QLatin1String("Focus changed")); }));
+        // Anything let go would reach the second view now: give it the time to arrive.
+        QVERIFY(perform(session, true, {QStringLiteral("text:!")}));
+        const QString expected = notes + QStringLiteral("!");
+        QVERIFY2(XSession::waitFor([&] { return XSession::readText(secondFile) == expected; }),
+                 qPrintable(XSession::readText(secondFile) + QStringLiteral("\nTypolet: ") +
+                            session.typoletOutput().right(800)));
+        QCOMPARE(session.shownText(), QStringLiteral(";addr"));
+    }
+
     // Keys typed while Typolet cannot run (stopped, as under memory pressure) are read late,
     // all at once: the command among them is text the user typed on from, not a fresh one.
     void keysTypedWhileTypoletWasStoppedEraseNothing() {

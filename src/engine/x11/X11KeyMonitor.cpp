@@ -1,6 +1,7 @@
 #include "X11KeyMonitor.h"
 
 #include "X11ConnectionLoss.h"
+#include "Logging.h"
 
 #include <QSocketNotifier>
 #include <X11/XKBlib.h>
@@ -259,6 +260,7 @@ void X11KeyMonitor::rawKey(int master, int source, uint32_t keyCode, unsigned lo
     if (!press) {
         if (m_repeating.value(source).keyCode == keyCode)
             stopRepeating(source, time);
+        m_droppedPresses.remove(keyCode); // let go after the hold: nothing more to keep back
         return;
     }
     // The server repeats only the last repeating key pressed on a device.
@@ -368,6 +370,8 @@ KeyMonitor::HoldResult X11KeyMonitor::holdKeys(HeldKeyFilter onHeld) {
     }
     m_holding = grabbed;
     m_heldAgain = false;
+    if (grabbed)
+        m_focusWhenHeld = inputFocus();
     result.holding = grabbed;
     m_slipped = &result.slipped;
     while (XEventsQueued(m_display, QueuedAlready) > 0) {
@@ -436,10 +440,42 @@ void X11KeyMonitor::replayHeld() {
     m_replaying = false;
 }
 
+unsigned long X11KeyMonitor::inputFocus() {
+    Window focus = None;
+    int revertTo = 0;
+    XGetInputFocus(m_display, &focus, &revertTo);
+    return focus;
+}
+
+void X11KeyMonitor::dropHeldPresses() {
+    // Releases stay: the application saw those keys go down before the hold.
+    QSet<uint32_t> dropped;
+    qsizetype presses = 0;
+    m_held.removeIf([&](const HeldEvent& held) {
+        if (held.press) {
+            dropped.insert(held.stroke.keyCode);
+            ++presses;
+            return true;
+        }
+        return dropped.remove(held.stroke.keyCode);
+    });
+    // Still down: their repeats and release, held or not, are kept from the application too.
+    m_droppedPresses.unite(dropped);
+    if (presses > 0)
+        qCInfo(lcEngine).noquote()
+            << QStringLiteral("The focus moved while %1 key press(es) were held: they were "
+                              "typed for the window left behind and are dropped")
+                   .arg(presses);
+}
+
 void X11KeyMonitor::releaseKeys() {
     m_heldAgain = false;
     m_ownOutput = true; // the replay goes out through XTEST
     if (m_holding) {
+        // The replay goes wherever the focus is now: keys typed for a window the focus has
+        // left since would land in another one.
+        if (inputFocus() != m_focusWhenHeld)
+            dropHeldPresses();
         for (;;) {
             replayHeld();
             if (m_heldAgain)

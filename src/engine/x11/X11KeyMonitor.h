@@ -84,6 +84,8 @@ private:
     const RepeatControls& controlsOf(int device);
     void scanDevices();
     void replayHeld();
+    void dropHeldPresses();
+    unsigned long inputFocus();
     void endOwnOutput();
     // Watches the window that has the keyboard focus now, so that its losing the focus is
     // seen in order with the keys, whoever moved it (a window manager or any program).
@@ -116,6 +118,7 @@ private:
     bool m_heldAgain = false;
     QList<int> m_grabbed;
     QList<HeldEvent> m_held;
+    unsigned long m_focusWhenHeld = 0; // where the held keys were typed
     QSet<uint32_t> m_droppedPresses; // held key-downs the engine kept from the application
     HeldKeyFilter m_onHeld;
     QList<KeyStroke>* m_slipped = nullptr; // while a hold begins: where keys are reported
