@@ -96,6 +96,13 @@ public:
     // characters are ignored (a Tab may leave the field: it empties the buffer instead).
     static bool isAccepted(QStringView character);
 
+    // Told by the key monitor; public so that an engine that only matches can be told too.
+    // A click may have moved the caret: nothing typed before it may be erased.
+    void pointerPressed();
+    // Another window may have the focus: what was typed, an undo and a waiting command belong
+    // to the window they were typed in.
+    void focusChanged();
+
 private:
     void startMonitoring();
     // Why typed keys are not looked at now; empty when they are.
@@ -120,11 +127,6 @@ private:
     bool wordEndDecided(const QString& next, bool reachedApplication);
     // No expansion after all: held keys go on to the application.
     void stopAwaiting();
-    // A click may have moved the caret: nothing typed before it may be erased.
-    void pointerPressed();
-    // Another window may have the focus: what was typed, an undo and a waiting command belong
-    // to the window they were typed in.
-    void focusChanged();
     // The platform's number for the focused window; 0 where it cannot tell.
     quint64 focusedWindow() const;
     // Nothing typed so far completes a command (the buffer, an undo, a waiting command).

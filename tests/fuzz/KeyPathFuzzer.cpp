@@ -1,8 +1,10 @@
-// The key path as a program: each input is a run of keys, BackSpaces, pauses, snippet edits and
-// finished outputs played against a matching engine over the real store. After every step the
-// engine must agree with a model of what was typed: the buffer is the typed text since the
-// last reset, it expands exactly when the plain matching rule says so, and it never erases more
-// than was typed nor expands on a blank command.
+// The key path as a program: each input is a run of keys, BackSpaces, caret keys, clicks, focus
+// changes, pauses, snippet edits and finished outputs played against a matching engine over
+// the real store. After every step the engine must agree with a model of what was typed: the
+// buffer is the typed text since the last caret move, it expands exactly when the plain
+// matching rule says so, it never erases more than was typed since the caret last moved nor
+// expands on a blank command, and a BackSpace undoes an expansion only right after it, in the
+// window it went to.
 #include "GraphemeText.h"
 #include "KeyTranslator.h"
 #include "RecordingKeyboardOutput.h"
@@ -73,6 +75,11 @@ struct Session {
     double now = 1000;
     double lastKey = now;
     qsizetype typedUnits = 0; // accepted text since the last reset, in UTF-16 units
+    // The command of the expansion whose output finished last, while nothing else has come
+    // since (no key, click or focus change): only then may a BackSpace put it back.
+    std::optional<QString> undoable;
+    double finishedAt = 0;
+    std::optional<QString> expanding; // the command whose content is going out
     TextExpander engine;
 
     explicit Session(SnippetStore& store) : engine(store, &output, [this] { return now; }) {
@@ -91,9 +98,19 @@ void key(Session& s, const QList<Snippet>& snippets, const QString& text) {
         s.typedUnits = 0;
     const QString base = paused ? QString() : before;
 
+    const std::optional<QString> undoable = std::exchange(s.undoable, std::nullopt);
     s.engine.handleKeyPress(text);
     const QString after = s.engine.buffer();
     require(s.output.performed.size() - performed <= 1, "one key starts at most one expansion");
+    if (text == QChar(0x08) && s.output.performed.size() > performed) {
+        // Erasing the content again is safe only right where it was typed, and soon.
+        require(undoable && !wasExpanding && s.now - s.finishedAt <= TextExpander::bufferTimeout,
+                "a BackSpace undoes only the expansion that finished just before it");
+        require(after == *undoable, "an undo puts the command back before the caret");
+        s.expanding.reset(); // putting the command back is not undone in turn
+        s.typedUnits = after.size();
+        return;
+    }
 
     const bool movesTheCaret =
         text.size() == 1 && (QStringView(u"\t\r\n\x7f\x1c\x1d\x1e\x1f").contains(text.front()) ||
@@ -133,6 +150,7 @@ void key(Session& s, const QList<Snippet>& snippets, const QString& text) {
                                                       TextExpander::typeableText(hit.content, leftOut)),
                     "expands the snippet the plain rule picks, with its command's length");
             require(after.isEmpty() && s.engine.isExpanding(), "an expansion starts from an empty buffer");
+            s.expanding = hit.command;
         } else {
             require(s.output.performed.size() == performed, "no expansion without a match, or while one runs");
             // A match while the last expansion is still typed cannot be placed: the buffer starts over.
@@ -205,10 +223,27 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             case 6: session.now += (in.next() % 16) * 0.25; break;
             case 7:
             case 8: edit(store, in); break;
-            case 9:
+            case 9: {
+                const bool wasExpanding = session.engine.isExpanding();
                 session.output.finish();
                 require(!session.engine.isExpanding(), "a finished output ends the expansion");
+                if (wasExpanding) {
+                    session.undoable = std::exchange(session.expanding, std::nullopt);
+                    session.finishedAt = session.now;
+                }
                 break;
+            }
+            case 10: {
+                // A click or another window: the caret may be anywhere now.
+                if (in.next() % 2)
+                    session.engine.focusChanged();
+                else
+                    session.engine.pointerPressed();
+                require(session.engine.buffer().isEmpty(), "a click or a focus change clears the buffer");
+                session.typedUnits = 0;
+                session.undoable.reset();
+                break;
+            }
             default: key(session, store.snippets(), in.key()); break;
             }
         }
