@@ -2,6 +2,10 @@
 // Prints the time from loading the settings file to the editor window painted, the peak
 // resident memory then, and the time to show the large snippet and an ordinary one in the
 // editor, each against its target. Runs on the offscreen platform unless QT_QPA_PLATFORM says otherwise.
+//
+//   bench_large_library                          the measurement
+//   bench_large_library --write FILE [LENGTH]    only writes such a library (N snippets, each
+//                                                content LENGTH characters) for bench/startup_time.sh
 #include "ContentView.h"
 #include "SnippetStore.h"
 #include "TemporarySettings.h"
@@ -12,6 +16,7 @@
 #include <QPixmap>
 #include <QProcess>
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 const int snippetCount = qEnvironmentVariableIntValue("N") ? qEnvironmentVariableIntValue("N") : 100000;
@@ -82,22 +87,29 @@ int main(int argc, char** argv) {
     if (argc == 2)
         return measure(QString::fromLocal8Bit(argv[1]));
 
+    const bool writeOnly = argc >= 3 && qstrcmp(argv[1], "--write") == 0;
+    const int contentLength = writeOnly && argc >= 4 ? std::atoi(argv[3]) : 0;
     TemporarySettings settings;
+    const QString path = writeOnly ? QString::fromLocal8Bit(argv[2]) : settings.path();
     {
-        SnippetStore writer(settings.path());
+        SnippetStore writer(path);
         QList<Snippet> snippets;
         snippets.reserve(snippetCount);
-        for (int i = 0; i < snippetCount; ++i)
-            snippets.append(Snippet::create(
-                QStringLiteral(";s%1").arg(i),
-                QStringLiteral("Snippet number %1 — a line of text\nand a second one").arg(i),
-                Category::defaultCategoryId));
+        for (int i = 0; i < snippetCount; ++i) {
+            QString content = QStringLiteral("Snippet number %1 — a line of text\nand a second one").arg(i);
+            if (contentLength > 0)
+                content = content.repeated(contentLength / int(content.size()) + 1).left(contentLength);
+            snippets.append(Snippet::create(QStringLiteral(";s%1").arg(i), content,
+                                            Category::defaultCategoryId));
+        }
         writer.setSnippets(std::move(snippets));
         if (writer.saveSnippets()) {
             std::fprintf(stderr, "could not write the library\n");
             return 1;
         }
     }
+    if (writeOnly)
+        return 0;
     QProcess child;
     child.setProcessChannelMode(QProcess::ForwardedChannels);
     child.start(QCoreApplication::applicationFilePath(), {settings.path()});

@@ -324,6 +324,7 @@ bool unescape(QByteArrayView raw, QString& text, QStringList& list) {
 // (nullopt) on anything the general reading must settle: a list, a literal byte from 0x80 up,
 // an escape beyond one byte, text around the quotes.
 std::optional<QByteArray> fastByteArray(QByteArrayView raw) {
+    constexpr qsizetype readAheadRoom = 64;
     static constexpr QByteArrayView prefix("@ByteArray(");
     qsizetype begin = 0;
     qsizetype end = raw.size();
@@ -348,7 +349,11 @@ std::optional<QByteArray> fastByteArray(QByteArrayView raw) {
         else if (c >= 0x80 || c == '"' || (!quoted && c == ','))
             return std::nullopt;
     }
-    QByteArray out(end - begin, Qt::Uninitialized);
+    // Room after the end: the JSON reader parses a value in place when it may read a little
+    // past it, instead of copying megabytes into a buffer of its own.
+    QByteArray out;
+    out.reserve(end - begin + readAheadRoom);
+    out.resize(end - begin);
     char* dst = out.data();
     while (in < stop) {
         const char* const run = find(in, stop, '\\');

@@ -133,7 +133,11 @@ template <typename Record>
 std::optional<QList<Record>> decodeList(const QByteArray& json, int* unreadable) {
     simdjson::dom::parser parser;
     simdjson::dom::element document;
-    if (parser.parse(json.constData(), size_t(json.size())).get(document) == simdjson::SUCCESS) {
+    // A list read from the library file comes with room after its end, so the parser reads it
+    // where it is rather than in a padded copy.
+    const bool padded = json.capacity() - json.size() >= qsizetype(simdjson::SIMDJSON_PADDING);
+    if (parser.parse(json.constData(), size_t(json.size()), !padded).get(document) ==
+        simdjson::SUCCESS) {
         simdjson::dom::array array;
         if (document.get_array().get(array) != simdjson::SUCCESS)
             return std::nullopt;
