@@ -8,7 +8,9 @@
 #include "KeyboardLayoutCatalogue.h"
 #include "Logging.h"
 #include "LibevdevDeviceAccess.h"
+#include "LogindSessionWatch.h"
 #include "PermissionGuidance.h"
+#include "SwayLayoutWatch.h"
 #include "SystemClipboard.h"
 #include "TextExpander.h"
 #include "UdevHotplugSource.h"
@@ -17,6 +19,7 @@
 #include "WaylandKeymapSource.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
 
 EvdevEngineBootstrap::EvdevEngineBootstrap(bool withWindows, const QString& inputFolder,
                                            const QString& uinputPath)
@@ -33,6 +36,8 @@ EvdevEngineBootstrap::EvdevEngineBootstrap(bool withWindows, const QString& inpu
       m_clipboard(std::make_unique<SystemClipboard>()), m_uinputPath(uinputPath) {
     EvdevKeyMonitor* monitor = m_monitor.get();
     m_output->setKeyboardStateQuery([monitor] { return monitor->currentState(); });
+    WaylandKeymapSource* keymaps = m_keymaps.get();
+    m_monitor->setGroupReport([keymaps] { return keymaps->reportedGroup(); });
 }
 
 EvdevEngineBootstrap::~EvdevEngineBootstrap() {
@@ -84,6 +89,18 @@ bool EvdevEngineBootstrap::start(SnippetStore& store) {
     // virtual keyboard, made once and kept for the whole session.
     m_keymaps->connectToCompositor();
     m_keymaps->followDesktopLayoutSwitches();
+    m_swayLayouts = std::make_unique<SwayLayoutWatch>();
+    if (m_swayLayouts->connectToSway(qEnvironmentVariable("SWAYSOCK")))
+        QObject::connect(m_swayLayouts.get(), &SwayLayoutWatch::groupChanged, m_keymaps.get(),
+                         &WaylandKeymapSource::setCompositorGroup);
+    // While another user's session has the seat, no key is read and none is typed.
+    m_session = std::make_unique<LogindSessionWatch>(QDBusConnection::systemBus());
+    QObject::connect(m_session.get(), &LogindSessionWatch::activeChanged, m_monitor.get(),
+                     [this](bool active) {
+                         m_monitor->setSessionActive(active);
+                         m_output->setSessionActive(active);
+                     });
+    m_session->start(qEnvironmentVariable("XDG_SESSION_ID"));
     QString error;
     m_virtualKeyboard = UinputDevice::create(m_uinputPath, error);
     if (m_virtualKeyboard)

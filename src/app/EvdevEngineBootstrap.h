@@ -14,6 +14,8 @@ class EvdevKeyboardFinder;
 class EvdevPermissionProbe;
 class InputDeviceAccess;
 class KeyTranslator;
+class LogindSessionWatch;
+class SwayLayoutWatch;
 class UinputDevice;
 class UinputKeyboardOutput;
 class WaylandKeymapSource;
@@ -72,6 +74,8 @@ private:
     std::unique_ptr<UinputKeyboardOutput> m_output;
     std::unique_ptr<AtSpiSecureInputWatch> m_secureInput;
     std::unique_ptr<SystemClipboard> m_clipboard;
+    std::unique_ptr<SwayLayoutWatch> m_swayLayouts;
+    std::unique_ptr<LogindSessionWatch> m_session;
     QString m_uinputPath;
     std::function<void(const QString&)> m_layoutInUse;
 };
