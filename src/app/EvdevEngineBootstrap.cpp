@@ -17,6 +17,7 @@
 #include "UinputDevice.h"
 #include "UinputKeyboardOutput.h"
 #include "WaylandKeymapSource.h"
+#include "WaylandVirtualKeyboardOutput.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -32,6 +33,7 @@ EvdevEngineBootstrap::EvdevEngineBootstrap(bool withWindows, const QString& inpu
       m_monitor(std::make_unique<EvdevKeyMonitor>(*m_keymaps, *m_access, *m_finder,
                                                   m_hotplug.get())),
       m_output(std::make_unique<UinputKeyboardOutput>(*m_keymaps)),
+      m_compositorOutput(std::make_unique<WaylandVirtualKeyboardOutput>()),
       m_secureInput(std::make_unique<AtSpiSecureInputWatch>()),
       m_clipboard(std::make_unique<SystemClipboard>()), m_uinputPath(uinputPath) {
     EvdevKeyMonitor* monitor = m_monitor.get();
@@ -60,8 +62,17 @@ QString EvdevEngineBootstrap::keymapOrigin() const {
 }
 
 QString EvdevEngineBootstrap::layoutInUse() const {
-    return QCoreApplication::translate("EvdevEngineBootstrap", "%1, from %2")
-        .arg(m_keymaps->layoutName(), keymapOrigin());
+    return QCoreApplication::translate("EvdevEngineBootstrap", "%1, from %2; typing %3")
+        .arg(m_keymaps->layoutName(), keymapOrigin(), typingDescription(m_typing));
+}
+
+QString EvdevEngineBootstrap::typingDescription(Typing typing) {
+    if (typing == Typing::Compositor)
+        return QCoreApplication::translate(
+            "EvdevEngineBootstrap",
+            "through the compositor's virtual keyboard (any character, whatever the layout)");
+    return QCoreApplication::translate("EvdevEngineBootstrap",
+                                       "through the uinput virtual keyboard (the layout's keys)");
 }
 
 void EvdevEngineBootstrap::setKeyboardLayout(const QString& name) {
@@ -99,20 +110,32 @@ bool EvdevEngineBootstrap::start(SnippetStore& store) {
                      [this](bool active) {
                          m_monitor->setSessionActive(active);
                          m_output->setSessionActive(active);
+                         m_compositorOutput->setSessionActive(active);
                      });
     m_session->start(qEnvironmentVariable("XDG_SESSION_ID"));
-    QString error;
-    m_virtualKeyboard = UinputDevice::create(m_uinputPath, error);
-    if (m_virtualKeyboard)
-        m_output->setDevice(m_virtualKeyboard->fd());
-    else
-        qCWarning(lcEngine).noquote()
-            << QStringLiteral("Cannot make the virtual keyboard through %1: %2")
-                   .arg(m_uinputPath, error);
+    KeyboardOutput* output = m_output.get();
+    if (m_compositorOutput->connectToCompositor()) {
+        m_typing = Typing::Compositor;
+        m_permissions->setCompositorTypes(true);
+        output = m_compositorOutput.get();
+        qCInfo(lcEngine).noquote()
+            << QStringLiteral("Typing through the compositor's virtual keyboard");
+    } else {
+        QString error;
+        m_virtualKeyboard = UinputDevice::create(m_uinputPath, error);
+        if (m_virtualKeyboard)
+            m_output->setDevice(m_virtualKeyboard->fd());
+        else
+            qCWarning(lcEngine).noquote()
+                << QStringLiteral("Cannot make the virtual keyboard through %1: %2")
+                       .arg(m_uinputPath, error);
+    }
+    if (m_layoutInUse)
+        m_layoutInUse(layoutInUse());
     const bool listening = startEngine(
         store,
-        EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), m_output.get(),
-                       nullptr, m_secureInput.get()},
+        EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), output, nullptr,
+                       m_secureInput.get()},
         m_clipboard.get());
     if (listening)
         m_secureInput->start();

@@ -18,6 +18,7 @@ class LogindSessionWatch;
 class SwayLayoutWatch;
 class UinputDevice;
 class UinputKeyboardOutput;
+class WaylandVirtualKeyboardOutput;
 class WaylandKeymapSource;
 class QKeySequence;
 class SnippetStore;
@@ -28,6 +29,10 @@ class SystemClipboard;
 // virtual keyboard that types, and the password-field watch (AT-SPI, which works the same on
 // Wayland); then the engine over them, then the start-up permission guidance. It offers what
 // EngineBootstrap offers, so main drives either; it owns every piece.
+//
+// Typing goes through the compositor where it offers virtual keyboards (wlroots compositors):
+// any character can be typed there, whatever the layout, and /dev/uinput is not needed.
+// Elsewhere a uinput virtual keyboard types with the keys of the session's layout.
 class EvdevEngineBootstrap : public EngineHost {
 public:
     // `withWindows` is false when no window can be shown: the guidance then goes to the
@@ -59,8 +64,11 @@ public:
     EvdevPermissionProbe& permissions() { return *m_permissions; }
     WaylandKeymapSource& keymaps() { return *m_keymaps; }
     QString keymapOrigin() const;
-    // The layout in use and where it comes from, as a person reads it.
+    // The layout in use and where it comes from, and the way Typolet types, as a person reads it.
     QString layoutInUse() const;
+    enum class Typing { Compositor, Uinput };
+    Typing typing() const { return m_typing; }
+    static QString typingDescription(Typing typing);
 
 private:
     std::unique_ptr<InputDeviceAccess> m_access;
@@ -72,6 +80,8 @@ private:
     std::unique_ptr<EvdevKeyMonitor> m_monitor;
     std::unique_ptr<UinputDevice> m_virtualKeyboard; // outlives the output that writes to it
     std::unique_ptr<UinputKeyboardOutput> m_output;
+    std::unique_ptr<WaylandVirtualKeyboardOutput> m_compositorOutput;
+    Typing m_typing = Typing::Uinput;
     std::unique_ptr<AtSpiSecureInputWatch> m_secureInput;
     std::unique_ptr<SystemClipboard> m_clipboard;
     std::unique_ptr<SwayLayoutWatch> m_swayLayouts;

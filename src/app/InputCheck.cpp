@@ -4,6 +4,7 @@
 #include "EvdevKeyboardFinder.h"
 #include "EvdevPermissionProbe.h"
 #include "WaylandKeymapSource.h"
+#include "WaylandVirtualKeyboardOutput.h"
 #include "KeymapSource.h"
 #include "X11KeymapSource.h"
 #include "X11PermissionProbe.h"
@@ -69,14 +70,21 @@ bool InputCheck::evdev(QTextStream& out, EvdevEngineBootstrap& engine) {
         out << tr("Other input devices that cannot be read: %1").arg(unreadable - locked.size()) << '\n';
 
     EvdevPermissionProbe& probe = engine.permissions();
-    const bool canType = probe.canPostKeys();
-    if (canType)
+    const bool uinputWorks = probe.canPostKeys();
+    if (uinputWorks)
         out << tr("Virtual keyboard: %1 is writable").arg(probe.uinputPath()) << '\n';
     else if (!QFileInfo::exists(probe.uinputPath()))
-        out << tr("Virtual keyboard: %1 does not exist (is the uinput module loaded?)").arg(probe.uinputPath())
+        out << tr("Virtual keyboard: %1 does not exist (sudo modprobe uinput loads it)").arg(probe.uinputPath())
             << '\n';
     else
         out << tr("Virtual keyboard: %1 is not writable").arg(probe.uinputPath()) << '\n';
+    // The compositor's own virtual keyboards come first where it offers them.
+    WaylandVirtualKeyboardOutput compositor;
+    const bool compositorTypes = compositor.connectToCompositor();
+    const auto typing = compositorTypes ? EvdevEngineBootstrap::Typing::Compositor
+                                        : EvdevEngineBootstrap::Typing::Uinput;
+    out << tr("Typing: %1").arg(EvdevEngineBootstrap::typingDescription(typing)) << '\n';
+    const bool canType = compositorTypes || uinputWorks;
 
     engine.keymaps().connectToCompositor(); // the system's configuration without one
     out << tr("Keymap: from %1; layouts: %2").arg(engine.keymapOrigin(), layouts(engine.keymaps()))

@@ -124,6 +124,7 @@ class WaylandKeymapE2eTest : public QObject {
 private slots:
     void followsTheSeatsKeyboard();
     void followsSwaysActiveLayout();
+    void checkInputNamesTheCompositorsWayOfTyping();
     void typesThroughTheCompositorsVirtualKeyboard_data();
     void typesThroughTheCompositorsVirtualKeyboard();
 };
@@ -165,6 +166,23 @@ void WaylandKeymapE2eTest::followsSwaysActiveLayout() {
     QTRY_COMPARE(groups, QList<uint>({0, 1}));
     QVERIFY(sway.setModifiers(0, 0, 0, 0, 0));
     QTRY_COMPARE(groups, QList<uint>({0, 1, 0}));
+}
+
+// `typolet --check-input` in a sway session of a machine without /dev/uinput: the compositor
+// types.
+void WaylandKeymapE2eTest::checkInputNamesTheCompositorsWayOfTyping() {
+    HeadlessSway sway;
+    QVERIFY2(!sway.socketName().isEmpty(), qPrintable(sway.log()));
+    QProcess typolet;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("TYPOLET_BACKEND", "evdev");
+    env.insert("WAYLAND_DISPLAY", sway.socketPath());
+    typolet.setProcessEnvironment(env);
+    typolet.start(TYPOLET_BINARY, {"--check-input"});
+    QVERIFY(typolet.waitForFinished(30000));
+    const QString out = QString::fromUtf8(typolet.readAllStandardOutput());
+    QVERIFY2(out.contains("Typing: through the compositor's virtual keyboard"), qPrintable(out));
+    QVERIFY2(out.contains("Typing keys: yes."), qPrintable(out));
 }
 
 void WaylandKeymapE2eTest::typesThroughTheCompositorsVirtualKeyboard_data() {

@@ -22,9 +22,13 @@ public:
     QString postProblem() const override;
 
     const QString& uinputPath() const { return m_uinputPath; }
+    // The compositor types for Typolet (its virtual keyboard protocol): keys can be posted
+    // without /dev/uinput.
+    void setCompositorTypes(bool types) { m_compositorTypes = types; }
 
 private:
     InputDeviceAccess& m_access;
     const EvdevKeyboardFinder& m_keyboards;
     QString m_uinputPath;
+    bool m_compositorTypes = false;
 };
