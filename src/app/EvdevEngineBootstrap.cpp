@@ -9,6 +9,7 @@
 #include "Logging.h"
 #include "LibevdevDeviceAccess.h"
 #include "LogindSessionWatch.h"
+#include "PortalKeyboardOutput.h"
 #include "PermissionGuidance.h"
 #include "SwayLayoutWatch.h"
 #include "SystemClipboard.h"
@@ -34,6 +35,7 @@ EvdevEngineBootstrap::EvdevEngineBootstrap(bool withWindows, const QString& inpu
                                                   m_hotplug.get())),
       m_output(std::make_unique<UinputKeyboardOutput>(*m_keymaps)),
       m_compositorOutput(std::make_unique<WaylandVirtualKeyboardOutput>()),
+      m_portalOutput(std::make_unique<PortalKeyboardOutput>(QDBusConnection::sessionBus(), *m_output)),
       m_secureInput(std::make_unique<AtSpiSecureInputWatch>()),
       m_clipboard(std::make_unique<SystemClipboard>()), m_uinputPath(uinputPath) {
     EvdevKeyMonitor* monitor = m_monitor.get();
@@ -66,11 +68,19 @@ QString EvdevEngineBootstrap::layoutInUse() const {
         .arg(m_keymaps->layoutName(), keymapOrigin(), typingDescription(m_typing));
 }
 
+void EvdevEngineBootstrap::setRemoteDesktopTokenStore(std::function<QString()> load,
+                                                      std::function<void(const QString&)> save) {
+    m_portalOutput->setTokenStore(std::move(load), std::move(save));
+}
+
 QString EvdevEngineBootstrap::typingDescription(Typing typing) {
     if (typing == Typing::Compositor)
         return QCoreApplication::translate(
             "EvdevEngineBootstrap",
             "through the compositor's virtual keyboard (any character, whatever the layout)");
+    if (typing == Typing::Portal)
+        return QCoreApplication::translate(
+            "EvdevEngineBootstrap", "through the desktop's remote desktop portal");
     return QCoreApplication::translate("EvdevEngineBootstrap",
                                        "through the uinput virtual keyboard (the layout's keys)");
 }
@@ -111,16 +121,27 @@ bool EvdevEngineBootstrap::start(SnippetStore& store) {
                          m_monitor->setSessionActive(active);
                          m_output->setSessionActive(active);
                          m_compositorOutput->setSessionActive(active);
+                         m_portalOutput->setSessionActive(active);
                      });
     m_session->start(qEnvironmentVariable("XDG_SESSION_ID"));
     KeyboardOutput* output = m_output.get();
     if (m_compositorOutput->connectToCompositor()) {
         m_typing = Typing::Compositor;
-        m_permissions->setCompositorTypes(true);
+        m_permissions->setTypesWithoutUinput(true);
         output = m_compositorOutput.get();
         qCInfo(lcEngine).noquote()
             << QStringLiteral("Typing through the compositor's virtual keyboard");
     } else {
+        // The portal types once the desktop said yes; the uinput keyboard until then.
+        output = m_portalOutput.get();
+        QObject::connect(m_portalOutput.get(), &PortalKeyboardOutput::readyChanged,
+                         m_portalOutput.get(), [this](bool ready) {
+                             m_typing = ready ? Typing::Portal : Typing::Uinput;
+                             m_permissions->setTypesWithoutUinput(ready);
+                             if (m_layoutInUse)
+                                 m_layoutInUse(layoutInUse());
+                         });
+        m_portalOutput->start();
         QString error;
         m_virtualKeyboard = UinputDevice::create(m_uinputPath, error);
         if (m_virtualKeyboard)

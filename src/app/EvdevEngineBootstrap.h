@@ -18,6 +18,7 @@ class LogindSessionWatch;
 class SwayLayoutWatch;
 class UinputDevice;
 class UinputKeyboardOutput;
+class PortalKeyboardOutput;
 class WaylandVirtualKeyboardOutput;
 class WaylandKeymapSource;
 class QKeySequence;
@@ -32,7 +33,9 @@ class SystemClipboard;
 //
 // Typing goes through the compositor where it offers virtual keyboards (wlroots compositors):
 // any character can be typed there, whatever the layout, and /dev/uinput is not needed.
-// Elsewhere a uinput virtual keyboard types with the keys of the session's layout.
+// Elsewhere the desktop's remote desktop portal types once the user allowed it (GNOME, KDE
+// Plasma), and a uinput virtual keyboard with the keys of the session's layout until then or
+// where there is no portal.
 class EvdevEngineBootstrap : public EngineHost {
 public:
     // `withWindows` is false when no window can be shown: the guidance then goes to the
@@ -56,6 +59,9 @@ public:
 
     // The layout chosen in Preferences ("de", "de(nodeadkeys)"); empty: the desktop's.
     void setKeyboardLayout(const QString& name);
+    // Where the portal's restore token is kept between runs.
+    void setRemoteDesktopTokenStore(std::function<QString()> load,
+                                    std::function<void(const QString&)> save);
     // Told the layout in use now, and again whenever it changes.
     void setLayoutInUseHandler(std::function<void(const QString&)> handler);
 
@@ -66,7 +72,7 @@ public:
     QString keymapOrigin() const;
     // The layout in use and where it comes from, and the way Typolet types, as a person reads it.
     QString layoutInUse() const;
-    enum class Typing { Compositor, Uinput };
+    enum class Typing { Compositor, Portal, Uinput };
     Typing typing() const { return m_typing; }
     static QString typingDescription(Typing typing);
 
@@ -81,6 +87,7 @@ private:
     std::unique_ptr<UinputDevice> m_virtualKeyboard; // outlives the output that writes to it
     std::unique_ptr<UinputKeyboardOutput> m_output;
     std::unique_ptr<WaylandVirtualKeyboardOutput> m_compositorOutput;
+    std::unique_ptr<PortalKeyboardOutput> m_portalOutput;
     Typing m_typing = Typing::Uinput;
     std::unique_ptr<AtSpiSecureInputWatch> m_secureInput;
     std::unique_ptr<SystemClipboard> m_clipboard;

@@ -7,6 +7,7 @@
 #include "FakeInputDevices.h"
 #include "KeyTranslator.h"
 #include "LogindSessionWatch.h"
+#include "PrivateBus.h"
 #include "UinputKeyboardOutput.h"
 
 #include <QDBusConnection>
@@ -14,7 +15,6 @@
 #include <QDBusObjectPath>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 #include <fcntl.h>
@@ -34,23 +34,6 @@ QString keymapText(const QString& layouts, const QString& options) {
     xkb_context_unref(context);
     return result;
 }
-
-// A private session bus of the test's own, ended with the test.
-struct PrivateBus {
-    QProcess daemon;
-    QString address;
-    PrivateBus() {
-        daemon.start(QStringLiteral("dbus-daemon"),
-                     {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                      QStringLiteral("--print-address")});
-        if (daemon.waitForReadyRead(10000))
-            address = QString::fromUtf8(daemon.readLine()).trimmed();
-    }
-    ~PrivateBus() {
-        daemon.terminate();
-        daemon.waitForFinished();
-    }
-};
 
 // logind as far as a session's Active property goes: it answers GetSession and Properties.Get,
 // and announces a change with PropertiesChanged, as logind does.

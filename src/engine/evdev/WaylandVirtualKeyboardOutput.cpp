@@ -232,11 +232,13 @@ void WaylandVirtualKeyboardOutput::step() {
     // What the last batch left in the connection goes first: a compositor that is behind
     // gets the time it needs.
     if (wl_display_flush(m_wayland->display) < 0) {
-        if (errno != EAGAIN) {
-            readCompositor();
+        if (errno == EAGAIN) {
+            m_stepTimer.start(batchIntervalMs);
             return;
         }
-        m_stepTimer.start(batchIntervalMs);
+        qCWarning(lcEngine).noquote()
+            << QStringLiteral("Lost the connection to the compositor; Typolet cannot type");
+        QMetaObject::invokeMethod(this, [this] { lost(); }, Qt::QueuedConnection);
         return;
     }
     for (int taps = 0; taps < keysPerBatch && job.next < job.keysyms.size(); ++taps) {
