@@ -27,7 +27,8 @@ public:
             return false;
         const QString member = message.member();
         if (member == QLatin1String("NotifyKeyboardKeysym")) {
-            keys.append({message.arguments().value(2).toInt(), message.arguments().value(3).toUInt()});
+            keys.append(
+                {message.arguments().value(2).toInt(), message.arguments().value(3).toUInt()});
             return connection.send(message.createReply());
         }
         calls.append(member);
@@ -44,8 +45,8 @@ public:
             results.insert("session_handle", "/org/freedesktop/portal/desktop/session/1_2/typolet");
         if (member == QLatin1String("Start"))
             results = {{"devices", 1u}, {"restore_token", "token-after-start"}};
-        QDBusMessage response = QDBusMessage::createSignal(request, "org.freedesktop.portal.Request",
-                                                           "Response");
+        QDBusMessage response =
+            QDBusMessage::createSignal(request, "org.freedesktop.portal.Request", "Response");
         response << answer << results;
         return connection.send(response);
     }
@@ -54,8 +55,10 @@ public:
 struct Rig {
     PrivateBus bus;
     // Named after the bus: a name already used would hand back the connection of a bus gone.
-    QDBusConnection portalSide = QDBusConnection::connectToBus(bus.address, "portal " + bus.address);
-    QDBusConnection typoletSide = QDBusConnection::connectToBus(bus.address, "typolet " + bus.address);
+    QDBusConnection portalSide =
+        QDBusConnection::connectToBus(bus.address, "portal " + bus.address);
+    QDBusConnection typoletSide =
+        QDBusConnection::connectToBus(bus.address, "typolet " + bus.address);
     StandInPortal portal;
     RecordingKeyboardOutput uinput;
     PortalKeyboardOutput output{typoletSide, uinput};
@@ -107,7 +110,8 @@ private slots:
         QVERIFY2(!rig.bus.address.isEmpty(), "dbus-daemon did not start");
         QVERIFY(rig.serve());
         QString saved;
-        rig.output.setTokenStore([&] { return storedToken; }, [&](const QString& token) { saved = token; });
+        rig.output.setTokenStore([&] { return storedToken; },
+                                 [&](const QString& token) { saved = token; });
         QVERIFY(rig.output.start());
         QTRY_VERIFY(rig.output.isReady());
         QCOMPARE(rig.portal.calls, QStringList({"CreateSession", "SelectDevices", "Start"}));

@@ -78,12 +78,14 @@ void PortalKeyboardOutput::request(const QString& method, const QList<QVariant>&
     QString sender = m_bus.baseService().mid(1);
     sender.replace(u'.', u'_');
     if (!m_requestPath.isEmpty())
-        m_bus.disconnect(portalService, m_requestPath, requestInterface,
-                         QStringLiteral("Response"), this, SLOT(response(uint, QVariantMap)));
-    m_requestPath = QStringLiteral("/org/freedesktop/portal/desktop/request/%1/%2").arg(sender, token);
+        m_bus.disconnect(portalService, m_requestPath, requestInterface, QStringLiteral("Response"),
+                         this, SLOT(response(uint, QVariantMap)));
+    m_requestPath =
+        QStringLiteral("/org/freedesktop/portal/desktop/request/%1/%2").arg(sender, token);
     m_bus.connect(portalService, m_requestPath, requestInterface, QStringLiteral("Response"), this,
                   SLOT(response(uint, QVariantMap)));
-    QDBusMessage call = QDBusMessage::createMethodCall(portalService, portalPath, remoteDesktop, method);
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(portalService, portalPath, remoteDesktop, method);
     QList<QVariant> all = arguments;
     all.append(options);
     call.setArguments(all);
@@ -158,7 +160,9 @@ void PortalKeyboardOutput::fail(const QString& why) {
         emit readyChanged(false);
 }
 
-void PortalKeyboardOutput::sessionClosed() { fail(QStringLiteral("the desktop closed the session")); }
+void PortalKeyboardOutput::sessionClosed() {
+    fail(QStringLiteral("the desktop closed the session"));
+}
 
 void PortalKeyboardOutput::perform(const Expansion& actions, std::function<void()> finished) {
     if (m_job)
@@ -170,7 +174,8 @@ void PortalKeyboardOutput::perform(const Expansion& actions, std::function<void(
     m_job.emplace();
     m_job->finished = std::move(finished);
     if (!m_sessionActive) {
-        qCInfo(lcEngine).noquote() << QStringLiteral("Not typing: the session is not the active one");
+        qCInfo(lcEngine).noquote()
+            << QStringLiteral("Not typing: the session is not the active one");
         finish();
         return;
     }

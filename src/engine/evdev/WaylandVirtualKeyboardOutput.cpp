@@ -238,7 +238,8 @@ void WaylandVirtualKeyboardOutput::step() {
         }
         qCWarning(lcEngine).noquote()
             << QStringLiteral("Lost the connection to the compositor; Typolet cannot type");
-        QMetaObject::invokeMethod(this, [this] { lost(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this] { lost(); }, Qt::QueuedConnection);
         return;
     }
     for (int taps = 0; taps < keysPerBatch && job.next < job.keysyms.size(); ++taps) {
