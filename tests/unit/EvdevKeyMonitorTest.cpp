@@ -246,7 +246,13 @@ private slots:
         input_event event;
         QCOMPARE(::read(pipe[0], &event, sizeof event), ssize_t(-1)); // nothing was typed
 
+        // Back: logind gives the node's access back a moment after it says so.
+        session.devices.setReadable(QStringLiteral("event0"), false);
+        QSignalSpy back(&watch, &LogindSessionWatch::activeChanged);
         logind.switchTo(true);
+        QTRY_COMPARE(back.size(), 1);
+        QVERIFY(session.monitor.keyboardNames().isEmpty());
+        session.devices.setReadable(QStringLiteral("event0"), true);
         QTRY_COMPARE(session.monitor.keyboardNames(), QStringList{QStringLiteral("Keyboard 0")});
         QVERIFY(session.peer(0) != before);
         session.tap(0, KEY_A);

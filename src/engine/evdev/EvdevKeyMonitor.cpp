@@ -7,6 +7,7 @@
 #include "Logging.h"
 
 #include <QSocketNotifier>
+#include <QTimer>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -62,7 +63,10 @@ bool EvdevKeyMonitor::start(KeyHandler handler) {
 
 void EvdevKeyMonitor::openKeyboards() {
     for (const EvdevKeyboardFinder::Node& node : m_finder.scan()) {
-        if (!node.usable())
+        const bool known =
+            std::any_of(m_keyboards.begin(), m_keyboards.end(),
+                        [&node](const auto& keyboard) { return keyboard->path == node.path; });
+        if (known || !node.usable())
             continue;
         QString name;
         const int fd = m_finder.openKeyboard(node.path, &name);
@@ -90,8 +94,15 @@ void EvdevKeyMonitor::setSessionActive(bool active) {
     }
     qCInfo(lcEngine).noquote()
         << QStringLiteral("The session is the active one again; reading the keyboards");
-    if (m_started)
-        openKeyboards();
+    if (!m_started)
+        return;
+    openKeyboards();
+    // logind gives the nodes' access back as it switches sessions, which may be just after it
+    // announces the session active: a second look finds those that were not readable yet.
+    QTimer::singleShot(reopenAgainMs, this, [this] {
+        if (m_sessionActive)
+            openKeyboards();
+    });
 }
 
 KeyMonitor::HoldResult EvdevKeyMonitor::holdKeys(HeldKeyFilter onHeld) {

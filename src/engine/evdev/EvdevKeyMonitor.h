@@ -70,6 +70,7 @@ public:
     // the seat are another user's: every keyboard is closed, and reopened when it is again.
     void setSessionActive(bool active);
     bool sessionActive() const { return m_sessionActive; }
+    static constexpr int reopenAgainMs = 1000;
     // The modifiers held and locked on the user's keyboards now, and the active group (the
     // virtual keyboard types with them in mind).
     KeyboardState currentState();
