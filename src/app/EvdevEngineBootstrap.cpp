@@ -8,15 +8,20 @@
 #include "KeyboardLayoutCatalogue.h"
 #include "Logging.h"
 #include "LibevdevDeviceAccess.h"
+#include "LogindSessionWatch.h"
+#include "PortalKeyboardOutput.h"
 #include "PermissionGuidance.h"
+#include "SwayLayoutWatch.h"
 #include "SystemClipboard.h"
 #include "TextExpander.h"
 #include "UdevHotplugSource.h"
 #include "UinputDevice.h"
 #include "UinputKeyboardOutput.h"
 #include "WaylandKeymapSource.h"
+#include "WaylandVirtualKeyboardOutput.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
 
 EvdevEngineBootstrap::EvdevEngineBootstrap(bool withWindows, const QString& inputFolder,
                                            const QString& uinputPath)
@@ -29,10 +34,14 @@ EvdevEngineBootstrap::EvdevEngineBootstrap(bool withWindows, const QString& inpu
       m_monitor(std::make_unique<EvdevKeyMonitor>(*m_keymaps, *m_access, *m_finder,
                                                   m_hotplug.get())),
       m_output(std::make_unique<UinputKeyboardOutput>(*m_keymaps)),
+      m_compositorOutput(std::make_unique<WaylandVirtualKeyboardOutput>()),
+      m_portalOutput(std::make_unique<PortalKeyboardOutput>(QDBusConnection::sessionBus(), *m_output)),
       m_secureInput(std::make_unique<AtSpiSecureInputWatch>()),
       m_clipboard(std::make_unique<SystemClipboard>()), m_uinputPath(uinputPath) {
     EvdevKeyMonitor* monitor = m_monitor.get();
     m_output->setKeyboardStateQuery([monitor] { return monitor->currentState(); });
+    WaylandKeymapSource* keymaps = m_keymaps.get();
+    m_monitor->setGroupReport([keymaps] { return keymaps->reportedGroup(); });
 }
 
 EvdevEngineBootstrap::~EvdevEngineBootstrap() {
@@ -55,8 +64,25 @@ QString EvdevEngineBootstrap::keymapOrigin() const {
 }
 
 QString EvdevEngineBootstrap::layoutInUse() const {
-    return QCoreApplication::translate("EvdevEngineBootstrap", "%1, from %2")
-        .arg(m_keymaps->layoutName(), keymapOrigin());
+    return QCoreApplication::translate("EvdevEngineBootstrap", "%1, from %2; typing %3")
+        .arg(m_keymaps->layoutName(), keymapOrigin(), typingDescription(m_typing));
+}
+
+void EvdevEngineBootstrap::setRemoteDesktopTokenStore(std::function<QString()> load,
+                                                      std::function<void(const QString&)> save) {
+    m_portalOutput->setTokenStore(std::move(load), std::move(save));
+}
+
+QString EvdevEngineBootstrap::typingDescription(Typing typing) {
+    if (typing == Typing::Compositor)
+        return QCoreApplication::translate(
+            "EvdevEngineBootstrap",
+            "through the compositor's virtual keyboard (any character, whatever the layout)");
+    if (typing == Typing::Portal)
+        return QCoreApplication::translate(
+            "EvdevEngineBootstrap", "through the desktop's remote desktop portal");
+    return QCoreApplication::translate("EvdevEngineBootstrap",
+                                       "through the uinput virtual keyboard (the layout's keys)");
 }
 
 void EvdevEngineBootstrap::setKeyboardLayout(const QString& name) {
@@ -84,18 +110,53 @@ bool EvdevEngineBootstrap::start(SnippetStore& store) {
     // virtual keyboard, made once and kept for the whole session.
     m_keymaps->connectToCompositor();
     m_keymaps->followDesktopLayoutSwitches();
-    QString error;
-    m_virtualKeyboard = UinputDevice::create(m_uinputPath, error);
-    if (m_virtualKeyboard)
-        m_output->setDevice(m_virtualKeyboard->fd());
-    else
-        qCWarning(lcEngine).noquote()
-            << QStringLiteral("Cannot make the virtual keyboard through %1: %2")
-                   .arg(m_uinputPath, error);
+    m_swayLayouts = std::make_unique<SwayLayoutWatch>();
+    if (m_swayLayouts->connectToSway(qEnvironmentVariable("SWAYSOCK")))
+        QObject::connect(m_swayLayouts.get(), &SwayLayoutWatch::groupChanged, m_keymaps.get(),
+                         &WaylandKeymapSource::setCompositorGroup);
+    // While another user's session has the seat, no key is read and none is typed.
+    m_session = std::make_unique<LogindSessionWatch>(QDBusConnection::systemBus());
+    QObject::connect(m_session.get(), &LogindSessionWatch::activeChanged, m_monitor.get(),
+                     [this](bool active) {
+                         m_monitor->setSessionActive(active);
+                         m_output->setSessionActive(active);
+                         m_compositorOutput->setSessionActive(active);
+                         m_portalOutput->setSessionActive(active);
+                     });
+    m_session->start(qEnvironmentVariable("XDG_SESSION_ID"));
+    KeyboardOutput* output = m_output.get();
+    if (m_compositorOutput->connectToCompositor()) {
+        m_typing = Typing::Compositor;
+        m_permissions->setTypesWithoutUinput(true);
+        output = m_compositorOutput.get();
+        qCInfo(lcEngine).noquote()
+            << QStringLiteral("Typing through the compositor's virtual keyboard");
+    } else {
+        // The portal types once the desktop said yes; the uinput keyboard until then.
+        output = m_portalOutput.get();
+        QObject::connect(m_portalOutput.get(), &PortalKeyboardOutput::readyChanged,
+                         m_portalOutput.get(), [this](bool ready) {
+                             m_typing = ready ? Typing::Portal : Typing::Uinput;
+                             m_permissions->setTypesWithoutUinput(ready);
+                             if (m_layoutInUse)
+                                 m_layoutInUse(layoutInUse());
+                         });
+        m_portalOutput->start();
+        QString error;
+        m_virtualKeyboard = UinputDevice::create(m_uinputPath, error);
+        if (m_virtualKeyboard)
+            m_output->setDevice(m_virtualKeyboard->fd());
+        else
+            qCWarning(lcEngine).noquote()
+                << QStringLiteral("Cannot make the virtual keyboard through %1: %2")
+                       .arg(m_uinputPath, error);
+    }
+    if (m_layoutInUse)
+        m_layoutInUse(layoutInUse());
     const bool listening = startEngine(
         store,
-        EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), m_output.get(),
-                       nullptr, m_secureInput.get()},
+        EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), output, nullptr,
+                       m_secureInput.get()},
         m_clipboard.get());
     if (listening)
         m_secureInput->start();

@@ -14,8 +14,12 @@ class EvdevKeyboardFinder;
 class EvdevPermissionProbe;
 class InputDeviceAccess;
 class KeyTranslator;
+class LogindSessionWatch;
+class SwayLayoutWatch;
 class UinputDevice;
 class UinputKeyboardOutput;
+class PortalKeyboardOutput;
+class WaylandVirtualKeyboardOutput;
 class WaylandKeymapSource;
 class QKeySequence;
 class SnippetStore;
@@ -26,6 +30,12 @@ class SystemClipboard;
 // virtual keyboard that types, and the password-field watch (AT-SPI, which works the same on
 // Wayland); then the engine over them, then the start-up permission guidance. It offers what
 // EngineBootstrap offers, so main drives either; it owns every piece.
+//
+// Typing goes through the compositor where it offers virtual keyboards (wlroots compositors):
+// any character can be typed there, whatever the layout, and /dev/uinput is not needed.
+// Elsewhere the desktop's remote desktop portal types once the user allowed it (GNOME, KDE
+// Plasma), and a uinput virtual keyboard with the keys of the session's layout until then or
+// where there is no portal.
 class EvdevEngineBootstrap : public EngineHost {
 public:
     // `withWindows` is false when no window can be shown: the guidance then goes to the
@@ -49,6 +59,9 @@ public:
 
     // The layout chosen in Preferences ("de", "de(nodeadkeys)"); empty: the desktop's.
     void setKeyboardLayout(const QString& name);
+    // Where the portal's restore token is kept between runs.
+    void setRemoteDesktopTokenStore(std::function<QString()> load,
+                                    std::function<void(const QString&)> save);
     // Told the layout in use now, and again whenever it changes.
     void setLayoutInUseHandler(std::function<void(const QString&)> handler);
 
@@ -57,8 +70,11 @@ public:
     EvdevPermissionProbe& permissions() { return *m_permissions; }
     WaylandKeymapSource& keymaps() { return *m_keymaps; }
     QString keymapOrigin() const;
-    // The layout in use and where it comes from, as a person reads it.
+    // The layout in use and where it comes from, and the way Typolet types, as a person reads it.
     QString layoutInUse() const;
+    enum class Typing { Compositor, Portal, Uinput };
+    Typing typing() const { return m_typing; }
+    static QString typingDescription(Typing typing);
 
 private:
     std::unique_ptr<InputDeviceAccess> m_access;
@@ -70,8 +86,13 @@ private:
     std::unique_ptr<EvdevKeyMonitor> m_monitor;
     std::unique_ptr<UinputDevice> m_virtualKeyboard; // outlives the output that writes to it
     std::unique_ptr<UinputKeyboardOutput> m_output;
+    std::unique_ptr<WaylandVirtualKeyboardOutput> m_compositorOutput;
+    std::unique_ptr<PortalKeyboardOutput> m_portalOutput;
+    Typing m_typing = Typing::Uinput;
     std::unique_ptr<AtSpiSecureInputWatch> m_secureInput;
     std::unique_ptr<SystemClipboard> m_clipboard;
+    std::unique_ptr<SwayLayoutWatch> m_swayLayouts;
+    std::unique_ptr<LogindSessionWatch> m_session;
     QString m_uinputPath;
     std::function<void(const QString&)> m_layoutInUse;
 };

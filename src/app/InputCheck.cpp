@@ -4,16 +4,32 @@
 #include "EvdevKeyboardFinder.h"
 #include "EvdevPermissionProbe.h"
 #include "WaylandKeymapSource.h"
+#include "WaylandVirtualKeyboardOutput.h"
 #include "KeymapSource.h"
 #include "X11KeymapSource.h"
 #include "X11PermissionProbe.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVariant>
 #include <QFileInfo>
 #include <QTextStream>
 #include <xkbcommon/xkbcommon.h>
 
 QString InputCheck::yesNo(bool yes) { return yes ? tr("yes") : tr("no"); }
+
+bool InputCheck::hasRemoteDesktopPortal() {
+    // Asking the portal for the devices it can give starts it when it is not running yet; a
+    // desktop whose portal has no remote desktop answers with an error.
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.portal.Desktop"), QStringLiteral("/org/freedesktop/portal/desktop"),
+        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    call << QStringLiteral("org.freedesktop.portal.RemoteDesktop") << QStringLiteral("AvailableDeviceTypes");
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, 5000);
+    return reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty() &&
+           (qvariant_cast<QDBusVariant>(reply.arguments().first()).variant().toUInt() & 1u);
+}
 
 QString InputCheck::layouts(KeymapSource& source) {
     xkb_keymap* keymap = source.currentKeymap();
@@ -69,14 +85,28 @@ bool InputCheck::evdev(QTextStream& out, EvdevEngineBootstrap& engine) {
         out << tr("Other input devices that cannot be read: %1").arg(unreadable - locked.size()) << '\n';
 
     EvdevPermissionProbe& probe = engine.permissions();
-    const bool canType = probe.canPostKeys();
-    if (canType)
+    const bool uinputWorks = probe.canPostKeys();
+    if (uinputWorks)
         out << tr("Virtual keyboard: %1 is writable").arg(probe.uinputPath()) << '\n';
     else if (!QFileInfo::exists(probe.uinputPath()))
-        out << tr("Virtual keyboard: %1 does not exist (is the uinput module loaded?)").arg(probe.uinputPath())
+        out << tr("Virtual keyboard: %1 does not exist (sudo modprobe uinput loads it)").arg(probe.uinputPath())
             << '\n';
     else
         out << tr("Virtual keyboard: %1 is not writable").arg(probe.uinputPath()) << '\n';
+    // The compositor's own virtual keyboards come first where it offers them.
+    // The compositor's own virtual keyboards come first where it offers them, then the
+    // desktop's remote desktop portal (which asks the user once).
+    WaylandVirtualKeyboardOutput compositor;
+    const bool compositorTypes = compositor.connectToCompositor();
+    const bool portal = !compositorTypes && hasRemoteDesktopPortal();
+    const auto typing = compositorTypes ? EvdevEngineBootstrap::Typing::Compositor
+                        : portal        ? EvdevEngineBootstrap::Typing::Portal
+                                        : EvdevEngineBootstrap::Typing::Uinput;
+    out << tr("Typing: %1").arg(EvdevEngineBootstrap::typingDescription(typing));
+    if (portal)
+        out << tr(", once you allow it (through %1 until then)").arg(probe.uinputPath());
+    out << '\n';
+    const bool canType = compositorTypes || portal || uinputWorks;
 
     engine.keymaps().connectToCompositor(); // the system's configuration without one
     out << tr("Keymap: from %1; layouts: %2").arg(engine.keymapOrigin(), layouts(engine.keymaps()))

@@ -20,6 +20,8 @@ private:
     static bool evdev(QTextStream& out, EvdevEngineBootstrap& engine);
     static bool x11(QTextStream& out);
     static QString yesNo(bool yes);
+    // Whether the session bus has a portal that gives a keyboard (RemoteDesktop).
+    static bool hasRemoteDesktopPortal();
     // The keymap's layouts by their names ("English (US), German"), or why there is none.
     static QString layouts(KeymapSource& source);
 };

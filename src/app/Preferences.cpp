@@ -157,6 +157,14 @@ bool Preferences::setKeyboardLayout(const QString& layout) {
     return written;
 }
 
+QString Preferences::remoteDesktopToken() const {
+    return stored(remoteDesktopTokenKey).toString();
+}
+
+bool Preferences::setRemoteDesktopToken(const QString& token) {
+    return write(remoteDesktopTokenKey, token);
+}
+
 void Preferences::setLayoutInUse(const QString& description) {
     if (description == m_layoutInUse)
         return;

@@ -21,7 +21,9 @@ class LibraryFile;
 //  - excludedApplications: the applications (by window class) where nothing expands;
 //  - pauseKeys: the desktop-wide keys that pause and resume, "Ctrl+Alt+Space" when absent;
 //  - keyboardLayout: in a Wayland session, the layout typed keys are read and typed with, as
-//    xkb-data names it ("de", "de(nodeadkeys)"); absent or empty: the one the desktop uses.
+//    xkb-data names it ("de", "de(nodeadkeys)"); absent or empty: the one the desktop uses;
+//  - remoteDesktopToken: what the desktop's remote desktop portal handed back once the user
+//    let Typolet type, so that it does not ask again.
 // Every write goes to disk at once, through the library file's one owner; a change another
 // program makes to a preference is announced as if it were made here.
 class Preferences : public QObject {
@@ -65,6 +67,9 @@ public:
     QString keyboardLayout() const;
     bool setKeyboardLayout(const QString& layout);
 
+    QString remoteDesktopToken() const;
+    bool setRemoteDesktopToken(const QString& token);
+
     // Not stored: the layout in use now, as the engine describes it ("German (from the
     // desktop)"); empty where the layout cannot be chosen (X11 follows the server's).
     QString layoutInUse() const { return m_layoutInUse; }
@@ -93,6 +98,7 @@ public:
     static constexpr const char* excludedApplicationsKey = "excludedApplications";
     static constexpr const char* pauseKeysKey = "pauseKeys";
     static constexpr const char* keyboardLayoutKey = "keyboardLayout";
+    static constexpr const char* remoteDesktopTokenKey = "remoteDesktopToken";
 
 signals:
     void startAtLoginChanged(bool enabled);

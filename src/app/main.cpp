@@ -167,6 +167,10 @@ int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store, Library
         engine.setLayoutInUseHandler(
             [&preferences](const QString& inUse) { preferences.setLayoutInUse(inUse); });
     }
+    if constexpr (requires { engine.setRemoteDesktopTokenStore({}, {}); })
+        engine.setRemoteDesktopTokenStore(
+            [&preferences] { return preferences.remoteDesktopToken(); },
+            [&preferences](const QString& token) { preferences.setRemoteDesktopToken(token); });
     engine.setUndoWithBackspace(preferences.undoWithBackspace());
     QObject::connect(&preferences, &Preferences::undoWithBackspaceChanged, &app,
                      [&engine](bool on) { engine.setUndoWithBackspace(on); });

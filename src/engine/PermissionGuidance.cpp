@@ -73,8 +73,11 @@ QString PermissionGuidance::kernelDevicesMessage(bool canSeeKeys, bool canTypeKe
                             udevRule.startsWith(QLatin1String("/etc/"));
     if (!ruleIsRead)
         text += QStringLiteral("sudo install -m 644 %1 /etc/udev/rules.d/\n").arg(udevRule);
-    if (!canTypeKeys)
-        text += QStringLiteral("sudo modprobe uinput\n");
+    // Where uinput is a module, /dev/uinput exists before the module is loaded, and the node
+    // gets the rule's tag only once it is: loading it is always part of the fix (and harmless
+    // when it is loaded or built in). The file under /etc/modules-load.d/ loads it at boot.
+    text += QStringLiteral("sudo modprobe uinput\n"
+                           "echo uinput | sudo tee /etc/modules-load.d/typolet-uinput.conf\n");
     text += QStringLiteral("sudo udevadm control --reload-rules\n"
                            "sudo udevadm trigger\n\n");
     text += QCoreApplication::translate(

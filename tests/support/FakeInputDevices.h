@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QHash>
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <linux/input.h>
 #include <sys/socket.h>
@@ -33,6 +34,11 @@ public:
     int peer(const QString& file) const { return m_lastPeer.value(file, -1); }
     void setKeysDown(const QString& file, QList<uint16_t> codes) { m_nodes[file].keysDown = codes; }
     void setLightsOn(const QString& file, QList<uint16_t> leds) { m_nodes[file].info.lightsOn = leds; }
+    void setId(const QString& file, uint16_t vendor, uint16_t product) {
+        m_nodes[file].info.vendor = vendor;
+        m_nodes[file].info.product = product;
+    }
+    void setReadable(const QString& file, bool readable) { m_nodes[file].readable = readable; }
     bool uinputWritable = false;
 
     // Writes one record to the open end `peer`.
@@ -72,10 +78,28 @@ public:
     bool listedAsKeyboard(const QString& path) override {
         return m_nodes.value(QFileInfo(path).fileName()).info.keyboard;
     }
+    // As the kernel's EVIOCGKEY does, this also takes the key events not yet read out of the
+    // reader's queue (their effect is in the answer); the other events stay, in order.
     std::optional<QList<uint16_t>> keysDown(int fd) override {
         const auto file = m_fileOf.constFind(fd);
         if (file == m_fileOf.cend())
             return std::nullopt;
+        QByteArray queued;
+        char chunk[4096];
+        for (ssize_t got; (got = ::read(fd, chunk, sizeof chunk)) > 0;)
+            queued.append(chunk, got);
+        QByteArray kept;
+        for (qsizetype at = 0; at + qsizetype(sizeof(input_event)) <= queued.size();
+             at += sizeof(input_event)) {
+            input_event event;
+            std::memcpy(&event, queued.constData() + at, sizeof event);
+            if (event.type != EV_KEY)
+                kept.append(queued.constData() + at, sizeof event);
+        }
+        if (!kept.isEmpty()) {
+            [[maybe_unused]] const auto written =
+                ::write(peer(*file), kept.constData(), size_t(kept.size()));
+        }
         return m_nodes.value(*file).keysDown;
     }
 

@@ -7,9 +7,12 @@
 #include "EvdevPermissionProbe.h"
 #include "FakeInputDevices.h"
 #include "LibevdevDeviceAccess.h"
+#include "UdevHotplugSource.h"
+#include "UinputDevice.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
+#include <libevdev/libevdev.h>
 
 namespace {
 struct FakeHotplug : DeviceHotplugSource {
@@ -39,6 +42,9 @@ private slots:
         folder.devices.addNode("event3", "Optical mouse", false);
         folder.devices.addNode("event4", InputDeviceAccess::ownKeyboardName, true);
         folder.devices.addNode("event5", "Locked keyboard", true, false);
+        // Our own, renamed by a program that took it over: its id still says whose it is.
+        folder.devices.addNode("event6", "keyd virtual keyboard", true);
+        folder.devices.setId("event6", InputDeviceAccess::ownVendor, InputDeviceAccess::ownProduct);
         folder.devices.addNode("mouse0", "Optical mouse", false);
         QStringList found, usable, locked;
         for (const auto& node : folder.finder.scan()) {
@@ -48,7 +54,7 @@ private slots:
             if (node.keyboard && !node.readable)
                 locked.append(QFileInfo(node.path).fileName());
         }
-        QCOMPARE(found, QStringList({"event2", "event3", "event4", "event5", "event10"}));
+        QCOMPARE(found, QStringList({"event2", "event3", "event4", "event5", "event6", "event10"}));
         QCOMPARE(usable, QStringList({"Laptop keyboard", "USB keyboard"}));
         QCOMPARE(locked, QStringList{"event5"}); // known as a keyboard without opening it
         QCOMPARE(folder.finder.openKeyboard(folder.path("event3")), -1);
@@ -98,6 +104,41 @@ private slots:
         folder.devices.removeNode("event0");
         hotplug.handler(folder.path("event0"), false);
         QCOMPARE(monitor.keyboardNames(), QStringList{"USB keyboard"});
+    }
+
+    // What the virtual keyboard announces: an id of its own that remappers can be told to
+    // leave alone, and keys only, so that udev and libinput see no pointer in it.
+    void theVirtualKeyboardIsAKeyboardOfItsOwnAndNothingElse() {
+        libevdev* device = UinputDevice::description();
+        QCOMPARE(libevdev_get_id_vendor(device), int(InputDeviceAccess::ownVendor));
+        QCOMPARE(libevdev_get_id_product(device), int(InputDeviceAccess::ownProduct));
+        for (const unsigned int key : {KEY_ESC, KEY_A, KEY_102ND, KEY_F24, KEY_OK, KEY_MACRO30})
+            QVERIFY2(libevdev_has_event_code(device, EV_KEY, key), qPrintable(QString::number(key)));
+        for (const unsigned int button : {BTN_LEFT, BTN_TOUCH, BTN_STYLUS, BTN_JOYSTICK, BTN_SOUTH,
+                                          BTN_DPAD_UP, BTN_TRIGGER_HAPPY1})
+            QVERIFY2(!libevdev_has_event_code(device, EV_KEY, button), qPrintable(QString::number(button)));
+        QVERIFY(!libevdev_has_event_type(device, EV_REL));
+        libevdev_free(device);
+    }
+
+    // udev announces "change" when a node's rules run again, as they do when the access rule
+    // is applied after the keyboard appeared: a keyboard that could not be read may be now.
+    void aKeyboardMadeReadableLaterIsRead() {
+        Folder folder;
+        folder.devices.addNode("event0", "Laptop keyboard", true);
+        folder.devices.addNode("event1", "USB keyboard", true, false);
+        CompiledKeymapSource keymap;
+        UdevHotplugSource udev;
+        EvdevKeyMonitor monitor(keymap, folder.devices, folder.finder, &udev);
+        QVERIFY(monitor.start([](const KeyStroke&) {}));
+        udev.announce("add", folder.path("event1"));
+        QCOMPARE(monitor.keyboardNames(), QStringList{"Laptop keyboard"});
+        folder.devices.setReadable("event1", true);
+        udev.announce("change", folder.path("event1"));
+        udev.announce("change", folder.path("event1")); // read once
+        QCOMPARE(monitor.keyboardNames(), QStringList({"Laptop keyboard", "USB keyboard"}));
+        udev.announce("remove", folder.path("event1"));
+        QCOMPARE(monitor.keyboardNames(), QStringList{"Laptop keyboard"});
     }
 
     void theKernelsAccessTakesNoOtherNodeForAnInputDevice() {

@@ -37,6 +37,15 @@ private slots:
         QCOMPARE(switched.last().at(0).toUInt(), 1u);
         set(settings, "mru-sources", {{"ibus", "anthy"}, {"xkb", "us"}});
         QCOMPARE(sources.currentGroup(), std::nullopt);
+
+        // gnome-shell makes keymaps of three layouts each (plus the locale's): the fourth and
+        // fifth layouts are the first and second groups of the second keymap.
+        set(settings, "sources", {{"xkb", "us"}, {"xkb", "de"}, {"xkb", "fr"}, {"ibus", "anthy"},
+                                  {"xkb", "ru"}, {"xkb", "gr"}});
+        for (const auto& [inUse, group] : {std::pair("fr", 2u), std::pair("ru", 0u), std::pair("gr", 1u)}) {
+            set(settings, "mru-sources", {{"xkb", inUse}});
+            QCOMPARE(sources.currentGroup(), std::optional<uint>(group));
+        }
         g_object_unref(settings);
     }
 };

@@ -4,8 +4,11 @@
 #include "CapturedDiagnostics.h"
 #include "CompiledKeymapSource.h"
 
+#include <QSocketNotifier>
 #include <QtTest>
+#include <cstring>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <linux/input.h>
 #include <unistd.h>
 #include <xkbcommon/xkbcommon.h>
@@ -20,13 +23,23 @@ struct Reading {
     bool keysLeftDown = false;
 };
 
-Reading readBack(int fd, xkb_keymap* keymap, xkb_mod_mask_t lockedMods) {
+QByteArray drain(int fd) {
+    QByteArray bytes;
+    char chunk[4096];
+    for (ssize_t got; (got = ::read(fd, chunk, sizeof chunk)) > 0;)
+        bytes.append(chunk, got);
+    return bytes;
+}
+
+Reading readBack(const QByteArray& events, xkb_keymap* keymap, xkb_mod_mask_t lockedMods,
+                 uint32_t group = 0) {
     Reading reading;
     xkb_state* state = xkb_state_new(keymap);
-    xkb_state_update_mask(state, 0, 0, lockedMods, 0, 0, 0);
+    xkb_state_update_mask(state, 0, 0, lockedMods, 0, 0, group);
     QSet<uint32_t> down;
     input_event event{};
-    while (::read(fd, &event, sizeof event) == ssize_t(sizeof event)) {
+    for (qsizetype at = 0; at + qsizetype(sizeof event) <= events.size(); at += sizeof event) {
+        std::memcpy(&event, events.constData() + at, sizeof event);
         if (event.type != EV_KEY)
             continue;
         const uint32_t code = event.code + 8;
@@ -103,8 +116,8 @@ struct Rig {
     xkb_mod_mask_t mask(const char* name) {
         return xkb_mod_mask_t(1) << xkb_keymap_mod_get_index(keymaps.currentKeymap(), name);
     }
-    Reading read(xkb_mod_mask_t lockedMods = 0) {
-        return readBack(fds[0], keymaps.currentKeymap(), lockedMods);
+    Reading read(xkb_mod_mask_t lockedMods = 0, uint32_t group = 0) {
+        return readBack(drain(fds[0]), keymaps.currentKeymap(), lockedMods, group);
     }
 };
 } // namespace
@@ -115,6 +128,9 @@ private slots:
     void typesEveryCharacterTheLayoutGives_data();
     void typesEveryCharacterTheLayoutGives();
     void skippedCharactersAreCountedOnce();
+    void typesInTheGroupTheKeyboardsAreIn();
+    void aCompositorReadingSixtyFourEventsAtATimeLosesNone();
+    void waitsForHeldModifiersToBeLetGo_data();
     void waitsForHeldModifiersToBeLetGo();
     void writeFailureStopsTyping();
 };
@@ -175,20 +191,78 @@ void UinputKeyboardOutputTest::skippedCharactersAreCountedOnce() {
     QVERIFY(!skipLines[0].contains(u'ж'));
 }
 
+// The keymap's source knows only the group last reported to it; the keyboards are in the
+// second one (ru). Typed in the first, "hello" would read as "руддщ".
+void UinputKeyboardOutputTest::typesInTheGroupTheKeyboardsAreIn() {
+    Rig rig("us,ru");
+    rig.output.setKeyboardStateQuery([] { return KeyboardState{0, 0, 0, 1}; });
+    QStringList missing;
+    rig.output.setMissingTextHandler([&](const QString& text, std::function<void()> done) {
+        missing.append(text);
+        done();
+    });
+    QVERIFY(rig.perform({ExpansionAction::type(QStringLiteral("привет hello"))}));
+    QCOMPARE(rig.read(0, 1).text, QStringLiteral("привет "));
+    QCOMPARE(missing, QStringList{QStringLiteral("hello")});
+}
+
+// The kernel gives each reader of a keys-only device a queue of 64 events and drops what does
+// not fit: a compositor that reads at most 64 events whenever it gets to it must never find
+// more waiting, however long and mixed-case the text.
+void UinputKeyboardOutputTest::aCompositorReadingSixtyFourEventsAtATimeLosesNone() {
+    Rig rig("us");
+    constexpr int queueSize = 64;
+    QByteArray read;
+    int mostWaiting = 0;
+    QSocketNotifier compositor(rig.fds[0], QSocketNotifier::Read);
+    connect(&compositor, &QSocketNotifier::activated, this, [&] {
+        int bytes = 0;
+        ::ioctl(rig.fds[0], FIONREAD, &bytes);
+        const int waiting = bytes / int(sizeof(input_event));
+        mostWaiting = std::max(mostWaiting, waiting);
+        QByteArray batch(std::min(waiting, queueSize) * int(sizeof(input_event)), '\0');
+        const ssize_t got = ::read(rig.fds[0], batch.data(), size_t(batch.size()));
+        read.append(batch.constData(), std::max<ssize_t>(got, 0));
+    });
+    QString text;
+    for (int i = 0; i < 40; ++i)
+        text += QStringLiteral("Typolet Types THIS, ");
+    QVERIFY(rig.perform({ExpansionAction::erase(20), ExpansionAction::type(text)}));
+    QTRY_COMPARE(readBack(read, rig.keymaps.currentKeymap(), 0).text.size(), text.size());
+    QVERIFY2(mostWaiting <= queueSize, qPrintable(QString::number(mostWaiting)));
+    QCOMPARE(readBack(read, rig.keymaps.currentKeymap(), 0).text, text);
+}
+
+// Typing waits while the user holds modifiers. Level keys still held after the wait are
+// planned around; with Control still held every key would be a shortcut, so it types nothing.
+void UinputKeyboardOutputTest::waitsForHeldModifiersToBeLetGo_data() {
+    QTest::addColumn<QString>("modifier");
+    QTest::addColumn<bool>("letGo");
+    QTest::addColumn<QString>("typed");
+    QTest::newRow("Shift let go") << XKB_MOD_NAME_SHIFT << true << "Grüße 12";
+    QTest::newRow("Control held on") << XKB_MOD_NAME_CTRL << false << "";
+}
+
 void UinputKeyboardOutputTest::waitsForHeldModifiersToBeLetGo() {
+    QFETCH(QString, modifier);
+    QFETCH(bool, letGo);
+    QFETCH(QString, typed);
     Rig rig("de");
-    bool shiftHeld = true;
-    const xkb_mod_mask_t shift = rig.mask(XKB_MOD_NAME_SHIFT);
-    rig.output.setKeyboardStateQuery(
-        [&] { return KeyboardState{shiftHeld ? shift : 0, 0, 0, 0}; });
+    CapturedDiagnostics diagnostics(false);
+    bool held = true;
+    const xkb_mod_mask_t mask = rig.mask(modifier.toLatin1().constData());
+    rig.output.setKeyboardStateQuery([&] { return KeyboardState{held ? mask : 0, 0, 0, 0}; });
     rig.output.perform({ExpansionAction::type(QStringLiteral("Grüße 12"))},
                        [&] { rig.finished = true; });
     QTest::qWait(3 * UinputKeyboardOutput::heldModifiersPollMs);
     QVERIFY(!rig.finished);
     QVERIFY(rig.read().text.isEmpty());
-    shiftHeld = false;
+    held = !letGo;
     QVERIFY(QTest::qWaitFor([&] { return rig.finished; }));
-    QCOMPARE(rig.read().text, QStringLiteral("Grüße 12"));
+    const QByteArray events = drain(rig.fds[0]);
+    QCOMPARE(readBack(events, rig.keymaps.currentKeymap(), 0).text, typed);
+    QCOMPARE(diagnostics.lines.filter(QStringLiteral("Cancelled typing")).size(),
+             typed.isEmpty() ? 1 : 0);
 }
 
 void UinputKeyboardOutputTest::writeFailureStopsTyping() {

@@ -7,6 +7,7 @@
 #include "Logging.h"
 
 #include <QSocketNotifier>
+#include <QTimer>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -51,20 +52,57 @@ bool EvdevKeyMonitor::start(KeyHandler handler) {
         return false; // started once already
     m_started = true;
     m_keyDown = std::move(handler);
-    for (const EvdevKeyboardFinder::Node& node : m_finder.scan()) {
-        if (!node.usable())
-            continue;
-        QString name;
-        const int fd = m_finder.openKeyboard(node.path, &name);
-        if (fd >= 0)
-            addKeyboard(fd, name, node.path);
-    }
+    openKeyboards();
     const bool hotplugging =
         m_hotplug && m_hotplug->start([this](const QString& path, bool added) {
             deviceChanged(path, added);
         });
     // With no keyboard yet, one plugged in later is enough to be worth waiting for.
     return !m_keyboards.empty() || hotplugging;
+}
+
+void EvdevKeyMonitor::openKeyboards() {
+    for (const EvdevKeyboardFinder::Node& node : m_finder.scan()) {
+        const bool known =
+            std::any_of(m_keyboards.begin(), m_keyboards.end(),
+                        [&node](const auto& keyboard) { return keyboard->path == node.path; });
+        if (known || !node.usable())
+            continue;
+        QString name;
+        const int fd = m_finder.openKeyboard(node.path, &name);
+        if (fd >= 0)
+            addKeyboard(fd, name, node.path);
+    }
+}
+
+void EvdevKeyMonitor::setGroupReport(std::function<std::optional<uint32_t>()> report) {
+    m_groupReport = std::move(report);
+}
+
+void EvdevKeyMonitor::setSessionActive(bool active) {
+    if (active == m_sessionActive)
+        return;
+    m_sessionActive = active;
+    if (!active) {
+        // logind takes the nodes' access away from an inactive session, but a descriptor
+        // opened before goes on reading: it is closed here, so another user's keys never are.
+        while (!m_keyboards.empty())
+            remove(m_keyboards.back().get(), false);
+        qCInfo(lcEngine).noquote()
+            << QStringLiteral("The session is no longer the active one; the keyboards are closed");
+        return;
+    }
+    qCInfo(lcEngine).noquote()
+        << QStringLiteral("The session is the active one again; reading the keyboards");
+    if (!m_started)
+        return;
+    openKeyboards();
+    // logind gives the nodes' access back as it switches sessions, which may be just after it
+    // announces the session active: a second look finds those that were not readable yet.
+    QTimer::singleShot(reopenAgainMs, this, [this] {
+        if (m_sessionActive)
+            openKeyboards();
+    });
 }
 
 KeyMonitor::HoldResult EvdevKeyMonitor::holdKeys(HeldKeyFilter onHeld) {
@@ -99,7 +137,7 @@ QStringList EvdevKeyMonitor::keyboardNames() const {
 }
 
 void EvdevKeyMonitor::deviceChanged(const QString& path, bool added) {
-    if (!m_finder.isDeviceNode(path))
+    if (!m_sessionActive || !m_finder.isDeviceNode(path))
         return;
     const auto known = std::find_if(m_keyboards.begin(), m_keyboards.end(),
                                     [&path](const auto& keyboard) { return keyboard->path == path; });
@@ -135,31 +173,36 @@ void EvdevKeyMonitor::read(Keyboard* keyboard) {
             input_event event;
             std::memcpy(&event, keyboard->unread.constData() + i * sizeof(input_event),
                         sizeof event);
-            handle(*keyboard, event);
+            // After the keys were read again, the rest of this read is already in what the
+            // device answered, and the kernel dropped the key events still queued behind it:
+            // applying the rest would press keys whose release is gone (a Shift held forever).
+            if (!handle(*keyboard, event))
+                break;
         }
         keyboard->unread.remove(0, whole * qsizetype(sizeof(input_event)));
     }
 }
 
-void EvdevKeyMonitor::handle(Keyboard& keyboard, const input_event& event) {
+bool EvdevKeyMonitor::handle(Keyboard& keyboard, const input_event& event) {
     if (event.type == EV_SYN && event.code == SYN_DROPPED) {
         // The keys already reported stand; the counted repeats are what the kernel sent.
         stopRepeating(keyboard);
         keyboard.frame.clear();
         keyboard.dropping = true;
-        return;
+        return true;
     }
     if (event.type == EV_SYN && event.code == SYN_REPORT) {
         if (keyboard.dropping) {
             keyboard.dropping = false;
             resynchronise(keyboard);
-        } else {
-            applyFrame(keyboard);
+            return false;
         }
-        return;
+        applyFrame(keyboard);
+        return true;
     }
     if (!keyboard.dropping && (event.type == EV_KEY || event.type == EV_LED))
         keyboard.frame.append(event);
+    return true;
 }
 
 void EvdevKeyMonitor::applyFrame(Keyboard& keyboard) {
@@ -267,19 +310,36 @@ void EvdevKeyMonitor::lockLight(uint16_t led, bool on) {
     if ((led != LED_CAPSL && led != LED_NUML) || !ensureState())
         return;
     const char* name = led == LED_CAPSL ? XKB_MOD_NAME_CAPS : XKB_MOD_NAME_NUM;
+    const char* light = led == LED_CAPSL ? XKB_LED_NAME_CAPS : XKB_LED_NAME_NUM;
     const xkb_mod_index_t index = xkb_keymap_mod_get_index(m_keymap, name);
-    if (index == XKB_MOD_INVALID || index >= 32)
+    if (index == XKB_MOD_INVALID || index >= 32 ||
+        xkb_keymap_led_get_index(m_keymap, light) == XKB_LED_INVALID)
         return;
+    if ((xkb_state_led_name_is_active(m_state, light) > 0) == on)
+        return; // our state lights it the same
     const xkb_mod_mask_t bit = 1u << index;
     xkb_mod_mask_t locked = xkb_state_serialize_mods(m_state, XKB_STATE_MODS_LOCKED);
     if (bool(locked & bit) == on)
         return;
     locked = on ? locked | bit : locked & ~bit;
-    xkb_state_update_mask(m_state, xkb_state_serialize_mods(m_state, XKB_STATE_MODS_DEPRESSED),
-                          xkb_state_serialize_mods(m_state, XKB_STATE_MODS_LATCHED), locked,
-                          xkb_state_serialize_layout(m_state, XKB_STATE_LAYOUT_DEPRESSED),
-                          xkb_state_serialize_layout(m_state, XKB_STATE_LAYOUT_LATCHED),
-                          xkb_state_serialize_layout(m_state, XKB_STATE_LAYOUT_LOCKED));
+    // The keymap decides what a light shows: with an option such as grp_led:caps the Caps Lock
+    // light shows the second layout, not the lock. The lock is taken from the light only when
+    // switching it would light the light as the compositor did.
+    xkb_state* probe = xkb_state_new(m_keymap);
+    if (!probe)
+        return;
+    const auto update = [this, locked](xkb_state* state) {
+        xkb_state_update_mask(state, xkb_state_serialize_mods(m_state, XKB_STATE_MODS_DEPRESSED),
+                              xkb_state_serialize_mods(m_state, XKB_STATE_MODS_LATCHED), locked,
+                              xkb_state_serialize_layout(m_state, XKB_STATE_LAYOUT_DEPRESSED),
+                              xkb_state_serialize_layout(m_state, XKB_STATE_LAYOUT_LATCHED),
+                              xkb_state_serialize_layout(m_state, XKB_STATE_LAYOUT_LOCKED));
+    };
+    update(probe);
+    const bool showsTheLock = (xkb_state_led_name_is_active(probe, light) > 0) == on;
+    xkb_state_unref(probe);
+    if (showsTheLock)
+        update(m_state);
 }
 
 void EvdevKeyMonitor::feed(uint16_t code, bool down) {
@@ -312,17 +372,31 @@ bool EvdevKeyMonitor::ensureState() {
     return true;
 }
 
+void EvdevKeyMonitor::followGroupReport() {
+    // A layout switched through the desktop's own controls, not by keys: a new report sets the
+    // group, and keys that switch groups go on from there. The first layout is a report too.
+    const std::optional<uint32_t> reported =
+        m_groupReport ? m_groupReport() : std::optional<uint32_t>();
+    if (reported == m_lastGroupReport)
+        return;
+    m_lastGroupReport = reported;
+    if (!reported)
+        return;
+    xkb_state_update_mask(m_state, xkb_state_serialize_mods(m_state, XKB_STATE_MODS_DEPRESSED),
+                          xkb_state_serialize_mods(m_state, XKB_STATE_MODS_LATCHED),
+                          xkb_state_serialize_mods(m_state, XKB_STATE_MODS_LOCKED), 0, 0,
+                          *reported);
+}
+
 KeyboardState EvdevKeyMonitor::currentState() {
     KeyboardState state;
     if (ensureState()) {
+        followGroupReport();
         state.baseMods = xkb_state_serialize_mods(m_state, XKB_STATE_MODS_DEPRESSED);
         state.latchedMods = xkb_state_serialize_mods(m_state, XKB_STATE_MODS_LATCHED);
         state.lockedMods = xkb_state_serialize_mods(m_state, XKB_STATE_MODS_LOCKED);
         state.group = xkb_state_serialize_layout(m_state, XKB_STATE_LAYOUT_EFFECTIVE);
     }
-    // A layout switched through the desktop's own controls, not by keys: the source knows it.
-    if (const uint32_t group = m_keymaps.currentGroup())
-        state.group = group;
     return state;
 }
 

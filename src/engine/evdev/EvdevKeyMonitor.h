@@ -8,7 +8,9 @@
 #include <QSet>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class DeviceHotplugSource;
@@ -34,7 +36,12 @@ struct xkb_state;
 //
 // The modifier and lock state a key is read with comes from an xkb state fed with the keys of
 // every keyboard, as the compositor combines them into one seat: Shift held on one keyboard
-// shifts the letters of another. Lock lights that the compositor switches correct the locks.
+// shifts the letters of another. Lock lights that the compositor switches correct the locks, where
+// the keymap says the light shows that lock. Group switches made with keys are followed the
+// same way; a group that the desktop reports (setGroupReport) sets the group whenever it changes.
+//
+// While the user's session is not the active one (another user at the seat), no keyboard is
+// read: every node is closed, and they are opened again when the session is back.
 class EvdevKeyMonitor : public QObject, public KeyMonitor {
     Q_OBJECT
 public:
@@ -56,6 +63,14 @@ public:
     void addKeyboard(int fd, const QString& name, const QString& path = {});
     // The keyboards read now, by name.
     QStringList keyboardNames() const;
+    // The group that a desktop service or the compositor last reported as active; nothing
+    // when none did (the keys' own group switches are followed then).
+    void setGroupReport(std::function<std::optional<uint32_t>()> report);
+    // Whether the user's session is the active one at the seat. While it is not, the keys at
+    // the seat are another user's: every keyboard is closed, and reopened when it is again.
+    void setSessionActive(bool active);
+    bool sessionActive() const { return m_sessionActive; }
+    static constexpr int reopenAgainMs = 1000;
     // The modifiers held and locked on the user's keyboards now, and the active group (the
     // virtual keyboard types with them in mind).
     KeyboardState currentState();
@@ -75,9 +90,11 @@ private:
         KeyStroke repeatingStroke;
     };
 
+    void openKeyboards();
     void deviceChanged(const QString& path, bool added);
     void read(Keyboard* keyboard);
-    void handle(Keyboard& keyboard, const input_event& event);
+    // False when the device's state was read again: what is left of the read is already in it.
+    bool handle(Keyboard& keyboard, const input_event& event);
     void applyFrame(Keyboard& keyboard);
     void key(Keyboard& keyboard, uint16_t code, int value);
     void lockLight(uint16_t led, bool on);
@@ -86,6 +103,7 @@ private:
     void feed(uint16_t code, bool down);
     void remove(Keyboard* keyboard, bool vanished);
     bool ensureState();
+    void followGroupReport();
     void report(const KeyStroke& stroke);
 
     KeymapSource& m_keymaps;
@@ -96,6 +114,9 @@ private:
     KeyHandler m_keyDown;
     std::function<void()> m_pointerPressed;
     bool m_started = false;
+    bool m_sessionActive = true;
+    std::function<std::optional<uint32_t>()> m_groupReport;
+    std::optional<uint32_t> m_lastGroupReport;
     xkb_keymap* m_keymap = nullptr; // our reference to the keymap m_state was made for
     xkb_state* m_state = nullptr;
 };

@@ -49,7 +49,10 @@ EvdevKeyboardFinder::Node EvdevKeyboardFinder::inspect(const QString& path, int*
     node.readable = true;
     if (const auto info = m_access.describe(fd)) {
         node.name = info->name;
-        node.keyboard = info->keyboard && info->name != QLatin1String(InputDeviceAccess::ownKeyboardName);
+        const bool own = info->name == QLatin1String(InputDeviceAccess::ownKeyboardName) ||
+                         (info->vendor == InputDeviceAccess::ownVendor &&
+                          info->product == InputDeviceAccess::ownProduct);
+        node.keyboard = info->keyboard && !own;
     }
     if (keptFd && node.keyboard)
         *keptFd = fd;

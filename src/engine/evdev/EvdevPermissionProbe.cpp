@@ -26,6 +26,8 @@ QString EvdevPermissionProbe::postProblem() const {
 }
 
 bool EvdevPermissionProbe::canPostKeys() {
+    if (m_typesWithoutUinput)
+        return true;
     // Opening the node creates nothing: a virtual device exists only once it is set up.
     const int fd = m_access.openForWriting(m_uinputPath);
     if (fd < 0)

@@ -22,9 +22,13 @@ public:
     QString postProblem() const override;
 
     const QString& uinputPath() const { return m_uinputPath; }
+    // The compositor (its virtual keyboard protocol) or the desktop's portal types for Typolet:
+    // keys can be posted without /dev/uinput.
+    void setTypesWithoutUinput(bool types) { m_typesWithoutUinput = types; }
 
 private:
     InputDeviceAccess& m_access;
     const EvdevKeyboardFinder& m_keyboards;
     QString m_uinputPath;
+    bool m_typesWithoutUinput = false;
 };

@@ -50,13 +50,17 @@ std::optional<uint> GnomeInputSources::currentGroup() const {
     if (sources.isEmpty())
         return std::nullopt;
     const auto inUse = recent.isEmpty() ? sources.first() : recent.first();
-    uint group = 0;
+    // gnome-shell puts at most three layouts in one keymap (the fourth group is the locale's,
+    // for mnemonics): the layouts 1-3 make one keymap, 4-6 the next, and so on. A layout's
+    // group is its place within its own keymap. A layout listed twice counts once.
+    constexpr uint layoutsPerKeymap = 3;
+    QList<std::pair<QString, QString>> layouts;
     for (const auto& source : sources) {
-        if (source.first != QLatin1String("xkb"))
+        if (source.first != QLatin1String("xkb") || layouts.contains(source))
             continue; // input methods have no group of their own
         if (source == inUse)
-            return group;
-        ++group;
+            return uint(layouts.size()) % layoutsPerKeymap;
+        layouts.append(source);
     }
     return std::nullopt;
 }

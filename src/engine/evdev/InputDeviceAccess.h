@@ -15,11 +15,18 @@ public:
         QString name;
         bool keyboard = false; // reports keys, letter keys among them
         QList<uint16_t> lightsOn; // the LED codes lit now (Caps Lock, Num Lock...)
+        uint16_t vendor = 0;
+        uint16_t product = 0;
     };
 
-    // The name Typolet's own virtual keyboard announces: its keys are Typolet's typing, never
-    // the user's, so the keyboard search passes over it.
+    // The name and id Typolet's own virtual keyboard announces: its keys are Typolet's typing,
+    // never the user's, so the keyboard search passes over it. The id is fixed so that keyboard
+    // remappers (keyd, kanata), which take over every new keyboard, can be told to leave it
+    // alone; otherwise they re-emit its keys on their own device, where they would be read as
+    // the user's typing.
     static constexpr const char* ownKeyboardName = "Typolet virtual keyboard";
+    static constexpr uint16_t ownVendor = 0x7479;  // "ty"
+    static constexpr uint16_t ownProduct = 0x706c; // "pl"
 
     virtual ~InputDeviceAccess() = default;
 

@@ -48,6 +48,8 @@ std::optional<InputDeviceAccess::DeviceInfo> LibevdevDeviceAccess::describe(int 
     DeviceInfo info;
     info.name = QString::fromUtf8(libevdev_get_name(device.get()));
     info.keyboard = libevdev_has_event_type(device.get(), EV_KEY) && hasLetterKeys(device.get());
+    info.vendor = uint16_t(libevdev_get_id_vendor(device.get()));
+    info.product = uint16_t(libevdev_get_id_product(device.get()));
     for (unsigned int code = 0; code <= LED_MAX; ++code) {
         if (libevdev_has_event_code(device.get(), EV_LED, code) &&
             libevdev_get_event_value(device.get(), EV_LED, code) != 0)

@@ -3,7 +3,6 @@
 #include "Logging.h"
 
 #include <QSocketNotifier>
-#include <cstring>
 #include <libudev.h>
 
 UdevHotplugSource::UdevHotplugSource(QObject* parent) : QObject(parent) {}
@@ -19,6 +18,7 @@ UdevHotplugSource::~UdevHotplugSource() {
 bool UdevHotplugSource::start(Handler handler) {
     if (m_monitor)
         return false; // started once already
+    m_handler = std::move(handler);
     m_udev = udev_new();
     if (!m_udev)
         return false;
@@ -29,7 +29,6 @@ bool UdevHotplugSource::start(Handler handler) {
             << QStringLiteral("Keyboards plugged in later will not be seen: udev's monitor is not available");
         return false;
     }
-    m_handler = std::move(handler);
     m_notifier = std::make_unique<QSocketNotifier>(udev_monitor_get_fd(m_monitor),
                                                    QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] { readEvents(); });
@@ -41,8 +40,20 @@ void UdevHotplugSource::readEvents() {
     while (udev_device* device = udev_monitor_receive_device(m_monitor)) {
         const char* node = udev_device_get_devnode(device);
         const char* action = udev_device_get_action(device);
-        if (node && action && (std::strcmp(action, "add") == 0 || std::strcmp(action, "remove") == 0))
-            m_handler(QString::fromLocal8Bit(node), std::strcmp(action, "add") == 0);
+        if (node && action)
+            announce(QByteArray(action), QString::fromLocal8Bit(node));
         udev_device_unref(device);
     }
+}
+
+void UdevHotplugSource::announce(const QByteArray& action, const QString& node) {
+    if (!m_handler)
+        return;
+    // "change" comes when a node's rules ran again (the access rule applied after the node
+    // appeared, as `udevadm trigger` does): a keyboard not read yet may be readable now. The
+    // handler passes over nodes it reads already.
+    if (action == "add" || action == "change")
+        m_handler(node, true);
+    else if (action == "remove")
+        m_handler(node, false);
 }

@@ -20,6 +20,11 @@ public:
     // Makes the device through `uinputPath`; null with `error` set when that is not possible
     // (no write access to the node, no uinput in the kernel).
     static std::unique_ptr<UinputDevice> create(const QString& uinputPath, QString& error);
+    // What the device announces (the caller frees it with libevdev_free): its name, its id
+    // (InputDeviceAccess::ownVendor:ownProduct, which keyboard remappers can be told to leave
+    // alone) and every key code, but no button, so that udev and libinput see a keyboard and
+    // never a pointer.
+    static libevdev* description();
 
     // Where key events are written.
     int fd() const;

@@ -13,6 +13,22 @@
 namespace {
 // Evdev codes are xkb keycodes less 8.
 constexpr uint32_t evdevOffset = 8;
+// The most one stroke writes: up to three level keys pressed, the key's press and release, and
+// the level keys let go at the end of the batch, each event with its SYN_REPORT.
+constexpr int eventsPerStroke = 2 * (3 + 2 + 3);
+
+// The modifiers that only choose a level of a key (Shift, and the level-3 and level-5 keys,
+// which evdev keymaps put on Mod5 and Mod3): held by the user, they are planned around.
+// Control, Alt and Super make every key a shortcut.
+xkb_mod_mask_t levelModifiers(xkb_keymap* keymap) {
+    xkb_mod_mask_t mask = 0;
+    for (const char* name : {XKB_MOD_NAME_SHIFT, XKB_MOD_NAME_CAPS, "Mod3", "Mod5"}) {
+        const xkb_mod_index_t index = xkb_keymap_mod_get_index(keymap, name);
+        if (index != XKB_MOD_INVALID && index < 32)
+            mask |= xkb_mod_mask_t(1) << index;
+    }
+    return mask;
+}
 } // namespace
 
 UinputKeyboardOutput::UinputKeyboardOutput(KeymapSource& keymaps, QObject* parent)
@@ -47,6 +63,13 @@ void UinputKeyboardOutput::perform(const Expansion& actions, std::function<void(
     m_job->actions = actions;
     m_job->finished = std::move(finished);
     m_writeFailed = false;
+    if (!m_sessionActive) {
+        qCInfo(lcEngine).noquote()
+            << QStringLiteral("Not typing: the session is not the active one");
+        m_job->cancelled = true;
+        finish();
+        return;
+    }
     if (m_fd < 0) {
         qCWarning(lcEngine).noquote()
             << QStringLiteral("Cannot type: there is no virtual keyboard to type with");
@@ -62,6 +85,15 @@ void UinputKeyboardOutput::cancel() {
         m_job->cancelled = true;
 }
 
+void UinputKeyboardOutput::setSessionActive(bool active) {
+    m_sessionActive = active;
+    if (!active && m_job) {
+        // Between batches (on the timer or waiting for a paste): it ends now.
+        cancel();
+        finish();
+    }
+}
+
 bool UinputKeyboardOutput::prepare() {
     Job& job = *m_job;
     const KeyboardState state = m_stateQuery ? m_stateQuery() : KeyboardState{};
@@ -71,8 +103,17 @@ bool UinputKeyboardOutput::prepare() {
         return false;
     }
     xkb_keymap* keymap = m_keymaps.currentKeymap();
-    UinputKeystrokePlanner::Conditions conditions{m_keymaps.currentGroup(), state.lockedMods,
-                                                  state.baseMods};
+    if (keymap && (state.baseMods & ~levelModifiers(keymap)) != 0) {
+        qCInfo(lcEngine).noquote()
+            << QStringLiteral("Cancelled typing: Control, Alt or Super is still held");
+        job.cancelled = true;
+        job.planned = true;
+        return true;
+    }
+    // The group the user's keyboards are in: the source hears of switches only while one of
+    // Typolet's windows has the focus.
+    const uint32_t group = m_stateQuery ? state.group : m_keymaps.currentGroup();
+    UinputKeystrokePlanner::Conditions conditions{group, state.lockedMods, state.baseMods};
     m_planner.setKeymap(keymap, conditions);
     job.planned = true;
     if (conditions.lockedMods == 0 || missingCount(m_planner) == 0)
@@ -115,9 +156,9 @@ void UinputKeyboardOutput::step() {
 
 void UinputKeyboardOutput::runBatch() {
     Job& job = *m_job;
-    m_strokesInBatch = 0;
+    m_eventsInBatch = 0;
     while (!job.cancelled && job.action < job.actions.size()) {
-        if (m_strokesInBatch >= strokesPerBatch) {
+        if (m_eventsInBatch + eventsPerStroke > eventsPerBatch) {
             setModifiers({});
             m_stepTimer.start(batchIntervalMs);
             return;
@@ -206,7 +247,6 @@ void UinputKeyboardOutput::setModifiers(const QList<uint32_t>& keyCodes) {
 void UinputKeyboardOutput::tap(uint32_t keyCode) {
     key(keyCode, true);
     key(keyCode, false);
-    ++m_strokesInBatch;
 }
 
 void UinputKeyboardOutput::key(uint32_t keyCode, bool down) {
@@ -226,8 +266,10 @@ void UinputKeyboardOutput::writeEvent(uint16_t type, uint16_t code, int32_t valu
     do
         written = ::write(m_fd, &event, sizeof event);
     while (written < 0 && errno == EINTR);
-    if (written == ssize_t(sizeof event))
+    if (written == ssize_t(sizeof event)) {
+        ++m_eventsInBatch;
         return;
+    }
     m_writeFailed = true;
     if (m_job)
         m_job->cancelled = true;

@@ -25,11 +25,19 @@ class KeymapSource;
 // key that the same device holds down, and a compositor counts a key as up only once every
 // keyboard has released it. Pressing one again afterwards would leave it stuck on our device.
 // So typing waits, on a timer, until the user lets go of them (a command is usually typed
-// without them); after `heldModifiersWaitMs` it types anyway, planned under the held ones.
+// without them). After `heldModifiersWaitMs` it types planned under them when only level keys
+// (Shift, AltGr, the level-5 key) are held; with Control, Alt or Super still down every key
+// would be a shortcut in the application (BackSpace becomes Ctrl+BackSpace), so the expansion
+// is cancelled instead.
 //
-// Keys go out in batches of `strokesPerBatch`, one batch per timer tick: the kernel keeps only a
-// short queue of events per reader and drops the rest when a compositor falls behind, and
-// Typolet's windows stay responsive meanwhile.
+// Text is typed in the group the user's keyboards are in (the key monitor's state), not the
+// group the keymap's source last heard of: compositors tell the active group only to the
+// focused client.
+//
+// Keys go out in batches of at most `eventsPerBatch` events, one batch per timer tick: the
+// kernel keeps a queue of 64 events per reader of a keys-only device and drops the rest when a
+// compositor falls behind, so a batch must fit in half of it; Typolet's windows stay responsive
+// meanwhile.
 class UinputKeyboardOutput : public QObject, public KeyboardOutput {
     Q_OBJECT
 public:
@@ -53,7 +61,11 @@ public:
     void perform(const Expansion& actions, std::function<void()> finished) override;
     void cancel() override;
 
-    static constexpr int strokesPerBatch = 16;
+    // While the user's session is not the active one nothing is typed: an expansion under way
+    // stops, and new ones are refused.
+    void setSessionActive(bool active);
+
+    static constexpr int eventsPerBatch = 32;
     static constexpr int batchIntervalMs = 8;
     static constexpr int heldModifiersWaitMs = 1500;
     static constexpr int heldModifiersPollMs = 15;
@@ -92,6 +104,7 @@ private:
     MissingTextHandler m_missingText;
     QTimer m_stepTimer;
     std::optional<Job> m_job;
-    int m_strokesInBatch = 0;
+    int m_eventsInBatch = 0;
     bool m_writeFailed = false;
+    bool m_sessionActive = true;
 };

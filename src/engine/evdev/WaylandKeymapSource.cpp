@@ -217,6 +217,7 @@ bool WaylandKeymapSource::setChosenLayout(const QString& layouts, const QString&
     xkb_keymap_unref(m_chosenKeymap);
     m_chosenKeymap = chosen;
     m_group = 0;
+    m_groupReported = false;
     emit changed();
     return true;
 }
@@ -240,10 +241,18 @@ bool WaylandKeymapSource::takeCompositorKeymap(const QByteArray& text) {
 }
 
 void WaylandKeymapSource::setCompositorGroup(uint group) {
-    if (group == m_group)
+    const bool first = !m_groupReported;
+    m_groupReported = true;
+    if (group == m_group && !first)
         return;
     m_group = group;
     emit changed();
+}
+
+std::optional<uint32_t> WaylandKeymapSource::reportedGroup() {
+    if (!m_groupReported)
+        return std::nullopt;
+    return currentGroup();
 }
 
 xkb_keymap* WaylandKeymapSource::systemKeymap() {

@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QString>
 #include <memory>
+#include <optional>
 
 class GnomeInputSources;
 class QSocketNotifier;
@@ -27,7 +28,8 @@ struct xkb_context;
 // The active group: the compositor reports it with wl_keyboard.modifiers, but only while one
 // of our windows has the keyboard focus; KDE Plasma also announces it on the session bus
 // (org.kde.keyboard), and GNOME keeps it in its input-source settings (GnomeInputSources); both
-// are followed. Elsewhere the group last reported is kept, the first one at start.
+// are followed, and so is sway's own report (SwayLayoutWatch). Where nothing reports it, the
+// key monitor follows the keys that switch groups; reportedGroup() says whether anything did.
 class WaylandKeymapSource : public QObject, public KeymapSource {
     Q_OBJECT
 public:
@@ -55,6 +57,9 @@ public:
 
     xkb_keymap* currentKeymap() override;
     uint32_t currentGroup() override;
+    // The group last reported by the compositor or a desktop service; nothing before any
+    // report (the first layout is a report like any other).
+    std::optional<uint32_t> reportedGroup();
 
     Origin origin() const;
     // The layout in use, as xkb-data describes it ("German", "English (US)").
@@ -79,6 +84,7 @@ private:
     xkb_keymap* m_systemKeymap = nullptr;
     xkb_keymap* m_chosenKeymap = nullptr;
     uint32_t m_group = 0;
+    bool m_groupReported = false;
     QString m_systemFile = QStringLiteral("/etc/default/keyboard");
     std::unique_ptr<Wayland> m_wayland;
     QSocketNotifier* m_notifier = nullptr;

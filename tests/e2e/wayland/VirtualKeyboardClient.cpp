@@ -1,6 +1,8 @@
-// Gives a headless compositor's seat a keyboard with the layout named on the command line,
-// through the virtual keyboard protocol, then keeps it until standard input closes.
-// Prints "ready" once the compositor has the keymap.
+// Gives a headless compositor's seat a keyboard with the layout named on the command line
+// ("us,ru" for two), through the virtual keyboard protocol, then keeps it until standard input
+// closes. Prints "ready" once the compositor has the keymap. A line "mods D L K G" on standard
+// input sets the keyboard's held, latched and locked modifiers and its group, as a user's
+// keys would; "ok" follows once the compositor has them.
 #include "virtual-keyboard-unstable-v1-client-protocol.h"
 
 #include <cstdio>
@@ -60,8 +62,15 @@ int main(int argc, char** argv) {
         return 1;
     std::printf("ready\n");
     std::fflush(stdout);
-    char buffer[64];
-    while (read(STDIN_FILENO, buffer, sizeof buffer) > 0) {
+    char line[128];
+    while (std::fgets(line, sizeof line, stdin)) {
+        unsigned depressed = 0, latched = 0, locked = 0, group = 0;
+        if (std::sscanf(line, "mods %u %u %u %u", &depressed, &latched, &locked, &group) == 4) {
+            zwp_virtual_keyboard_v1_modifiers(keyboard, depressed, latched, locked, group);
+            wl_display_roundtrip(display);
+            std::printf("ok\n");
+            std::fflush(stdout);
+        }
     }
     zwp_virtual_keyboard_v1_destroy(keyboard);
     wl_display_roundtrip(display);

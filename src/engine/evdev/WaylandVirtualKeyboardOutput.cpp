@@ -1,0 +1,289 @@
+#include "WaylandVirtualKeyboardOutput.h"
+
+#include "Logging.h"
+#include "virtual-keyboard-unstable-v1-client-protocol.h"
+
+#include <QHash>
+#include <QSocketNotifier>
+#include <cerrno>
+#include <cstring>
+#include <sys/mman.h>
+#include <unistd.h>
+#include <wayland-client.h>
+#include <xkbcommon/xkbcommon.h>
+
+namespace {
+// xkb keycodes start at 8; the keymap's keys are 9 and up, so key N is evdev code N - 8.
+constexpr uint32_t firstKeyCode = 9;
+constexpr uint32_t evdevOffset = 8;
+} // namespace
+
+struct WaylandVirtualKeyboardOutput::Wayland {
+    wl_display* display = nullptr;
+    wl_registry* registry = nullptr;
+    wl_seat* seat = nullptr;
+    zwp_virtual_keyboard_manager_v1* manager = nullptr;
+    zwp_virtual_keyboard_v1* keyboard = nullptr;
+
+    static void global(void* data, wl_registry* registry, uint32_t name, const char* interface,
+                       uint32_t) {
+        auto* self = static_cast<Wayland*>(data);
+        if (!self->seat && std::strcmp(interface, wl_seat_interface.name) == 0)
+            self->seat = static_cast<wl_seat*>(
+                wl_registry_bind(registry, name, &wl_seat_interface, 1)); // the user's seat
+        else if (!self->manager &&
+                 std::strcmp(interface, zwp_virtual_keyboard_manager_v1_interface.name) == 0)
+            self->manager = static_cast<zwp_virtual_keyboard_manager_v1*>(
+                wl_registry_bind(registry, name, &zwp_virtual_keyboard_manager_v1_interface, 1));
+    }
+    static void globalRemove(void*, wl_registry*, uint32_t) {}
+    static constexpr wl_registry_listener registryListener{global, globalRemove};
+
+    ~Wayland() {
+        if (keyboard)
+            zwp_virtual_keyboard_v1_destroy(keyboard);
+        if (manager)
+            zwp_virtual_keyboard_manager_v1_destroy(manager);
+        if (seat)
+            wl_seat_destroy(seat);
+        if (registry)
+            wl_registry_destroy(registry);
+        if (display) {
+            wl_display_flush(display);
+            wl_display_disconnect(display);
+        }
+    }
+};
+
+WaylandVirtualKeyboardOutput::WaylandVirtualKeyboardOutput(QObject* parent) : QObject(parent) {
+    m_stepTimer.setSingleShot(true);
+    connect(&m_stepTimer, &QTimer::timeout, this, [this] { step(); });
+    m_clock.start();
+}
+
+WaylandVirtualKeyboardOutput::~WaylandVirtualKeyboardOutput() {
+    if (m_job) {
+        m_job->finished = nullptr;
+        finish();
+    }
+    delete m_notifier;
+}
+
+bool WaylandVirtualKeyboardOutput::connectToCompositor(const QString& display) {
+    auto wayland = std::make_unique<Wayland>();
+    const QByteArray name = display.toLocal8Bit();
+    wayland->display = wl_display_connect(name.isEmpty() ? nullptr : name.constData());
+    if (!wayland->display)
+        return false;
+    wayland->registry = wl_display_get_registry(wayland->display);
+    wl_registry_add_listener(wayland->registry, &Wayland::registryListener, wayland.get());
+    if (wl_display_roundtrip(wayland->display) < 0 || !wayland->seat || !wayland->manager)
+        return false;
+    wayland->keyboard =
+        zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(wayland->manager, wayland->seat);
+    // A compositor may refuse (the protocol's "unauthorized"): that shows as an error here.
+    if (wl_display_roundtrip(wayland->display) < 0) {
+        qCInfo(lcEngine).noquote() << QStringLiteral("The compositor refused a virtual keyboard");
+        return false;
+    }
+    m_wayland = std::move(wayland);
+    delete m_notifier;
+    m_notifier = new QSocketNotifier(wl_display_get_fd(m_wayland->display), QSocketNotifier::Read);
+    connect(m_notifier, &QSocketNotifier::activated, this, [this] { readCompositor(); });
+    return true;
+}
+
+void WaylandVirtualKeyboardOutput::readCompositor() {
+    if (m_wayland && wl_display_dispatch(m_wayland->display) < 0) {
+        qCWarning(lcEngine).noquote()
+            << QStringLiteral("Lost the connection to the compositor; Typolet cannot type");
+        // Deferred: the notifier that called us goes with the connection.
+        QMetaObject::invokeMethod(
+            this, [this] { lost(); }, Qt::QueuedConnection);
+    }
+}
+
+void WaylandVirtualKeyboardOutput::lost() {
+    delete m_notifier;
+    m_notifier = nullptr;
+    m_wayland.reset();
+    if (m_job)
+        finish();
+}
+
+void WaylandVirtualKeyboardOutput::setSessionActive(bool active) {
+    m_sessionActive = active;
+    if (!active && m_job)
+        finish();
+}
+
+QList<uint32_t> WaylandVirtualKeyboardOutput::keysymsOf(const Expansion& actions) {
+    QList<uint32_t> keysyms;
+    for (const ExpansionAction& action : actions) {
+        switch (action.kind) {
+        case ExpansionAction::Kind::Erase:
+            keysyms.append(QList<uint32_t>(action.count, XKB_KEY_BackSpace));
+            continue;
+        case ExpansionAction::Kind::MoveLeft:
+            keysyms.append(QList<uint32_t>(action.count, XKB_KEY_Left));
+            continue;
+        case ExpansionAction::Kind::Type:
+        case ExpansionAction::Kind::Paste:
+            break;
+        }
+        // A text meant for the clipboard is typed as well: any character can be.
+        const QList<uint> text = action.text.toUcs4();
+        for (qsizetype i = 0; i < text.size(); ++i) {
+            const char32_t c = text[i];
+            if (c == u'\r' || c == u'\n') {
+                if (c == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n')
+                    ++i; // CR LF is one line break
+                keysyms.append(XKB_KEY_Return);
+            } else if (c == u'\t') {
+                keysyms.append(XKB_KEY_Tab);
+            } else if (c >= 0x20 && c != 0x7f) {
+                if (const uint32_t keysym = xkb_utf32_to_keysym(c))
+                    keysyms.append(keysym);
+            }
+        }
+    }
+    return keysyms;
+}
+
+QByteArray WaylandVirtualKeyboardOutput::keymapFor(const QList<uint32_t>& keysyms) {
+    const uint32_t last = firstKeyCode + uint32_t(keysyms.size()) - 1;
+    QByteArray codes, symbols;
+    for (qsizetype i = 0; i < keysyms.size(); ++i) {
+        const QByteArray key = "<K" + QByteArray::number(firstKeyCode + uint32_t(i)) + '>';
+        codes += "    " + key + " = " + QByteArray::number(firstKeyCode + uint32_t(i)) + ";\n";
+        char name[64] = {};
+        xkb_keysym_get_name(keysyms[i], name, sizeof name);
+        symbols += "    key " + key + " { [ " + QByteArray(name) + " ] };\n";
+    }
+    // One level per key, so no modifier changes what a key gives; the standard types and
+    // interpretations keep the keymap complete for every client.
+    return "xkb_keymap {\n"
+           "xkb_keycodes \"typolet\" {\n    minimum = 8;\n    maximum = " +
+           QByteArray::number(std::max(last, firstKeyCode)) + ";\n" + codes +
+           "};\n"
+           "xkb_types \"typolet\" { include \"complete\" };\n"
+           "xkb_compatibility \"typolet\" { include \"complete\" };\n"
+           "xkb_symbols \"typolet\" {\n" +
+           symbols + "};\n};\n";
+}
+
+void WaylandVirtualKeyboardOutput::perform(const Expansion& actions,
+                                           std::function<void()> finished) {
+    if (m_job)
+        finish(); // one expansion at a time; the engine never asks for two
+    m_job.emplace();
+    m_job->keysyms = keysymsOf(actions);
+    m_job->finished = std::move(finished);
+    if (!m_sessionActive || !m_wayland) {
+        qCWarning(lcEngine).noquote()
+            << (m_sessionActive
+                    ? QStringLiteral("Cannot type: the compositor's virtual keyboard is gone")
+                    : QStringLiteral("Not typing: the session is not the active one"));
+        finish();
+        return;
+    }
+    step();
+}
+
+void WaylandVirtualKeyboardOutput::cancel() {
+    if (m_job)
+        m_job->keysyms.resize(m_job->next);
+}
+
+bool WaylandVirtualKeyboardOutput::uploadKeymapFor(qsizetype from) {
+    Job& job = *m_job;
+    // The keys of this part: as many distinct keysyms as a keymap holds, from `from` on.
+    QList<uint32_t> keys;
+    for (qsizetype i = from; i < job.keysyms.size(); ++i) {
+        if (keys.contains(job.keysyms[i]))
+            continue;
+        if (keys.size() == keysPerKeymap)
+            break;
+        keys.append(job.keysyms[i]);
+    }
+    const QByteArray text = keymapFor(keys);
+    const int fd = memfd_create("typolet-keymap", MFD_CLOEXEC);
+    if (fd < 0 || ::write(fd, text.constData(), size_t(text.size()) + 1) != text.size() + 1) {
+        qCWarning(lcEngine).noquote()
+            << QStringLiteral("Stopped typing: no memory for a keymap (%1)")
+                   .arg(QString::fromLocal8Bit(std::strerror(errno)));
+        if (fd >= 0)
+            ::close(fd);
+        return false;
+    }
+    zwp_virtual_keyboard_v1_keymap(m_wayland->keyboard, WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1, fd,
+                                   uint32_t(text.size() + 1));
+    ::close(fd); // sent with the request
+    // Our keys are read without the user's modifiers and locks.
+    zwp_virtual_keyboard_v1_modifiers(m_wayland->keyboard, 0, 0, 0, 0);
+    job.keymap = keys;
+    return true;
+}
+
+void WaylandVirtualKeyboardOutput::step() {
+    if (!m_job || !m_wayland)
+        return;
+    Job& job = *m_job;
+    // What the last batch left in the connection goes first: a compositor that is behind
+    // gets the time it needs.
+    if (wl_display_flush(m_wayland->display) < 0) {
+        if (errno == EAGAIN) {
+            m_stepTimer.start(batchIntervalMs);
+            return;
+        }
+        qCWarning(lcEngine).noquote()
+            << QStringLiteral("Lost the connection to the compositor; Typolet cannot type");
+        QMetaObject::invokeMethod(
+            this, [this] { lost(); }, Qt::QueuedConnection);
+        return;
+    }
+    for (int taps = 0; taps < keysPerBatch && job.next < job.keysyms.size(); ++taps) {
+        const uint32_t keysym = job.keysyms[job.next];
+        qsizetype index = job.keymap.indexOf(keysym);
+        if (index < 0) {
+            if (!uploadKeymapFor(job.next)) {
+                finish();
+                return;
+            }
+            index = job.keymap.indexOf(keysym);
+        }
+        tap(firstKeyCode + uint32_t(index));
+        ++job.next;
+    }
+    wl_display_flush(m_wayland->display);
+    if (job.next < job.keysyms.size()) {
+        m_stepTimer.start(batchIntervalMs);
+        return;
+    }
+    // Finished once the compositor has taken every key: it answers a sync after them.
+    wl_callback* done = wl_display_sync(m_wayland->display);
+    static constexpr wl_callback_listener listener{[](void* data, wl_callback* callback, uint32_t) {
+        wl_callback_destroy(callback);
+        auto* self = static_cast<WaylandVirtualKeyboardOutput*>(data);
+        if (self->m_job && self->m_job->next == self->m_job->keysyms.size())
+            self->finish();
+    }};
+    wl_callback_add_listener(done, &listener, this);
+    wl_display_flush(m_wayland->display);
+}
+
+void WaylandVirtualKeyboardOutput::tap(uint32_t keyCode) {
+    const uint32_t time = uint32_t(m_clock.elapsed());
+    zwp_virtual_keyboard_v1_key(m_wayland->keyboard, time, keyCode - evdevOffset,
+                                WL_KEYBOARD_KEY_STATE_PRESSED);
+    zwp_virtual_keyboard_v1_key(m_wayland->keyboard, time, keyCode - evdevOffset,
+                                WL_KEYBOARD_KEY_STATE_RELEASED);
+}
+
+void WaylandVirtualKeyboardOutput::finish() {
+    m_stepTimer.stop();
+    Job job = std::move(*m_job);
+    m_job.reset();
+    if (job.finished)
+        QMetaObject::invokeMethod(this, job.finished, Qt::QueuedConnection);
+}
