@@ -21,7 +21,10 @@ class LibraryFile;
 //  - excludedApplications: the applications (by window class) where nothing expands;
 //  - pauseKeys: the desktop-wide keys that pause and resume, "Ctrl+Alt+Space" when absent;
 //  - keyboardLayout: in a Wayland session, the layout typed keys are read and typed with, as
-//    xkb-data names it ("de", "de(nodeadkeys)"); absent or empty: the one the desktop uses.
+//    xkb-data names it ("de", "de(nodeadkeys)"); absent or empty: the one the desktop uses;
+//  - syncFolder: the folder the library is synced through; absent or empty: none;
+//  - syncComputerId: this computer's id in that folder, 8 random characters made once. These
+//    two, like every preference, stay on this computer: only the library goes to the folder.
 // Every write goes to disk at once, through the library file's one owner; a change another
 // program makes to a preference is announced as if it were made here.
 class Preferences : public QObject {
@@ -65,6 +68,11 @@ public:
     QString keyboardLayout() const;
     bool setKeyboardLayout(const QString& layout);
 
+    QString syncFolder() const;
+    bool setSyncFolder(const QString& folder);
+    // Made and kept the first time it is asked for.
+    QString syncComputerId();
+
     // Not stored: the layout in use now, as the engine describes it ("German (from the
     // desktop)"); empty where the layout cannot be chosen (X11 follows the server's).
     QString layoutInUse() const { return m_layoutInUse; }
@@ -93,6 +101,8 @@ public:
     static constexpr const char* excludedApplicationsKey = "excludedApplications";
     static constexpr const char* pauseKeysKey = "pauseKeys";
     static constexpr const char* keyboardLayoutKey = "keyboardLayout";
+    static constexpr const char* syncFolderKey = "syncFolder";
+    static constexpr const char* syncComputerIdKey = "syncComputerId";
 
 signals:
     void startAtLoginChanged(bool enabled);

@@ -379,6 +379,13 @@ void SnippetStore::saveOverDamagedRecords() {
     save(true, true);
 }
 
+std::optional<DataError> SnippetStore::replaceLibrary(QList<Category> categories,
+                                                     QList<Snippet> snippets) {
+    setCategories(std::move(categories));
+    setSnippets(std::move(snippets));
+    return saved(save(true, true));
+}
+
 std::optional<DataError> SnippetStore::restoreVersion(const QString& versionPath) {
     QFile file(versionPath);
     if (!file.open(QIODevice::ReadOnly))

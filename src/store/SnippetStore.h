@@ -69,6 +69,12 @@ public:
     // is now is kept in the history first.
     [[nodiscard]] std::optional<DataError> restoreVersion(const QString& versionPath);
 
+    // Both lists at once, as another computer's library merged with this one gives them, saved
+    // once. Nothing is checked: each record was checked where it was made, and a command two
+    // computers each gave a snippet stays twice until the user changes one.
+    [[nodiscard]] std::optional<DataError> replaceLibrary(QList<Category> categories,
+                                                          QList<Snippet> snippets);
+
     // Direct changes to the snippet list for loading many at once (and for tests); they are
     // not saved until saveSnippets(). Appending a snippet with a blank command is refused.
     void setSnippets(QList<Snippet> snippets);
