@@ -111,6 +111,16 @@ SnippetStore::CommandClash SnippetStore::commandClash(const QString& command,
                                                       Snippet::Trigger trigger) const {
     if (isBlankCommand(command))
         return {};
+    // Two computers of a synced folder may each have given a snippet the same command: both
+    // stay, the one listed first (changed last) expands, until the user changes one.
+    if (!snippetId.isNull()) {
+        for (const Snippet& other : m_snippets) {
+            if (other.command == command && other.id != snippetId)
+                return {tr("Another snippet has this command too (another computer added it): "
+                           "the one changed last expands. Change one of the two commands."),
+                        {}, {}};
+        }
+    }
     for (const Snippet& other : m_snippets) {
         if (other.id == snippetId || other.command == command || isBlankCommand(other.command))
             continue;

@@ -92,7 +92,9 @@ public:
     // Why `command` and another snippet's command cannot both be typed: a command that shows
     // up inside another, short of its end, expands while the longer one is typed (";sig" inside
     // ";signature"), unless it waits for a word to end and the longer one goes on with a
-    // letter there. A warning, not a refusal; the cure is to let the shorter one wait.
+    // letter there. A warning, not a refusal; the cure is to let the shorter one wait. For an
+    // existing snippet, also another snippet with the very same command (from a synced folder);
+    // there is no shorter command then.
     struct CommandClash {
         QString message; // empty when there is none
         QString shorterCommand;

@@ -92,6 +92,7 @@ private slots:
     void changesTravelAndStayInTheirFormat();
     void collisionKeepsTheLoserInTheHistory();
     void firstChoiceMergesWhatIsThere();
+    void sameCommandOnTwoComputers();
     void filesLeftHalfWayChangeNothing_data();
     void filesLeftHalfWayChangeNothing();
     void conflictCopiesAreMergedAndMoved_data();
@@ -195,6 +196,26 @@ void SyncFolderTest::firstChoiceMergesWhatIsThere() {
     QCOMPARE(library(b.store),
              (QStringList{QStringLiteral(";a1=1"), QStringLiteral(";a2=2"), QStringLiteral(";b1=b")}));
     QVERIFY(b.store.category(a.store.categories().last().id));
+}
+
+void SyncFolderTest::sameCommandOnTwoComputers() {
+    Computer a(QStringLiteral("aaaa1111")), b(QStringLiteral("bbbb2222"));
+    QVERIFY(!a.sync.start(a.folder()));
+    QVERIFY(!b.sync.start(b.folder()));
+    QVERIFY(!a.store.addSnippet(Snippet::create(QStringLiteral(";sig"), QStringLiteral("A"),
+                                                Category::defaultCategoryId)));
+    a.sync.publish();
+    QTest::qWait(20);
+    QVERIFY(!b.store.addSnippet(Snippet::create(QStringLiteral(";sig"), QStringLiteral("B"),
+                                                Category::defaultCategoryId)));
+    exchange(a, b);
+    for (const Computer* computer : {&a, &b}) {
+        // Both kept, the newer first (the one the engine expands), each marked.
+        QCOMPARE(library(computer->store), (QStringList{QStringLiteral(";sig=A"), QStringLiteral(";sig=B")}));
+        QCOMPARE(computer->store.snippets().first().content, QStringLiteral("B"));
+        for (const Snippet& snippet : computer->store.snippets())
+            QVERIFY(!computer->store.commandClash(snippet.command, snippet.id).message.isEmpty());
+    }
 }
 
 void SyncFolderTest::filesLeftHalfWayChangeNothing_data() {
