@@ -7,6 +7,7 @@
 #include <QJsonDocument>
 #include <QRegularExpression>
 #include <algorithm>
+#include <simdjson.h>
 
 namespace {
 const QLatin1String kVersion("version"), kCategories("categories"), kSnippets("snippets"),
@@ -18,14 +19,6 @@ QJsonArray stampOf(const SyncMerge::Record& record) {
     return {record.stamp.time, record.stamp.computer, record.basedOn};
 }
 
-// The stamp of a live record, from "stamps".
-void readStamp(const QJsonValue& value, SyncMerge::Record& record) {
-    const QJsonArray stamp = value.toArray();
-    if (stamp.size() < 3 || !stamp[0].isDouble() || !stamp[1].isString() || !stamp[2].isDouble())
-        return;
-    record.stamp = {stamp[0].toDouble(), stamp[1].toString()};
-    record.basedOn = stamp[2].toDouble();
-}
 } // namespace
 
 QJsonObject SyncFile::toJson(const QString& computer, const QString& name,
@@ -89,7 +82,168 @@ QByteArray SyncFile::encode(const QString& computer, const QString& name,
     return QJsonDocument(toJson(computer, name, library)).toJson(QJsonDocument::Indented);
 }
 
+namespace {
+// A file's parts as read, before they become records: the lists through the store's own reader
+// (checked exactly as stored records), the stamps by id.
+struct Parts {
+    QList<Category> categories;
+    QList<Snippet> snippets;
+    QJsonArray afterWordEnd;
+    QString computer, name;
+    QHash<QUuid, SyncMerge::Record> stamps; // stamp and basedOn only
+    QList<std::pair<QUuid, SyncMerge::Record>> deletedSnippets, deletedCategories;
+};
+
+SyncFile::Contents assemble(Parts& parts) {
+    SyncFile::Contents contents;
+    contents.computer = parts.computer;
+    contents.name = parts.name;
+    RecordCodec::markAfterWordEnd(parts.afterWordEnd, parts.snippets);
+    SyncMerge::Library& library = contents.library;
+    library.categories.reserve(parts.categories.size());
+    library.snippets.reserve(parts.snippets.size());
+    const auto stamped = [&](const QUuid& id, double createdAt) {
+        // Without a stamp: changed when it was created, by no computer.
+        const auto found = parts.stamps.constFind(id);
+        if (found != parts.stamps.cend())
+            return *found;
+        SyncMerge::Record record;
+        record.stamp.time = createdAt;
+        return record;
+    };
+    for (const Category& category : std::as_const(parts.categories)) {
+        SyncMerge::Record record = stamped(category.id, category.createdAt);
+        record.category = category;
+        library.categories.insert(category.id, record);
+    }
+    for (const Snippet& snippet : std::as_const(parts.snippets)) {
+        SyncMerge::Record record = stamped(snippet.id, snippet.createdAt);
+        record.snippet = snippet;
+        library.snippets.insert(snippet.id, record);
+    }
+    const auto addMarks = [](QHash<QUuid, SyncMerge::Record>& records, const auto& marks) {
+        for (const auto& [id, mark] : marks) {
+            // A live record and a mark for one id: the newer stands.
+            const auto live = records.constFind(id);
+            if (live == records.cend() || live->stamp < mark.stamp)
+                records.insert(id, mark);
+        }
+    };
+    addMarks(library.snippets, parts.deletedSnippets);
+    addMarks(library.categories, parts.deletedCategories);
+    return contents;
+}
+
+SyncMerge::Record markOf(const QUuid& id, double time, const QString& computer, double basedOn) {
+    SyncMerge::Record record;
+    record.deleted = true;
+    record.stamp = {time, computer};
+    record.basedOn = basedOn;
+    record.snippet.id = record.category.id = id;
+    return record;
+}
+
+QString text(std::string_view view) {
+    return QString::fromUtf8(view.data(), qsizetype(view.size()));
+}
+
+// The same with simdjson: a folder of five computers' files of 10,000 snippets is read several
+// times faster than through Qt's JSON tree.
+std::optional<Parts> simdjsonParts(const QByteArray& json, bool* isLibrary) {
+    using namespace simdjson;
+    *isLibrary = false;
+    // Kept between files: a parser's buffers for a file of megabytes cost more to map afresh
+    // than the parse itself.
+    thread_local dom::parser parser;
+    dom::element root;
+    if (parser.parse(json.constData(), size_t(json.size())).get(root) != SUCCESS)
+        return std::nullopt;
+    double version = 0;
+    dom::array categories, snippets;
+    if (root["version"].get_double().get(version) != SUCCESS ||
+        root["categories"].get_array().get(categories) != SUCCESS ||
+        root["snippets"].get_array().get(snippets) != SUCCESS || version > TypoletLibraryFile::version)
+        return std::nullopt;
+    Parts parts;
+    const auto list = [](const dom::array& array) {
+        return QByteArray::fromStdString(simdjson::minify(array));
+    };
+    const auto decodedCategories = RecordCodec::decodeCategories(list(categories));
+    const auto decodedSnippets = RecordCodec::decodeSnippets(list(snippets));
+    if (!decodedCategories || !decodedSnippets)
+        return std::nullopt;
+    parts.categories = *decodedCategories;
+    parts.snippets = *decodedSnippets;
+    dom::array afterWordEnd;
+    if (root["afterWordEnd"].get_array().get(afterWordEnd) == SUCCESS) {
+        for (dom::element id : afterWordEnd) {
+            std::string_view value;
+            if (id.get_string().get(value) == SUCCESS)
+                parts.afterWordEnd.append(text(value));
+        }
+    }
+    dom::object sync;
+    if (root["sync"].get_object().get(sync) == SUCCESS) {
+        std::string_view value;
+        if (sync["computer"].get_string().get(value) == SUCCESS)
+            parts.computer = text(value);
+        if (sync["name"].get_string().get(value) == SUCCESS)
+            parts.name = text(value);
+        dom::object stamps;
+        if (sync["stamps"].get_object().get(stamps) == SUCCESS) {
+            parts.stamps.reserve(qsizetype(stamps.size()));
+            for (dom::key_value_pair pair : stamps) {
+                dom::array stamp;
+                double time = 0, basedOn = 0;
+                std::string_view computer;
+                // Only looked up, never kept: QUuid's own parse of the bytes is check enough.
+                const QUuid id = pair.key.size() == 36
+                                     ? QUuid::fromString(QLatin1StringView(pair.key.data(), 36))
+                                     : QUuid();
+                if ((id.isNull() && pair.key != "00000000-0000-0000-0000-000000000000") ||
+                    pair.value.get_array().get(stamp) != SUCCESS || stamp.size() < 3 ||
+                    stamp.at(0).get_double().get(time) != SUCCESS ||
+                    stamp.at(1).get_string().get(computer) != SUCCESS ||
+                    stamp.at(2).get_double().get(basedOn) != SUCCESS)
+                    continue;
+                SyncMerge::Record record;
+                record.stamp = {time, text(computer)};
+                record.basedOn = basedOn;
+                parts.stamps.insert(id, record);
+            }
+        }
+        dom::array deleted;
+        if (sync["deleted"].get_array().get(deleted) == SUCCESS) {
+            for (dom::element mark : deleted) {
+                std::string_view id, kind, computer;
+                double time = 0, basedOn = 0;
+                if (mark["id"].get_string().get(id) != SUCCESS ||
+                    mark["kind"].get_string().get(kind) != SUCCESS ||
+                    mark["time"].get_double().get(time) != SUCCESS)
+                    continue; // a mark that cannot be read deletes nothing
+                // Optional: a mark without them is older than any computer's stamp.
+                if (mark["computer"].get_string().get(computer) != SUCCESS)
+                    computer = {};
+                if (mark["basedOn"].get_double().get(basedOn) != SUCCESS)
+                    basedOn = 0;
+                const auto uuid = RecordCodec::parseUuid(text(id));
+                if (!uuid || (kind != "snippet" && kind != "category"))
+                    continue;
+                (kind == "snippet" ? parts.deletedSnippets : parts.deletedCategories)
+                    .append({*uuid, markOf(*uuid, time, text(computer), basedOn)});
+            }
+        }
+    }
+    *isLibrary = true;
+    return parts;
+}
+} // namespace
+
 std::optional<SyncFile::Contents> SyncFile::decode(const QByteArray& json, QString* error) {
+    bool isLibrary = false;
+    if (auto parts = simdjsonParts(json, &isLibrary))
+        return assemble(*parts);
+    // Whatever simdjson refuses goes through Qt's reader, which also says what is wrong.
     QJsonParseError parseError{};
     const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
     if (parseError.error != QJsonParseError::NoError) {
@@ -116,7 +270,6 @@ std::optional<SyncFile::Contents> SyncFile::fromJson(const QJsonObject& root, QS
         *error = tr("written by a newer Typolet (library version %1)").arg(version.toDouble());
         return std::nullopt;
     }
-    // The records go through the store's own reader, checked exactly as stored ones.
     const auto compact = [&](QLatin1String key) {
         return QJsonDocument(root.value(key).toArray()).toJson(QJsonDocument::Compact);
     };
@@ -126,29 +279,24 @@ std::optional<SyncFile::Contents> SyncFile::fromJson(const QJsonObject& root, QS
         *error = tr("not a Typolet library");
         return std::nullopt;
     }
-    RecordCodec::markAfterWordEnd(root.value(kAfterWordEnd).toArray(), *snippets);
-
+    Parts parts;
+    parts.categories = std::move(*categories);
+    parts.snippets = std::move(*snippets);
+    parts.afterWordEnd = root.value(kAfterWordEnd).toArray();
     const QJsonObject sync = root.value(kSync).toObject();
+    parts.computer = sync.value(kComputer).toString();
+    parts.name = sync.value(kName).toString();
     const QJsonObject stamps = sync.value(kStamps).toObject();
-    Contents contents;
-    contents.computer = sync.value(kComputer).toString();
-    contents.name = sync.value(kName).toString();
-    SyncMerge::Library& library = contents.library;
-    library.categories.reserve(categories->size());
-    library.snippets.reserve(snippets->size());
-    for (const Category& category : std::as_const(*categories)) {
+    for (auto it = stamps.constBegin(); it != stamps.constEnd(); ++it) {
+        const QJsonArray stamp = it.value().toArray();
+        const auto id = RecordCodec::parseUuid(it.key());
+        if (!id || stamp.size() < 3 || !stamp[0].isDouble() || !stamp[1].isString() ||
+            !stamp[2].isDouble())
+            continue;
         SyncMerge::Record record;
-        record.stamp.time = category.createdAt;
-        record.category = category;
-        readStamp(stamps.value(RecordCodec::uuidString(category.id)), record);
-        library.categories.insert(category.id, record);
-    }
-    for (const Snippet& snippet : std::as_const(*snippets)) {
-        SyncMerge::Record record;
-        record.stamp.time = snippet.createdAt;
-        record.snippet = snippet;
-        readStamp(stamps.value(RecordCodec::uuidString(snippet.id)), record);
-        library.snippets.insert(snippet.id, record);
+        record.stamp = {stamp[0].toDouble(), stamp[1].toString()};
+        record.basedOn = stamp[2].toDouble();
+        parts.stamps.insert(*id, record);
     }
     for (const QJsonValue& value : sync.value(kDeleted).toArray()) {
         const QJsonObject mark = value.toObject();
@@ -156,19 +304,12 @@ std::optional<SyncFile::Contents> SyncFile::fromJson(const QJsonObject& root, QS
         const QString kind = mark.value(kKind).toString();
         if (!id || !mark.value(kTime).isDouble() || (kind != kSnippet && kind != kCategory))
             continue; // a mark that cannot be read deletes nothing
-        SyncMerge::Record record;
-        record.deleted = true;
-        record.stamp = {mark.value(kTime).toDouble(), mark.value(kComputer).toString()};
-        record.basedOn = mark.value(kBasedOn).toDouble();
-        auto& records = kind == kSnippet ? library.snippets : library.categories;
-        // A live record and a mark for one id: the newer stands.
-        const auto live = records.constFind(*id);
-        if (live == records.cend() || live->stamp < record.stamp) {
-            record.snippet.id = record.category.id = *id;
-            records.insert(*id, record);
-        }
+        (kind == kSnippet ? parts.deletedSnippets : parts.deletedCategories)
+            .append({*id, markOf(*id, mark.value(kTime).toDouble(),
+                                 mark.value(kComputer).toString(),
+                                 mark.value(kBasedOn).toDouble())});
     }
-    return contents;
+    return assemble(parts);
 }
 
 QString SyncFile::fileName(const QString& hostName, const QString& computer) {
