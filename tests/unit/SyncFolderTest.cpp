@@ -89,6 +89,7 @@ QStringList library(const SnippetStore& store) {
 class SyncFolderTest : public QObject {
     Q_OBJECT
 private slots:
+    void fileReadsBackAsWritten();
     void changesTravelAndStayInTheirFormat();
     void collisionKeepsTheLoserInTheHistory();
     void firstChoiceMergesWhatIsThere();
@@ -98,6 +99,49 @@ private slots:
     void conflictCopiesAreMergedAndMoved_data();
     void conflictCopiesAreMergedAndMoved();
 };
+
+void SyncFolderTest::fileReadsBackAsWritten() {
+    // Every kind of record: the default category (the nil id), one that waits for a word to end,
+    // deletion marks of both kinds, changes by two computers.
+    Snippet waiting = Snippet::create(QStringLiteral(";w"), QStringLiteral("wait"),
+                                      Category::defaultCategoryId, Snippet::Trigger::AfterWordEnd);
+    const Snippet gone = Snippet::create(QStringLiteral(";g"), QStringLiteral("g"),
+                                         Category::defaultCategoryId);
+    const Category work = Category::create(QStringLiteral("Work"));
+    SyncMerge::Library library;
+    SyncMerge::stampLocalChanges(library, {Category::defaultCategory(), work}, {waiting, gone},
+                                 QStringLiteral("aaaa1111"), 100);
+    waiting.content = QStringLiteral("waits ünïcödé");
+    SyncMerge::stampLocalChanges(library, {Category::defaultCategory()}, {waiting},
+                                 QStringLiteral("bbbb2222"), 200);
+    const QByteArray bytes = SyncFile::encode(QStringLiteral("bbbb2222"), QStringLiteral("desk"), library);
+
+    QString error;
+    const auto fast = SyncFile::decode(bytes, &error);
+    const auto plain = SyncFile::fromJson(QJsonDocument::fromJson(bytes).object(), &error);
+    QVERIFY(fast && plain);
+    for (const auto* read : {&*fast, &*plain}) {
+        QCOMPARE(read->computer, QStringLiteral("bbbb2222"));
+        QCOMPARE(read->name, QStringLiteral("desk"));
+        for (const auto kind : {&SyncMerge::Library::snippets, &SyncMerge::Library::categories}) {
+            const auto& written = library.*kind;
+            const auto& back = read->library.*kind;
+            QCOMPARE(back.size(), written.size());
+            for (auto it = written.cbegin(); it != written.cend(); ++it) {
+                const SyncMerge::Record& record = back.value(it.key());
+                QCOMPARE(record.stamp.key(), it->stamp.key());
+                QCOMPARE(record.basedOn, it->basedOn);
+                QCOMPARE(record.deleted, it->deleted);
+                QVERIFY(kind == &SyncMerge::Library::snippets
+                            ? SyncMerge::sameContent(record.snippet, it->snippet)
+                            : SyncMerge::sameContent(record.category, it->category));
+            }
+        }
+    }
+    QVERIFY(fast->library.snippets.value(waiting.id).snippet.expandsAfterWordEnd());
+    QVERIFY(fast->library.snippets.value(gone.id).deleted);
+    QVERIFY(fast->library.categories.value(work.id).deleted);
+}
 
 void SyncFolderTest::changesTravelAndStayInTheirFormat() {
     Computer a(QStringLiteral("aaaa1111")), b(QStringLiteral("bbbb2222"));

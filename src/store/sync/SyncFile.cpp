@@ -165,15 +165,9 @@ std::optional<Parts> simdjsonParts(const QByteArray& json, bool* isLibrary) {
         root["snippets"].get_array().get(snippets) != SUCCESS || version > TypoletLibraryFile::version)
         return std::nullopt;
     Parts parts;
-    const auto list = [](const dom::array& array) {
-        return QByteArray::fromStdString(simdjson::minify(array));
-    };
-    const auto decodedCategories = RecordCodec::decodeCategories(list(categories));
-    const auto decodedSnippets = RecordCodec::decodeSnippets(list(snippets));
-    if (!decodedCategories || !decodedSnippets)
-        return std::nullopt;
-    parts.categories = *decodedCategories;
-    parts.snippets = *decodedSnippets;
+    // The records through the store's own reader, checked exactly as stored ones.
+    parts.categories = RecordCodec::decodeCategories(categories);
+    parts.snippets = RecordCodec::decodeSnippets(snippets);
     dom::array afterWordEnd;
     if (root["afterWordEnd"].get_array().get(afterWordEnd) == SUCCESS) {
         for (dom::element id : afterWordEnd) {
