@@ -90,6 +90,9 @@ SyncCard::SyncCard(SyncFolder& sync, Preferences& preferences, QWidget* parent)
         m_collisions = message;
         showProblems();
     });
+    connect(&m_sync, &SyncFolder::writeFailed, this, [this](const QString& message) {
+        m_status->setText(message);
+    });
     showState();
     showProblems();
 }

@@ -58,6 +58,8 @@ SyncFolder::SyncFolder(SnippetStore& store, QString computer, QString statePath,
             qOverload<>(&QTimer::start));
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, &m_readSoon, qOverload<>(&QTimer::start));
     const auto changed = [this] {
+        if (!m_applying)
+            m_localChanges = true;
         if (isActive() && !m_applying)
             m_writeSoon.start();
     };
@@ -107,6 +109,9 @@ std::optional<QString> SyncFolder::start(const QString& folder) {
     m_computers.clear();
     m_unreadable.clear();
     m_written.clear();
+    m_savedHandled = -1;
+    m_localChanges = false;
+    m_writePending = false;
     readFolder();
     writeOwnFile();
     m_addedOnStart = 0;
@@ -155,8 +160,11 @@ bool SyncFolder::storeIsWhole() const {
 
 bool SyncFolder::stampLocalChanges() {
     m_writeSoon.stop();
-    return isActive() && storeIsWhole() &&
-           SyncMerge::stampLocalChanges(m_state.library, m_store.categories(), m_store.snippets(),
+    // The store announces every change, so an unchanged store needs no comparison.
+    if (!isActive() || !m_localChanges || !storeIsWhole())
+        return false;
+    m_localChanges = false;
+    return SyncMerge::stampLocalChanges(m_state.library, m_store.categories(), m_store.snippets(),
                                         m_computer, Timestamp::now());
 }
 
@@ -248,7 +256,7 @@ void SyncFolder::readFolder() {
     for (const QString& path : std::as_const(conflictCopies))
         moveConflictCopy(path);
     // This computer's file says what it now holds, and comes back if something took it away.
-    if (stamped || signatureOf(ownFilePath()) != m_ownSignature || !conflictCopies.isEmpty() ||
+    if (stamped || m_writePending || signatureOf(ownFilePath()) != m_ownSignature || !conflictCopies.isEmpty() ||
         total.changedAnything() || total.hasLosses() || listChanged)
         writeOwnFile();
     watchFiles();
@@ -327,15 +335,23 @@ void SyncFolder::writeOwnFile() {
     SyncMerge::forgetOldDeletions(m_state.library, Timestamp::now());
     const QByteArray text = SyncFile::encode(m_computer, m_hostName, m_state.library);
     const QString path = ownFilePath();
-    if (text != m_written || signatureOf(path) != m_ownSignature) {
+    const bool changed = text != m_written;
+    if (changed || signatureOf(path) != m_ownSignature) {
         // Readable by its owner only, as the library itself; the sync engine runs as the user.
         if (const auto error = AtomicFile::write(path, text)) {
+            // Tried again at the next look at the folder.
+            m_writePending = true;
             emit writeFailed(tr("Could not write %1: %2").arg(path, *error));
-            return;
+        } else {
+            m_writePending = false;
+            m_written = text;
+            m_ownSignature = signatureOf(path);
         }
-        m_written = text;
-        m_ownSignature = signatureOf(path);
     }
+    // The state holds what the file holds, and the collisions already reported.
+    if (!changed && m_state.handled.size() == m_savedHandled)
+        return;
+    m_savedHandled = m_state.handled.size();
     if (const auto error = m_state.save())
         qCWarning(lcStore).noquote() << QStringLiteral("Could not keep the sync state in %1: %2")
                                             .arg(m_state.path(), *error);

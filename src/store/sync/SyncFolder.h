@@ -108,6 +108,9 @@ private:
     SyncState m_state;
     QString m_folder;
     bool m_applying = false;
+    bool m_localChanges = false; // the store changed since its lists were last stamped
+    qsizetype m_savedHandled = -1;
+    bool m_writePending = false; // this computer's file could not be written
     int m_addedOnStart = 0;
     QByteArray m_written;      // this computer's file as last written
     Signature m_ownSignature;  // and as it was then on disk
