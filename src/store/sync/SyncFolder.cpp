@@ -99,9 +99,11 @@ std::optional<QString> SyncFolder::start(const QString& folder) {
     m_folder = absolute;
     // Without a state of this folder, the library here is as old as its records: whatever
     // another computer changed since wins over it.
+    // Records of a library file that could not be read whole are not taken for deletions.
     const bool known = m_state.load(m_folder);
-    SyncMerge::stampLocalChanges(m_state.library, m_store.categories(), m_store.snippets(),
-                                 m_computer, Timestamp::now(), !known);
+    if (!known || storeIsWhole())
+        SyncMerge::stampLocalChanges(m_state.library, m_store.categories(), m_store.snippets(),
+                                     m_computer, Timestamp::now(), !known);
     QSet<QUuid> before;
     for (const Snippet& snippet : m_store.snippets())
         before.insert(snippet.id);
