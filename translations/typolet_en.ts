@@ -1041,10 +1041,10 @@ This will permanently delete all %n snippets in this category.</numerusform>
         </translation>
     </message>
     <message numerus="yes">
-        <source>%1: %n snippet(s), last change %2</source>
+        <source>%1: %n snippet(s), changed %2</source>
         <translation>
-            <numerusform>%1: %n snippet, last change %2</numerusform>
-            <numerusform>%1: %n snippets, last change %2</numerusform>
+            <numerusform>%1: %n snippet, changed %2</numerusform>
+            <numerusform>%1: %n snippets, changed %2</numerusform>
         </translation>
     </message>
 </context>

@@ -48,20 +48,24 @@ SyncCard::SyncCard(SyncFolder& sync, Preferences& preferences, QWidget* parent)
     m_choose->setAccessibleName(title->text());
     title->setBuddy(m_choose);
     row->addWidget(m_choose);
-    m_stop = new QPushButton(tr("Stop Syncing"), this);
-    row->addWidget(m_stop);
     content->addLayout(row);
 
+    auto* folderRow = new QHBoxLayout();
+    folderRow->setContentsMargins(textIndent, 0, 0, 0);
     m_folder = new QLabel(this);
     m_folder->setFont(UiTheme::system(12));
     m_folder->setWordWrap(true);
     m_folder->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_folder->setContentsMargins(textIndent, 0, 0, 0);
-    content->addWidget(m_folder);
+    folderRow->addWidget(m_folder, 1);
+    m_stop = new QPushButton(tr("Stop Syncing"), this);
+    folderRow->addWidget(m_stop, 0, Qt::AlignTop);
+    content->addLayout(folderRow);
 
     m_computers = new QListWidget(this);
     m_computers->setAccessibleName(tr("Computers in the folder"));
     m_computers->setMaximumHeight(72);
+    m_computers->setTextElideMode(Qt::ElideMiddle);
+    m_computers->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     auto* listRow = new QHBoxLayout();
     listRow->setContentsMargins(textIndent, 0, 0, 0);
     listRow->addWidget(m_computers);
@@ -69,6 +73,7 @@ SyncCard::SyncCard(SyncFolder& sync, Preferences& preferences, QWidget* parent)
 
     m_status = smallText({}, this);
     m_status->setObjectName(QStringLiteral("syncStatus"));
+    m_status->setVisible(false);
     content->addWidget(m_status);
     m_problems = smallText({}, this);
     m_problems->setObjectName(QStringLiteral("syncProblems"));
@@ -90,22 +95,20 @@ SyncCard::SyncCard(SyncFolder& sync, Preferences& preferences, QWidget* parent)
         m_collisions = message;
         showProblems();
     });
-    connect(&m_sync, &SyncFolder::writeFailed, this, [this](const QString& message) {
-        m_status->setText(message);
-    });
+    connect(&m_sync, &SyncFolder::writeFailed, this, &SyncCard::showStatus);
     showState();
     showProblems();
 }
 
 void SyncCard::chooseFolder(const QString& folder) {
     if (const auto error = m_sync.start(folder)) {
-        m_status->setText(*error);
+        showStatus(*error);
         showState();
         return;
     }
     m_preferences.setSyncFolder(m_sync.folder());
     const int added = m_sync.addedOnStart();
-    m_status->setText(added > 0 ? tr("Added %n snippet(s) from the other computers in this folder.",
+    showStatus(added > 0 ? tr("Added %n snippet(s) from the other computers in this folder.",
                                      nullptr, added)
                                 : tr("Nothing to add from this folder: no other computer's "
                                      "snippets are new here."));
@@ -116,9 +119,14 @@ void SyncCard::stopSyncing() {
     m_sync.stop();
     m_preferences.setSyncFolder({});
     m_collisions.clear();
-    m_status->setText(tr("Not syncing any more; the library stays on this computer."));
+    showStatus(tr("Not syncing any more; the library stays on this computer."));
     showState();
     showProblems();
+}
+
+void SyncCard::showStatus(const QString& text) {
+    m_status->setText(text);
+    m_status->setVisible(!text.isEmpty());
 }
 
 void SyncCard::showState() {
@@ -132,12 +140,14 @@ void SyncCard::showState() {
     for (const SyncFolder::Computer& computer : m_sync.computers()) {
         const QString when = computer.lastChange.isValid()
                                  ? locale.toString(computer.lastChange.toLocalTime(),
-                                                   QLocale::ShortFormat)
+                                                   QLocale::NarrowFormat)
                                  : tr("no change yet");
         const QString name = computer.thisComputer ? tr("%1 (this computer)").arg(computer.name)
                                                    : computer.name;
-        m_computers->addItem(tr("%1: %n snippet(s), last change %2", nullptr, computer.snippets)
-                                 .arg(name, when));
+        auto* item = new QListWidgetItem(
+            tr("%1: %n snippet(s), changed %2", nullptr, computer.snippets).arg(name, when),
+            m_computers);
+        item->setToolTip(computer.fileName);
     }
 }
 

@@ -34,6 +34,7 @@ public:
     ToneLabel* problemsLabel() const { return m_problems; }
 
 private:
+    void showStatus(const QString& text);
     void showState();
     void showProblems();
 
