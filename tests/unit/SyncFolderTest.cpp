@@ -240,6 +240,8 @@ void SyncFolderTest::firstChoiceMergesWhatIsThere() {
     QCOMPARE(library(b.store),
              (QStringList{QStringLiteral(";a1=1"), QStringLiteral(";a2=2"), QStringLiteral(";b1=b")}));
     QVERIFY(b.store.category(a.store.categories().last().id));
+    // The library as it was before the first merge is in the history.
+    QCOMPARE(b.historyReasons().filter(QStringLiteral("-import.conf")).size(), 1);
 }
 
 void SyncFolderTest::sameCommandOnTwoComputers() {

@@ -114,7 +114,11 @@ std::optional<QString> SyncFolder::start(const QString& folder) {
     m_savedHandled = -1;
     m_localChanges = false;
     m_writePending = false;
+    // The first look at a folder may replace versions of this library with other computers'
+    // (whichever changed later): the library as it was goes into the history first.
+    m_keepBeforeApplying = !known;
     readFolder();
+    m_keepBeforeApplying = false;
     writeOwnFile();
     m_addedOnStart = 0;
     for (const Snippet& snippet : m_store.snippets())
@@ -276,6 +280,13 @@ void SyncFolder::applyToStore() {
     SyncMerge::toLists(m_state.library, categories, snippets);
     if (sameLists(categories, m_store.categories()) && sameLists(snippets, m_store.snippets()))
         return;
+    if (m_keepBeforeApplying) {
+        m_keepBeforeApplying = false;
+        if (const auto error = m_store.file().history().keep(m_store.file().text(),
+                                                             LibraryHistory::Reason::Import))
+            qCWarning(lcStore).noquote()
+                << QStringLiteral("Could not keep the library before syncing: %1").arg(*error);
+    }
     m_applying = true;
     // Not saved is not lost: the store keeps the lists and writes them with its next save.
     (void)m_store.replaceLibrary(std::move(categories), std::move(snippets));

@@ -111,6 +111,7 @@ private:
     bool m_localChanges = false; // the store changed since its lists were last stamped
     qsizetype m_savedHandled = -1;
     bool m_writePending = false; // this computer's file could not be written
+    bool m_keepBeforeApplying = false;
     int m_addedOnStart = 0;
     QByteArray m_written;      // this computer's file as last written
     Signature m_ownSignature;  // and as it was then on disk
