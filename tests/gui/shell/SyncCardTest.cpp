@@ -1,11 +1,13 @@
 // The Preferences window's "Sync" card: choosing a folder that already holds another computer's
 // library merges it and says what that added, the card lists the computers there and names a
-// file it cannot read, and "Stop Syncing" leaves the library on this computer.
+// file it cannot read, and "Stop Syncing" leaves the library on this computer. A command two
+// computers each gave a snippet is marked in the snippet list.
 #include "Autostart.h"
 #include "IsolatedTestMain.h"
 #include "Preferences.h"
 #include "PreferencesView.h"
 #include "RecordingAutostartBackend.h"
+#include "SnippetListModel.h"
 #include "SnippetStore.h"
 #include "SyncCard.h"
 #include "SyncFile.h"
@@ -36,6 +38,7 @@ class SyncCardTest : public QObject {
     Q_OBJECT
 private slots:
     void chooseListAndStop();
+    void sameCommandIsMarkedInTheList();
 };
 
 void SyncCardTest::chooseListAndStop() {
@@ -91,6 +94,24 @@ void SyncCardTest::chooseListAndStop() {
     QVERIFY(preferences.syncFolder().isEmpty());
     QCOMPARE(store.snippets().size(), 3);
     QVERIFY(card->problemsLabel()->isHidden());
+}
+
+void SyncCardTest::sameCommandIsMarkedInTheList() {
+    // Two computers each added ";sig": both stay, both rows are marked until one changes.
+    QTemporaryDir home;
+    SnippetStore store(home.filePath(QStringLiteral("Typolet.conf")));
+    const Snippet a = Snippet::create(QStringLiteral(";sig"), QStringLiteral("A"), Category::defaultCategoryId);
+    const Snippet b = Snippet::create(QStringLiteral(";sig"), QStringLiteral("B"), Category::defaultCategoryId);
+    const Snippet other = Snippet::create(QStringLiteral(";x"), QStringLiteral("x"), Category::defaultCategoryId);
+    QVERIFY(!store.replaceLibrary(store.categories(), {a, b, other}));
+    SnippetListModel model(store);
+    const auto marked = [&](const QUuid& id) {
+        return model.index(model.rowOf(id)).data(SnippetListModel::ClashRole).toBool();
+    };
+    QVERIFY(marked(a.id) && marked(b.id) && !marked(other.id));
+    QVERIFY(model.index(model.rowOf(a.id)).data(Qt::AccessibleTextRole).toString().contains(QLatin1String("too")));
+    QVERIFY(!store.updateSnippet(b, QStringLiteral(";sig2"), b.content));
+    QVERIFY(!marked(a.id) && !marked(b.id));
 }
 
 TYPOLET_ISOLATED_TEST_MAIN(SyncCardTest)
