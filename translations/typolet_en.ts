@@ -1031,4 +1031,21 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <translation type="unfinished"></translation>
     </message>
 </context>
+<context>
+    <name>SyncCard</name>
+    <message numerus="yes">
+        <source>Added %n snippet(s) from the other computers in this folder.</source>
+        <translation>
+            <numerusform>Added %n snippet from the other computers in this folder.</numerusform>
+            <numerusform>Added %n snippets from the other computers in this folder.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%1: %n snippet(s), changed %2</source>
+        <translation>
+            <numerusform>%1: %n snippet, changed %2</numerusform>
+            <numerusform>%1: %n snippets, changed %2</numerusform>
+        </translation>
+    </message>
+</context>
 </TS>

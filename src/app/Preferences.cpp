@@ -2,6 +2,7 @@
 
 #include "LibraryFile.h"
 
+#include <QUuid>
 #include <algorithm>
 
 Preferences::Preferences(const QString& settingsFile, QObject* parent)
@@ -170,6 +171,20 @@ void Preferences::setLayoutInUse(const QString& description) {
         return;
     m_layoutInUse = description;
     emit layoutInUseChanged(description);
+}
+
+QString Preferences::syncFolder() const { return stored(syncFolderKey).toString(); }
+
+bool Preferences::setSyncFolder(const QString& folder) { return write(syncFolderKey, folder); }
+
+QString Preferences::syncComputerId() {
+    QString id = stored(syncComputerIdKey).toString();
+    if (id.size() == 8)
+        return id;
+    // Random, not the host name: two computers may share a name, and a name may change.
+    id = QUuid::createUuid().toString(QUuid::Id128).left(8);
+    write(syncComputerIdKey, id);
+    return id;
 }
 
 bool Preferences::write(const char* key, const QVariant& value) {

@@ -23,7 +23,10 @@ class LibraryFile;
 //  - keyboardLayout: in a Wayland session, the layout typed keys are read and typed with, as
 //    xkb-data names it ("de", "de(nodeadkeys)"); absent or empty: the one the desktop uses;
 //  - remoteDesktopToken: what the desktop's remote desktop portal handed back once the user
-//    let Typolet type, so that it does not ask again.
+//    let Typolet type, so that it does not ask again;
+//  - syncFolder: the folder the library is synced through; absent or empty: none;
+//  - syncComputerId: this computer's id in that folder, 8 random characters made once. These
+//    two, like every preference, stay on this computer: only the library goes to the folder.
 // Every write goes to disk at once, through the library file's one owner; a change another
 // program makes to a preference is announced as if it were made here.
 class Preferences : public QObject {
@@ -69,6 +72,10 @@ public:
 
     QString remoteDesktopToken() const;
     bool setRemoteDesktopToken(const QString& token);
+    QString syncFolder() const;
+    bool setSyncFolder(const QString& folder);
+    // Made and kept the first time it is asked for.
+    QString syncComputerId();
 
     // Not stored: the layout in use now, as the engine describes it ("German (from the
     // desktop)"); empty where the layout cannot be chosen (X11 follows the server's).
@@ -99,6 +106,8 @@ public:
     static constexpr const char* pauseKeysKey = "pauseKeys";
     static constexpr const char* keyboardLayoutKey = "keyboardLayout";
     static constexpr const char* remoteDesktopTokenKey = "remoteDesktopToken";
+    static constexpr const char* syncFolderKey = "syncFolder";
+    static constexpr const char* syncComputerIdKey = "syncComputerId";
 
 signals:
     void startAtLoginChanged(bool enabled);

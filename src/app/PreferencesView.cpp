@@ -6,6 +6,7 @@
 #include "PreferenceCard.h"
 #include "SectionHeader.h"
 #include "SymbolImage.h"
+#include "SyncCard.h"
 #include "UiTheme.h"
 #include "ToggleSwitch.h"
 #include "ToneLabel.h"
@@ -25,7 +26,7 @@ constexpr int textIndent = SectionHeader::iconSize + SectionHeader::spacing;
 } // namespace
 
 PreferencesView::PreferencesView(Autostart& autostart, Preferences& preferences,
-                                 QWidget* parent)
+                                 SyncFolder* sync, QWidget* parent)
     : QWidget(parent), m_autostart(autostart), m_preferences(preferences) {
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Window);
@@ -37,10 +38,12 @@ PreferencesView::PreferencesView(Autostart& autostart, Preferences& preferences,
 
     buildGeneralCard();
     buildExclusionsCard();
-    buildSyncCard();
     root->addWidget(m_generalCard, 0, Qt::AlignHCenter);
     root->addWidget(m_exclusionsCard, 0, Qt::AlignHCenter);
-    root->addWidget(m_syncCard, 0, Qt::AlignHCenter);
+    if (sync) {
+        m_syncCard = new SyncCard(*sync, m_preferences, this);
+        root->addWidget(m_syncCard, 0, Qt::AlignHCenter);
+    }
 
     connect(m_switch, &ToggleSwitch::toggled, this,
             [this](bool on) {
@@ -239,26 +242,6 @@ void PreferencesView::showExclusions(const QStringList& names) {
     m_exclusions->clear();
     m_exclusions->addItems(names);
     m_removeExclusion->setEnabled(false);
-}
-
-void PreferencesView::buildSyncCard() {
-    m_syncCard = new PreferenceCard(this);
-    QVBoxLayout* content = m_syncCard->contentLayout();
-
-    m_syncHeader =
-        new SectionHeader(QStringLiteral("arrow.triangle.2.circlepath"), tr("Sync"),
-                          tr("Coming Soon"), m_syncCard);
-    content->addWidget(m_syncHeader);
-
-    m_syncDetail = new ToneLabel(tr("Keep your snippets synchronized and backed up "
-                                                "across all your devices. Access them anywhere, "
-                                                "anytime."),
-                                 ToneLabel::Tone::Tertiary, m_syncCard);
-    m_syncDetail->setFont(UiTheme::system(12));
-    m_syncDetail->setWordWrap(true);
-    m_syncDetail->setContentsMargins(textIndent, 0, 0, 0);
-    content->addWidget(m_syncDetail);
-    content->addStretch(1);
 }
 
 void PreferencesView::showEvent(QShowEvent* event) {

@@ -12,13 +12,15 @@ class QListWidget;
 class QPushButton;
 class QSpinBox;
 class SectionHeader;
+class SyncCard;
+class SyncFolder;
 class ToggleSwitch;
 class ToneLabel;
 
 // The content of the Preferences window: a "General" card with the start-at-login, the
 // undo-with-BackSpace and the paste switches (the paste threshold beside the last), the pause
-// keys and, in a Wayland session, the keyboard layout; and a "Sync" card announcing a feature
-// that is not there yet.
+// keys and, in a Wayland session, the keyboard layout; the excluded applications; and, when
+// given the synced folder, the "Sync" card (SyncCard).
 //
 // The start-at-login switch adds and removes the autostart entry and shows whether Typolet
 // will start at login. Each time the view appears it gives Autostart the chance to apply the
@@ -27,7 +29,7 @@ class ToneLabel;
 class PreferencesView : public QWidget {
     Q_OBJECT
 public:
-    PreferencesView(Autostart& autostart, Preferences& preferences,
+    PreferencesView(Autostart& autostart, Preferences& preferences, SyncFolder* sync = nullptr,
                     QWidget* parent = nullptr);
 
     ToggleSwitch* startAtLoginSwitch() const { return m_switch; }
@@ -43,10 +45,9 @@ public:
     QListWidget* exclusionList() const { return m_exclusions; }
     QPushButton* removeExclusionButton() const { return m_removeExclusion; }
     PreferenceCard* generalCard() const { return m_generalCard; }
-    PreferenceCard* syncCard() const { return m_syncCard; }
+    // Null when the view was made without the synced folder.
+    SyncCard* syncCard() const { return m_syncCard; }
     SectionHeader* generalHeader() const { return m_generalHeader; }
-    SectionHeader* syncHeader() const { return m_syncHeader; }
-    ToneLabel* syncDetail() const { return m_syncDetail; }
 
     static constexpr int viewWidth = 432;
 
@@ -55,7 +56,6 @@ protected:
 
 private:
     void buildGeneralCard();
-    void buildSyncCard();
     void buildExclusionsCard();
     void showExclusions(const QStringList& names);
     void addLayoutRow();
@@ -66,12 +66,11 @@ private:
     Autostart& m_autostart;
     Preferences& m_preferences;
     PreferenceCard* m_generalCard = nullptr;
-    PreferenceCard* m_syncCard = nullptr;
+    SyncCard* m_syncCard = nullptr;
     PreferenceCard* m_exclusionsCard = nullptr;
     QListWidget* m_exclusions = nullptr;
     QPushButton* m_removeExclusion = nullptr;
     SectionHeader* m_generalHeader = nullptr;
-    SectionHeader* m_syncHeader = nullptr;
     ToggleSwitch* m_switch = nullptr;
     ToggleSwitch* m_undoSwitch = nullptr;
     ToggleSwitch* m_pasteSwitch = nullptr;
@@ -80,5 +79,4 @@ private:
     QWidget* m_layoutRow = nullptr;
     QComboBox* m_layoutChoice = nullptr;
     ToneLabel* m_layoutInUse = nullptr;
-    ToneLabel* m_syncDetail = nullptr;
 };

@@ -58,7 +58,7 @@ ShellWindows::~ShellWindows() = default;
 
 void ShellWindows::openPreferencesWindow() {
     if (!m_preferencesWindow) {
-        m_preferencesView = new PreferencesView(m_autostart, m_preferences);
+        m_preferencesView = new PreferencesView(m_autostart, m_preferences, m_sync);
         m_preferencesWindow =
             makeWindow(tr("Preferences"), preferencesSize, m_preferencesView);
         m_preferencesWindow->setObjectName(QStringLiteral("preferencesWindow"));

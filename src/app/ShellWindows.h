@@ -9,6 +9,7 @@ class AboutView;
 class Autostart;
 class Preferences;
 class PreferencesView;
+class SyncFolder;
 
 // The Preferences and About windows. Each is built the first time it is asked for and kept
 // for the life of the process: closing one only hides it, and the next request brings the
@@ -18,6 +19,10 @@ class ShellWindows {
 public:
     ShellWindows(Autostart& autostart, Preferences& preferences);
     ~ShellWindows();
+
+    // The synced folder the Preferences window shows in its "Sync" card; set before the window
+    // is first opened.
+    void setSyncFolder(SyncFolder* sync) { m_sync = sync; }
 
     // Shows the Preferences window (500 x 400, "Preferences"), building it on first use, and
     // brings it to the front.
@@ -37,6 +42,7 @@ public:
 private:
     Autostart& m_autostart;
     Preferences& m_preferences;
+    SyncFolder* m_sync = nullptr;
     std::unique_ptr<QWidget> m_preferencesWindow;
     std::unique_ptr<QWidget> m_aboutWindow;
     PreferencesView* m_preferencesView = nullptr;

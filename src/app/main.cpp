@@ -11,6 +11,7 @@
 #include "Autostart.h"
 #include "Preferences.h"
 #include "SnippetStore.h"
+#include "SyncFolder.h"
 #include "Translations.h"
 #include "TypoletApp.h"
 #include "X11ConnectionLoss.h"
@@ -105,8 +106,26 @@ int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store, Library
              return view;
          }},
         autostart, preferences);
+    // The library in step with the other computers' through a synced folder, once one is chosen
+    // (in the Preferences window's "Sync" card). Made after the single-instance check: a second
+    // launch must not sync the same library a second time.
+    SyncFolder sync(store, preferences.syncComputerId());
     if (!typolet.start())
         return 0;
+    typolet.trayController()->windows().setSyncFolder(&sync);
+    if (!preferences.syncFolder().isEmpty()) {
+        if (const auto error = sync.start(preferences.syncFolder()))
+            qCWarning(lcApp).noquote() << *error;
+    }
+    // A change here that lost to one made on another computer at the same time: said once, over
+    // the editor; the losing version is in the history.
+    QObject::connect(&sync, &SyncFolder::collisionsKept, editor, [editor](const QString& message) {
+        auto* note = new QMessageBox(QMessageBox::Information,
+                                     QCoreApplication::translate("main", "Changed on Two Computers"),
+                                     message, QMessageBox::Ok, editor->window());
+        note->setAttribute(Qt::WA_DeleteOnClose);
+        note->open();
+    });
     // Import and export in the File menu, for the library and the category the editor shows.
     LibraryTransfer transfer(store, *editor);
     typolet.trayController()->addLibraryActions(transfer.actions());

@@ -10,7 +10,8 @@
 namespace {
 constexpr QFileDevice::Permissions ownerFolder = AtomicFile::ownerOnly | QFileDevice::ExeOwner;
 
-const char* const reasonNames[] = {"edit", "import", "outside-change", "restore", "salvage"};
+const char* const reasonNames[] = {"edit", "import", "outside-change", "restore", "salvage",
+                                   "sync-collision"};
 const QString stampFormat = QStringLiteral("yyyyMMdd-HHmmss-zzz");
 
 std::optional<LibraryHistory::Version> versionOf(const QFileInfo& info) {
@@ -49,6 +50,8 @@ QString LibraryHistory::reasonText(Reason reason) {
     case Reason::Restore: return QCoreApplication::translate("LibraryHistory", "Before a restore");
     case Reason::Salvage:
         return QCoreApplication::translate("LibraryHistory", "Damaged file, as found");
+    case Reason::SyncCollision:
+        return QCoreApplication::translate("LibraryHistory", "Lost to a change on another computer");
     }
     return {};
 }

@@ -12,7 +12,7 @@
 class LibraryHistory {
 public:
     // Why a version was kept; part of its file name.
-    enum class Reason { Edit, Import, OutsideChange, Restore, Salvage };
+    enum class Reason { Edit, Import, OutsideChange, Restore, Salvage, SyncCollision };
 
     struct Version {
         QString path;

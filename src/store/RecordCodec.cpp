@@ -155,6 +155,15 @@ QByteArray compact(const QJsonArray& array) {
 }
 } // namespace
 
+QList<Snippet> RecordCodec::decodeSnippets(const simdjson::dom::array& array, int* unreadable) {
+    return decodeElements<Snippet>(array, unreadable);
+}
+
+QList<Category> RecordCodec::decodeCategories(const simdjson::dom::array& array,
+                                              int* unreadable) {
+    return decodeElements<Category>(array, unreadable);
+}
+
 QJsonArray RecordCodec::afterWordEndIds(const QList<Snippet>& snippets) {
     QJsonArray ids;
     for (const Snippet& snippet : snippets) {

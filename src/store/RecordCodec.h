@@ -9,6 +9,10 @@
 #include <QList>
 #include <optional>
 
+namespace simdjson::dom {
+class array;
+} // namespace simdjson::dom
+
 // The stored JSON form of snippets and categories: compact arrays of objects whose keys are
 // always all written, UUIDs in upper case, times as seconds since 2001-01-01 UTC.
 //
@@ -30,6 +34,11 @@ public:
                                                           int* unreadable = nullptr);
     static std::optional<QList<Category>> decodeCategories(const QByteArray& json,
                                                               int* unreadable = nullptr);
+
+    // The same for an array already parsed as part of a larger document.
+    static QList<Snippet> decodeSnippets(const simdjson::dom::array& array, int* unreadable = nullptr);
+    static QList<Category> decodeCategories(const simdjson::dom::array& array,
+                                            int* unreadable = nullptr);
 
     // The snippets that wait for a word to end, as a list of their ids: kept beside the records
     // (in the settings file and in an exported library), so the records stay as they are.

@@ -111,6 +111,16 @@ SnippetStore::CommandClash SnippetStore::commandClash(const QString& command,
                                                       Snippet::Trigger trigger) const {
     if (isBlankCommand(command))
         return {};
+    // Two computers of a synced folder may each have given a snippet the same command: both
+    // stay, the one listed first (changed last) expands, until the user changes one.
+    if (!snippetId.isNull()) {
+        for (const Snippet& other : m_snippets) {
+            if (other.command == command && other.id != snippetId)
+                return {tr("Another snippet has this command too (another computer added it): "
+                           "the one changed last expands. Change one of the two commands."),
+                        {}, {}};
+        }
+    }
     for (const Snippet& other : m_snippets) {
         if (other.id == snippetId || other.command == command || isBlankCommand(other.command))
             continue;
@@ -377,6 +387,13 @@ std::optional<QString> SnippetStore::saveCategories() { return save(false, true)
 void SnippetStore::saveOverDamagedRecords() {
     m_damagedUnkept = false;
     save(true, true);
+}
+
+std::optional<DataError> SnippetStore::replaceLibrary(QList<Category> categories,
+                                                     QList<Snippet> snippets) {
+    setCategories(std::move(categories));
+    setSnippets(std::move(snippets));
+    return saved(save(true, true));
 }
 
 std::optional<DataError> SnippetStore::restoreVersion(const QString& versionPath) {

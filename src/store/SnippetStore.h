@@ -69,6 +69,12 @@ public:
     // is now is kept in the history first.
     [[nodiscard]] std::optional<DataError> restoreVersion(const QString& versionPath);
 
+    // Both lists at once, as another computer's library merged with this one gives them, saved
+    // once. Nothing is checked: each record was checked where it was made, and a command two
+    // computers each gave a snippet stays twice until the user changes one.
+    [[nodiscard]] std::optional<DataError> replaceLibrary(QList<Category> categories,
+                                                          QList<Snippet> snippets);
+
     // Direct changes to the snippet list for loading many at once (and for tests); they are
     // not saved until saveSnippets(). Appending a snippet with a blank command is refused.
     void setSnippets(QList<Snippet> snippets);
@@ -86,7 +92,9 @@ public:
     // Why `command` and another snippet's command cannot both be typed: a command that shows
     // up inside another, short of its end, expands while the longer one is typed (";sig" inside
     // ";signature"), unless it waits for a word to end and the longer one goes on with a
-    // letter there. A warning, not a refusal; the cure is to let the shorter one wait.
+    // letter there. A warning, not a refusal; the cure is to let the shorter one wait. For an
+    // existing snippet, also another snippet with the very same command (from a synced folder);
+    // there is no shorter command then.
     struct CommandClash {
         QString message; // empty when there is none
         QString shorterCommand;

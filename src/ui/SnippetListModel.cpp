@@ -3,12 +3,24 @@
 #include "SnippetStore.h"
 
 SnippetListModel::SnippetListModel(SnippetStore& store, QObject* parent)
-    : QAbstractListModel(parent), m_store(store), m_snippets(store.snippets()) {
+    : QAbstractListModel(parent), m_store(store) {
+    take(store.snippets());
     connect(&m_store, &SnippetStore::snippetsChanged, this, [this] {
         beginResetModel();
-        m_snippets = m_store.snippets();
+        take(m_store.snippets());
         endResetModel();
     });
+}
+
+void SnippetListModel::take(const QList<Snippet>& snippets) {
+    m_snippets = snippets;
+    m_commandCounts.clear();
+    QHash<QString, int> counts;
+    counts.reserve(snippets.size());
+    for (const Snippet& snippet : snippets) {
+        if (++counts[snippet.command] == 2)
+            m_commandCounts.insert(snippet.command, 2);
+    }
 }
 
 int SnippetListModel::rowCount(const QModelIndex& parent) const {
@@ -24,7 +36,11 @@ QVariant SnippetListModel::data(const QModelIndex& index, int role) const {
     case CommandRole:
         return snippet.command;
     case Qt::AccessibleTextRole:
-        return snippet.command;
+        return m_commandCounts.contains(snippet.command)
+                   ? tr("%1 (another snippet has this command too)").arg(snippet.command)
+                   : snippet.command;
+    case ClashRole:
+        return m_commandCounts.contains(snippet.command);
     case ContentRole:
         return snippet.content;
     case IdRole:

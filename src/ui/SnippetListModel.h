@@ -3,6 +3,7 @@
 #include "Snippet.h"
 
 #include <QAbstractListModel>
+#include <QHash>
 
 class SnippetStore;
 
@@ -11,7 +12,9 @@ class SnippetStore;
 class SnippetListModel : public QAbstractListModel {
     Q_OBJECT
 public:
-    enum Role { IdRole = Qt::UserRole + 1, CommandRole, ContentRole, CategoryIdRole };
+    // ClashRole: another snippet has the very same command (two computers of a synced folder
+    // each added one), shown in the row until one of them changes.
+    enum Role { IdRole = Qt::UserRole + 1, CommandRole, ContentRole, CategoryIdRole, ClashRole };
 
     explicit SnippetListModel(SnippetStore& store, QObject* parent = nullptr);
 
@@ -24,6 +27,9 @@ public:
     int rowOf(const QUuid& id) const; // -1 when absent
 
 private:
+    void take(const QList<Snippet>& snippets);
+
     SnippetStore& m_store;
     QList<Snippet> m_snippets;
+    QHash<QString, int> m_commandCounts; // only commands held by more than one snippet
 };

@@ -67,10 +67,15 @@ void SnippetRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
         ElidedLabel::oneLine(index.data(SnippetListModel::ContentRole).toString());
 
     painter->setFont(headline);
-    painter->setPen(primary);
+    // A command another snippet has too is marked until the user changes one of them.
+    painter->setPen(index.data(SnippetListModel::ClashRole).toBool() && !selected ? UiTheme::red()
+                                                                                 : primary);
     const QRect commandRect(text.left(), text.top(), text.width(), headlineMetrics.height());
+    const QString shownCommand = index.data(SnippetListModel::ClashRole).toBool()
+                                     ? QStringLiteral("\u26A0 ") + command
+                                     : command;
     painter->drawText(commandRect, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-                      headlineMetrics.elidedText(command, Qt::ElideRight, text.width()));
+                      headlineMetrics.elidedText(shownCommand, Qt::ElideRight, text.width()));
     painter->setFont(subheadline);
     painter->setPen(secondary);
     const QRect contentRect(text.left(), commandRect.bottom() + 3, text.width(),

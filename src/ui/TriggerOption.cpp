@@ -65,7 +65,7 @@ void TriggerOption::check(const QString& command, const QUuid& snippetId) {
     m_warning->setText(m_clash.message);
     m_cure->setText(tr("Expand \u201C%1\u201D only after a word ends").arg(m_clash.shorterCommand));
     m_warning->setVisible(showingClash());
-    m_cure->setVisible(showingClash());
+    m_cure->setVisible(showingClash() && !m_clash.shorterCommand.isEmpty());
     if (m_clash.message != shown)
         emit warningChanged();
 }
