@@ -109,7 +109,7 @@ int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store, Library
     // The library in step with the other computers' through a synced folder, once one is chosen
     // (in the Preferences window's "Sync" card). Made after the single-instance check: a second
     // launch must not sync the same library a second time.
-    SyncFolder sync(store, preferences.syncComputerId());
+    SyncFolder sync(store, [&preferences] { return preferences.syncComputerId(); });
     if (!typolet.start())
         return 0;
     typolet.trayController()->windows().setSyncFolder(&sync);

@@ -39,7 +39,7 @@ struct Computer {
     QTemporaryDir home; // first: the others live in it
     explicit Computer(const QString& id)
         : store(home.filePath(QStringLiteral("Typolet.conf"))),
-          sync(store, id, home.filePath(QStringLiteral("sync.json"))) {}
+          sync(store, [id] { return id; }, home.filePath(QStringLiteral("sync.json"))) {}
 
     QString folder() const { return home.filePath(QStringLiteral("Sync")); }
     QString library() const { return folder() + QStringLiteral("/Typolet"); }

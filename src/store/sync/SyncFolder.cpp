@@ -43,8 +43,9 @@ void putBack(QList<Item>& list, const QList<SyncMerge::Record>& lost, Item SyncM
 }
 } // namespace
 
-SyncFolder::SyncFolder(SnippetStore& store, QString computer, QString statePath, QObject* parent)
-    : QObject(parent), m_store(store), m_computer(std::move(computer)),
+SyncFolder::SyncFolder(SnippetStore& store, std::function<QString()> computer, QString statePath,
+                       QObject* parent)
+    : QObject(parent), m_store(store), m_computerId(std::move(computer)),
       m_hostName(QSysInfo::machineHostName()), m_state(std::move(statePath)) {
     m_readSoon.setSingleShot(true);
     m_readSoon.setInterval(readDelayMs);
@@ -88,6 +89,8 @@ QString SyncFolder::conflictCopiesFolder() const {
 
 std::optional<QString> SyncFolder::start(const QString& folder) {
     stop();
+    if (m_computer.isEmpty())
+        m_computer = m_computerId();
     const QString absolute = QFileInfo(folder).absoluteFilePath();
     const QString dir = absolute + QStringLiteral("/Typolet");
     if (folder.isEmpty() || !QDir().mkpath(dir))

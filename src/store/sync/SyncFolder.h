@@ -9,6 +9,7 @@
 #include <QMap>
 #include <QObject>
 #include <QTimer>
+#include <functional>
 #include <optional>
 
 class SnippetStore;
@@ -38,9 +39,11 @@ public:
         bool thisComputer = false;
     };
 
-    // `computer` is this computer's id (a few random characters kept in the local
-    // preferences); `statePath` the state file (empty: SyncState::standardPath()).
-    SyncFolder(SnippetStore& store, QString computer, QString statePath = {},
+    // `computer` gives this computer's id (a few random characters kept in the local
+    // preferences). It is asked for when syncing begins: making the id writes the preferences,
+    // which a library that is never synced need not wait for at start. `statePath` is the
+    // state file (empty: SyncState::standardPath()).
+    SyncFolder(SnippetStore& store, std::function<QString()> computer, QString statePath = {},
                QObject* parent = nullptr);
     ~SyncFolder() override;
 
@@ -103,7 +106,8 @@ private:
                       const SyncMerge::Library& library, const QString& computer) const;
 
     SnippetStore& m_store;
-    QString m_computer;
+    std::function<QString()> m_computerId;
+    QString m_computer; // asked of m_computerId when syncing first begins
     QString m_hostName;
     SyncState m_state;
     QString m_folder;

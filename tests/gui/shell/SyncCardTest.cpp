@@ -46,7 +46,7 @@ void SyncCardTest::chooseListAndStop() {
     QTemporaryDir home;
     SnippetStore store(home.filePath(QStringLiteral("Typolet.conf")));
     Preferences preferences(store.file());
-    SyncFolder sync(store, preferences.syncComputerId(), home.filePath(QStringLiteral("sync.json")));
+    SyncFolder sync(store, [&preferences] { return preferences.syncComputerId(); }, home.filePath(QStringLiteral("sync.json")));
     Autostart autostart(std::make_unique<RecordingAutostartBackend>());
     PreferencesView view(autostart, preferences, &sync);
     SyncCard* card = view.syncCard();
