@@ -161,7 +161,7 @@ private:
 struct Computer {
     Computer(const QString& home, const QString& id, const QString& folder)
         : store(home + QStringLiteral("/Typolet.conf")),
-          sync(store, id, home + QStringLiteral("/sync.json")), m_folder(folder) {}
+          sync(store, [id] { return id; }, home + QStringLiteral("/sync.json")), m_folder(folder) {}
 
     QString content(const QString& command) const {
         const auto found = store.snippetWithCommand(command);

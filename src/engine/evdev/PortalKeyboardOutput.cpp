@@ -1,5 +1,6 @@
 #include "PortalKeyboardOutput.h"
 
+#include "ExpansionKeysyms.h"
 #include "Logging.h"
 
 #include <QDBusMessage>
@@ -16,35 +17,6 @@ const QString requestInterface = QStringLiteral("org.freedesktop.portal.Request"
 const QString sessionInterface = QStringLiteral("org.freedesktop.portal.Session");
 constexpr uint keyboardDevice = 1;
 constexpr uint persistUntilRevoked = 2;
-
-// The keysyms that type an expansion: BackSpace and Left presses, then each character.
-QList<uint32_t> keysymsOf(const Expansion& actions) {
-    QList<uint32_t> keysyms;
-    for (const ExpansionAction& action : actions) {
-        if (action.kind == ExpansionAction::Kind::Erase ||
-            action.kind == ExpansionAction::Kind::MoveLeft) {
-            const uint32_t keysym =
-                action.kind == ExpansionAction::Kind::Erase ? XKB_KEY_BackSpace : XKB_KEY_Left;
-            keysyms.append(QList<uint32_t>(action.count, keysym));
-            continue;
-        }
-        const QList<uint> text = action.text.toUcs4();
-        for (qsizetype i = 0; i < text.size(); ++i) {
-            const char32_t c = text[i];
-            if (c == u'\r' || c == u'\n') {
-                if (c == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n')
-                    ++i; // CR LF is one line break
-                keysyms.append(XKB_KEY_Return);
-            } else if (c == u'\t') {
-                keysyms.append(XKB_KEY_Tab);
-            } else if (c >= 0x20 && c != 0x7f) {
-                if (const uint32_t keysym = xkb_utf32_to_keysym(c))
-                    keysyms.append(keysym);
-            }
-        }
-    }
-    return keysyms;
-}
 } // namespace
 
 PortalKeyboardOutput::PortalKeyboardOutput(const QDBusConnection& bus, KeyboardOutput& fallback,
@@ -179,7 +151,7 @@ void PortalKeyboardOutput::perform(const Expansion& actions, std::function<void(
         finish();
         return;
     }
-    m_job->keysyms = keysymsOf(actions);
+    m_job->keysyms = expansionKeysyms(actions);
     step();
 }
 

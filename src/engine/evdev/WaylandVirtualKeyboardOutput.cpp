@@ -1,5 +1,6 @@
 #include "WaylandVirtualKeyboardOutput.h"
 
+#include "ExpansionKeysyms.h"
 #include "Logging.h"
 #include "virtual-keyboard-unstable-v1-client-protocol.h"
 
@@ -117,39 +118,6 @@ void WaylandVirtualKeyboardOutput::setSessionActive(bool active) {
         finish();
 }
 
-QList<uint32_t> WaylandVirtualKeyboardOutput::keysymsOf(const Expansion& actions) {
-    QList<uint32_t> keysyms;
-    for (const ExpansionAction& action : actions) {
-        switch (action.kind) {
-        case ExpansionAction::Kind::Erase:
-            keysyms.append(QList<uint32_t>(action.count, XKB_KEY_BackSpace));
-            continue;
-        case ExpansionAction::Kind::MoveLeft:
-            keysyms.append(QList<uint32_t>(action.count, XKB_KEY_Left));
-            continue;
-        case ExpansionAction::Kind::Type:
-        case ExpansionAction::Kind::Paste:
-            break;
-        }
-        // A text meant for the clipboard is typed as well: any character can be.
-        const QList<uint> text = action.text.toUcs4();
-        for (qsizetype i = 0; i < text.size(); ++i) {
-            const char32_t c = text[i];
-            if (c == u'\r' || c == u'\n') {
-                if (c == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n')
-                    ++i; // CR LF is one line break
-                keysyms.append(XKB_KEY_Return);
-            } else if (c == u'\t') {
-                keysyms.append(XKB_KEY_Tab);
-            } else if (c >= 0x20 && c != 0x7f) {
-                if (const uint32_t keysym = xkb_utf32_to_keysym(c))
-                    keysyms.append(keysym);
-            }
-        }
-    }
-    return keysyms;
-}
-
 QByteArray WaylandVirtualKeyboardOutput::keymapFor(const QList<uint32_t>& keysyms) {
     const uint32_t last = firstKeyCode + uint32_t(keysyms.size()) - 1;
     QByteArray codes, symbols;
@@ -177,7 +145,7 @@ void WaylandVirtualKeyboardOutput::perform(const Expansion& actions,
     if (m_job)
         finish(); // one expansion at a time; the engine never asks for two
     m_job.emplace();
-    m_job->keysyms = keysymsOf(actions);
+    m_job->keysyms = expansionKeysyms(actions);
     m_job->finished = std::move(finished);
     if (!m_sessionActive || !m_wayland) {
         qCWarning(lcEngine).noquote()

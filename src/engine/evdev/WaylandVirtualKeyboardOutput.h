@@ -57,7 +57,6 @@ private:
         QList<uint32_t> keymap; // the keysyms of the keymap in force
     };
 
-    static QList<uint32_t> keysymsOf(const Expansion& actions);
     void step();
     bool uploadKeymapFor(qsizetype from);
     void tap(uint32_t keyCode);
