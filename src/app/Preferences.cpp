@@ -34,6 +34,8 @@ void Preferences::takeOutsideChanges(const QStringList& keys) {
         emit undoWithBackspaceChanged(undoWithBackspace());
     if (changed(pasteLongSnippetsKey) || changed(pasteThresholdKey))
         emit pasteChanged();
+    if (changed(saveEditsOnLeaveKey))
+        emit saveEditsOnLeaveChanged(saveEditsOnLeave());
     if (changed(pausedKey))
         emit pausedChanged(paused());
     if (changed(excludedApplicationsKey))
@@ -102,6 +104,18 @@ bool Preferences::setPasteThreshold(int characters) {
     const bool written = write(pasteThresholdKey, characters);
     if (changed)
         emit pasteChanged();
+    return written;
+}
+
+bool Preferences::saveEditsOnLeave() const {
+    return stored(saveEditsOnLeaveKey, false).toBool();
+}
+
+bool Preferences::setSaveEditsOnLeave(bool enabled) {
+    const bool changed = saveEditsOnLeave() != enabled;
+    const bool written = write(saveEditsOnLeaveKey, enabled);
+    if (changed)
+        emit saveEditsOnLeaveChanged(enabled);
     return written;
 }
 

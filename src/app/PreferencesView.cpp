@@ -37,10 +37,8 @@ PreferencesView::PreferencesView(Autostart& autostart, Preferences& preferences,
 
     buildGeneralCard();
     buildExclusionsCard();
-    buildSyncCard();
     root->addWidget(m_generalCard, 0, Qt::AlignHCenter);
     root->addWidget(m_exclusionsCard, 0, Qt::AlignHCenter);
-    root->addWidget(m_syncCard, 0, Qt::AlignHCenter);
 
     connect(m_switch, &ToggleSwitch::toggled, this,
             [this](bool on) {
@@ -55,6 +53,10 @@ PreferencesView::PreferencesView(Autostart& autostart, Preferences& preferences,
     });
     connect(m_undoSwitch, &ToggleSwitch::toggled, this,
             [this](bool on) { m_preferences.setUndoWithBackspace(on); });
+    connect(m_saveEditsSwitch, &ToggleSwitch::toggled, this,
+            [this](bool on) { m_preferences.setSaveEditsOnLeave(on); });
+    connect(&m_preferences, &Preferences::saveEditsOnLeaveChanged, m_saveEditsSwitch,
+            [this](bool on) { m_saveEditsSwitch->setChecked(on); });
     connect(m_pasteSwitch, &ToggleSwitch::toggled, this, [this](bool on) {
         m_preferences.setPasteLongSnippets(on);
         m_pasteThreshold->setEnabled(on);
@@ -78,6 +80,10 @@ void PreferencesView::buildGeneralCard() {
     m_undoSwitch = addSwitchRow(tr("Undo with BackSpace"),
                                 tr("BackSpace right after an expansion puts the command back"),
                                 m_preferences.undoWithBackspace());
+    m_saveEditsSwitch = addSwitchRow(tr("Save edits automatically"),
+                                     tr("Leaving a snippet or quitting saves its changes "
+                                        "without asking"),
+                                     m_preferences.saveEditsOnLeave());
     m_pasteSwitch = addSwitchRow(tr("Paste long snippets"),
                                  tr("Long contents are pasted, far quicker than typing; your "
                                     "clipboard is kept"),
@@ -239,26 +245,6 @@ void PreferencesView::showExclusions(const QStringList& names) {
     m_exclusions->clear();
     m_exclusions->addItems(names);
     m_removeExclusion->setEnabled(false);
-}
-
-void PreferencesView::buildSyncCard() {
-    m_syncCard = new PreferenceCard(this);
-    QVBoxLayout* content = m_syncCard->contentLayout();
-
-    m_syncHeader =
-        new SectionHeader(QStringLiteral("arrow.triangle.2.circlepath"), tr("Sync"),
-                          tr("Coming Soon"), m_syncCard);
-    content->addWidget(m_syncHeader);
-
-    m_syncDetail = new ToneLabel(tr("Keep your snippets synchronized and backed up "
-                                                "across all your devices. Access them anywhere, "
-                                                "anytime."),
-                                 ToneLabel::Tone::Tertiary, m_syncCard);
-    m_syncDetail->setFont(UiTheme::system(12));
-    m_syncDetail->setWordWrap(true);
-    m_syncDetail->setContentsMargins(textIndent, 0, 0, 0);
-    content->addWidget(m_syncDetail);
-    content->addStretch(1);
 }
 
 void PreferencesView::showEvent(QShowEvent* event) {

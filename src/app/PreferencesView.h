@@ -17,8 +17,8 @@ class ToneLabel;
 
 // The content of the Preferences window: a "General" card with the start-at-login, the
 // undo-with-BackSpace and the paste switches (the paste threshold beside the last), the pause
-// keys and, in a Wayland session, the keyboard layout; and a "Sync" card announcing a feature
-// that is not there yet.
+// keys, whether edits are saved without asking and, in a Wayland session, the keyboard layout;
+// and the applications where nothing expands.
 //
 // The start-at-login switch adds and removes the autostart entry and shows whether Typolet
 // will start at login. Each time the view appears it gives Autostart the chance to apply the
@@ -33,6 +33,7 @@ public:
     ToggleSwitch* startAtLoginSwitch() const { return m_switch; }
     ToggleSwitch* undoSwitch() const { return m_undoSwitch; }
     ToggleSwitch* pasteSwitch() const { return m_pasteSwitch; }
+    ToggleSwitch* saveEditsSwitch() const { return m_saveEditsSwitch; }
     QSpinBox* pasteThresholdBox() const { return m_pasteThreshold; }
     // The desktop-wide keys that pause and resume expansion.
     QKeySequenceEdit* pauseKeysEdit() const { return m_pauseKeys; }
@@ -43,10 +44,7 @@ public:
     QListWidget* exclusionList() const { return m_exclusions; }
     QPushButton* removeExclusionButton() const { return m_removeExclusion; }
     PreferenceCard* generalCard() const { return m_generalCard; }
-    PreferenceCard* syncCard() const { return m_syncCard; }
     SectionHeader* generalHeader() const { return m_generalHeader; }
-    SectionHeader* syncHeader() const { return m_syncHeader; }
-    ToneLabel* syncDetail() const { return m_syncDetail; }
 
     static constexpr int viewWidth = 432;
 
@@ -55,7 +53,6 @@ protected:
 
 private:
     void buildGeneralCard();
-    void buildSyncCard();
     void buildExclusionsCard();
     void showExclusions(const QStringList& names);
     void addLayoutRow();
@@ -66,19 +63,17 @@ private:
     Autostart& m_autostart;
     Preferences& m_preferences;
     PreferenceCard* m_generalCard = nullptr;
-    PreferenceCard* m_syncCard = nullptr;
     PreferenceCard* m_exclusionsCard = nullptr;
     QListWidget* m_exclusions = nullptr;
     QPushButton* m_removeExclusion = nullptr;
     SectionHeader* m_generalHeader = nullptr;
-    SectionHeader* m_syncHeader = nullptr;
     ToggleSwitch* m_switch = nullptr;
     ToggleSwitch* m_undoSwitch = nullptr;
     ToggleSwitch* m_pasteSwitch = nullptr;
+    ToggleSwitch* m_saveEditsSwitch = nullptr;
     QSpinBox* m_pasteThreshold = nullptr;
     QKeySequenceEdit* m_pauseKeys = nullptr;
     QWidget* m_layoutRow = nullptr;
     QComboBox* m_layoutChoice = nullptr;
     ToneLabel* m_layoutInUse = nullptr;
-    ToneLabel* m_syncDetail = nullptr;
 };

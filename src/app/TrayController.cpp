@@ -88,6 +88,7 @@ void TrayController::setupMainMenu(QMainWindow* mainWindow) {
 
     m_fileMenu = mainWindow->menuBar()->addMenu(tr("&File"));
     if (auto* content = qobject_cast<ContentView*>(mainWindow->centralWidget())) {
+        m_editor = content;
         QAction* newSnippet = m_fileMenu->addAction(tr("New Snippet..."));
         newSnippet->setShortcut(QKeySequence::New);
         connect(newSnippet, &QAction::triggered, content, &ContentView::showAddSheet);
@@ -214,7 +215,9 @@ QuitConfirmation::TerminateReply TrayController::applicationShouldTerminate() {
     if (m_asking)
         return QuitConfirmation::TerminateReply::Cancel;
     m_asking = true;
-    const QuitConfirmation::TerminateReply reply = m_confirmation.confirmQuit();
+    QuitConfirmation::TerminateReply reply = m_confirmation.confirmQuit();
+    if (reply == QuitConfirmation::TerminateReply::Now && m_editor && !m_editor->settleEdits())
+        reply = QuitConfirmation::TerminateReply::Cancel;
     m_asking = false;
     if (reply == QuitConfirmation::TerminateReply::Now) {
         m_terminationApproved = true;

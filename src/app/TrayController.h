@@ -5,10 +5,12 @@
 #include "ShellWindows.h"
 
 #include <QObject>
+#include <QPointer>
 #include <functional>
 #include <memory>
 
 class Autostart;
+class ContentView;
 class Preferences;
 class QAction;
 class QMainWindow;
@@ -22,7 +24,8 @@ class QSystemTrayIcon;
 //
 // Quitting: every termination request (the two Quit entries, Ctrl+Q, a quit request from the
 // desktop, the end of the session) goes through applicationShouldTerminate(), which asks the
-// quit question. Only "Quit" ends the program; "Run in Background" hides every window and
+// quit question. Only "Quit" ends the program, once the editor's edits not yet saved are
+// saved or discarded (cancelling that question cancels the quit); "Run in Background" hides every window and
 // leaves the tray icon and the engine running; "Cancel" leaves everything as it was. Closing
 // the main window does not quit either.
 class TrayController : public QObject {
@@ -97,6 +100,7 @@ private:
     ShellWindows m_windows;
     std::unique_ptr<QSystemTrayIcon> m_statusItem;
     std::unique_ptr<QMenu> m_statusMenu;
+    QPointer<ContentView> m_editor; // the main window's, whose edits are settled before quitting
     QMenu* m_applicationMenu = nullptr; // owned by the main window's menu bar
     QMenu* m_fileMenu = nullptr;        // likewise
     QAction* m_pauseAction = nullptr;

@@ -107,6 +107,9 @@ int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store, Library
         autostart, preferences);
     if (!typolet.start())
         return 0;
+    editor->setSaveEditsOnLeave(preferences.saveEditsOnLeave());
+    QObject::connect(&preferences, &Preferences::saveEditsOnLeaveChanged, editor,
+                     &ContentView::setSaveEditsOnLeave);
     // Import and export in the File menu, for the library and the category the editor shows.
     LibraryTransfer transfer(store, *editor);
     typolet.trayController()->addLibraryActions(transfer.actions());

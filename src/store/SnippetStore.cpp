@@ -108,13 +108,16 @@ bool expandsWhileTyping(const QString& shorter, Snippet::Trigger trigger, const 
 
 SnippetStore::CommandClash SnippetStore::commandClash(const QString& command,
                                                       const QUuid& snippetId,
-                                                      Snippet::Trigger trigger) const {
+                                                      Snippet::Trigger trigger,
+                                                      const QSet<QUuid>& waiting) const {
     if (isBlankCommand(command))
         return {};
     for (const Snippet& other : m_snippets) {
         if (other.id == snippetId || other.command == command || isBlankCommand(other.command))
             continue;
-        if (expandsWhileTyping(other.command, other.trigger, command))
+        const Snippet::Trigger otherTrigger =
+            waiting.contains(other.id) ? Snippet::Trigger::AfterWordEnd : other.trigger;
+        if (expandsWhileTyping(other.command, otherTrigger, command))
             return {tr("\u201C%1\u201D expands while \u201C%2\u201D is typed, so \u201C%2\u201D "
                        "cannot be typed.")
                         .arg(other.command, command),
@@ -211,6 +214,14 @@ std::optional<DataError> SnippetStore::deleteCategory(const Category& category) 
     categories.removeIf([&](const Category& c) { return c.id == id; });
     setCategories(std::move(categories));
     return saved(save(true, true));
+}
+
+std::optional<Snippet> SnippetStore::snippet(const QUuid& id) const {
+    for (const Snippet& snippet : m_snippets) {
+        if (snippet.id == id)
+            return snippet;
+    }
+    return std::nullopt;
 }
 
 std::optional<Snippet> SnippetStore::snippetWithCommand(const QString& command) const {

@@ -92,8 +92,10 @@ public:
         QString shorterCommand;
         QUuid shorterId; // null when the shorter one is `command` itself
     };
+    // Snippets in `waiting` count as waiting for a word end (a cure chosen but not yet made).
     CommandClash commandClash(const QString& command, const QUuid& snippetId,
-                              Snippet::Trigger trigger = Snippet::Trigger::Immediately) const;
+                              Snippet::Trigger trigger = Snippet::Trigger::Immediately,
+                              const QSet<QUuid>& waiting = {}) const;
 
     // Only blanks, or nothing: never a command.
     static bool isBlankCommand(const QString& command);
@@ -110,6 +112,8 @@ public:
         return m_categoryIds.contains(snippet.categoryId) ? snippet.categoryId
                                                           : Category::defaultCategoryId;
     }
+    // The first snippet with this id.
+    std::optional<Snippet> snippet(const QUuid& id) const;
     // The first snippet with this command.
     std::optional<Snippet> snippetWithCommand(const QString& command) const;
 

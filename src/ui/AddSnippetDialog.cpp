@@ -161,6 +161,7 @@ void AddSnippetDialog::add() {
         setShowingDuplicateError(true);
         return;
     }
+    FormParts::refused(m_triggerOption->applyChosenCure(), this);
     if (m_onAdded)
         m_onAdded(snippet);
     accept();

@@ -64,6 +64,8 @@ ContentView::ContentView(SnippetStore& store, QWidget* parent)
       m_snippetModel(new SnippetListModel(store, this)),
       m_filterModel(new SnippetFilterModel(*m_snippetModel, this)) {
     setObjectName(QStringLiteral("contentView"));
+    // Marked while the shown snippet has edits not yet saved (also as a window of its own).
+    setWindowTitle(QStringLiteral("Typolet[*]"));
     auto* outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
     outer->setSpacing(0);
@@ -343,20 +345,65 @@ void ContentView::userSelectedCategory() {
     if (m_syncing)
         return;
     const QModelIndexList rows = m_categoryList->selectionModel()->selectedRows();
-    setSelectedCategory(rows.isEmpty() ? std::nullopt
-                                       : m_categoryModel->categoryAt(rows.first().row()));
+    const std::optional<Category> category =
+        rows.isEmpty() ? std::nullopt : m_categoryModel->categoryAt(rows.first().row());
+    const std::optional<QUuid> id =
+        category ? std::optional<QUuid>(category->id) : std::nullopt;
+    leaveEditsThen(
+        [this, id] { setSelectedCategory(id ? m_store.category(*id) : std::nullopt); });
 }
 
 void ContentView::userSelectedSnippet() {
     if (m_syncing)
         return;
     const QModelIndexList rows = m_snippetList->selectionModel()->selectedRows();
-    if (rows.isEmpty()) {
-        setSelectedSnippet(std::nullopt);
+    const QUuid id = rows.isEmpty() ? QUuid()
+                                    : m_snippetModel->snippetAt(
+                                          m_filterModel->mapToSource(rows.first()).row()).id;
+    if (m_selectedSnippet && m_selectedSnippet->id == id)
+        return;
+    leaveEditsThen([this, id] { setSelectedSnippet(m_store.snippet(id)); });
+}
+
+void ContentView::leaveEditsThen(std::function<void()> go) {
+    if (!m_detailView || !m_detailView->isEdited()) {
+        go();
         return;
     }
-    setSelectedSnippet(
-        m_snippetModel->snippetAt(m_filterModel->mapToSource(rows.first()).row()));
+    // The lists show the snippet being edited until the edits are settled; the question comes
+    // once the click has finished with the list.
+    syncCategorySelection();
+    syncSnippetSelection();
+    QTimer::singleShot(0, this, [this, go = std::move(go)] {
+        if (settleEdits())
+            go();
+    });
+}
+
+bool ContentView::settleEdits() {
+    if (!m_detailView || !m_detailView->isEdited() || !m_selectedSnippet)
+        return true;
+    if (m_saveEditsOnLeave)
+        return m_detailView->save();
+    QMessageBox question(QMessageBox::Warning, unsavedTitle(),
+                         tr("Do you want to save the changes to \u201C%1\u201D?")
+                             .arg(m_store.snippet(m_detailView->snippetId())
+                                      .value_or(*m_selectedSnippet)
+                                      .command),
+                         QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, window());
+    question.setInformativeText(tr("If you don't save, your changes are lost."));
+    question.setDefaultButton(QMessageBox::Save);
+    question.setEscapeButton(QMessageBox::Cancel);
+    question.setWindowModality(Qt::WindowModal);
+    switch (question.exec()) {
+    case QMessageBox::Save:
+        return m_detailView->save();
+    case QMessageBox::Discard:
+        m_detailView->revert();
+        return true;
+    default:
+        return false;
+    }
 }
 
 void ContentView::updateDetailPane() {
@@ -374,6 +421,8 @@ void ContentView::updateDetailPane() {
             },
             m_detailStack);
         m_detailStack->addWidget(m_detailView);
+        connect(m_detailView, &SnippetDetailView::editedChanged, this,
+                [this](bool edited) { window()->setWindowModified(edited); });
     } else {
         m_detailView->setSnippet(*m_selectedSnippet);
     }
@@ -430,7 +479,7 @@ void ContentView::showEvent(QShowEvent* event) {
 }
 
 void ContentView::showAddSheet() {
-    if (showingAddSheet() || !m_selectedCategory)
+    if (showingAddSheet() || !m_selectedCategory || !settleEdits())
         return;
     m_addSheet = new AddSnippetDialog(
         m_store, m_selectedCategory ? m_selectedCategory->id : Category::defaultCategoryId,

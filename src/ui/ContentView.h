@@ -8,6 +8,7 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QWidget>
+#include <functional>
 #include <optional>
 
 class CategoryListModel;
@@ -61,6 +62,15 @@ public:
     }
     bool showingDeleteAlert() const { return m_deleteAlert && m_deleteAlert->isVisible(); }
 
+    // Settles edits of the shown snippet that are not saved yet, before the user leaves it or
+    // the program ends: saved at once when the user chose so, otherwise the user is asked to
+    // save, discard or cancel. True when the user may go on (nothing is left unsaved).
+    bool settleEdits();
+    // Edits are saved without a question when the user leaves a snippet.
+    void setSaveEditsOnLeave(bool save) { m_saveEditsOnLeave = save; }
+    bool savesEditsOnLeave() const { return m_saveEditsOnLeave; }
+    static QString unsavedTitle() { return tr("Unsaved Changes"); }
+
     void showAddSheet();
     void showAddCategorySheet();
     // Asks for confirmation before deleting the snippet with this id.
@@ -105,6 +115,8 @@ private:
     void updateDetailPane();
     void userSelectedCategory();
     void userSelectedSnippet();
+    // Once the edits are settled (asked after the click that left them has finished), `go`.
+    void leaveEditsThen(std::function<void()> go);
 
     SnippetStore& m_store;
     CategoryListModel* m_categoryModel;
@@ -116,6 +128,7 @@ private:
     std::optional<Snippet> m_snippetToDelete;
     QString m_searchText;
     bool m_syncing = false; // selection is being set by the program, not the user
+    bool m_saveEditsOnLeave = false;
 
     QListView* m_categoryList = nullptr;
     PlainButton* m_addCategoryButton = nullptr;

@@ -42,6 +42,10 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
     auto* toolbarRow = new QHBoxLayout(toolbar);
     toolbarRow->setContentsMargins(16, 12, 16, 12);
     toolbarRow->setSpacing(8);
+    m_editedMarker = FormParts::secondaryText(tr("Edited"), UiTheme::subheadline(), toolbar);
+    m_editedMarker->setObjectName(QStringLiteral("editedMarker"));
+    m_editedMarker->setVisible(false);
+    toolbarRow->addWidget(m_editedMarker);
     toolbarRow->addStretch();
     m_saveButton =
         FormParts::primaryButton(QStringLiteral("square.and.arrow.down.fill"),
@@ -92,8 +96,10 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
     });
     connect(m_triggerOption, &TriggerOption::triggerEdited, this, [this] {
         if (!m_loading)
-            setEdited(true);
+            updateEdited();
     });
+    connect(m_triggerOption, &TriggerOption::chosenCureChanged, this,
+            &SnippetDetailView::updateEdited);
     form->addLayout(commandSection);
 
     auto* contentSection = new QVBoxLayout();
@@ -138,19 +144,24 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
     connect(m_commandField, &QLineEdit::textChanged, this, [this] {
         if (m_loading)
             return;
-        setEdited(true);
+        updateEdited();
         setShowingDuplicateError(false);
     });
     connect(m_contentEditor, &CustomTextEditor::textEdited, this, [this] {
         if (!m_loading)
-            setEdited(true);
+            updateEdited();
     });
+    connect(&m_store, &SnippetStore::snippetsChanged, this, &SnippetDetailView::followStore);
+    auto* revertKey = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+    revertKey->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(revertKey, &QShortcut::activated, this, &SnippetDetailView::revert);
 
     // The texts as given, then as stored (they differ when the snippet changed meanwhile).
+    m_base = snippet;
     m_commandField->setText(snippet.command);
     showContent(snippet.content);
     load();
-    setEdited(false);
+    updateEdited();
 }
 
 QString SnippetDetailView::command() const {
@@ -168,18 +179,41 @@ void SnippetDetailView::setSnippet(const Snippet& snippet) {
 }
 
 void SnippetDetailView::load() {
-    for (const Snippet& stored : m_store.snippets()) {
-        if (stored.id != m_snippetId)
-            continue;
-        // Loading is not an edit: Save stays as it is.
-        m_loading = true;
-        m_triggerOption->setTrigger(stored.trigger);
-        m_commandField->setText(stored.command);
-        m_commandField->setCursorPosition(0);
-        showContent(stored.content);
-        m_loading = false;
+    const std::optional<Snippet> stored = m_store.snippet(m_snippetId);
+    if (!stored)
         return;
+    // Loading is not an edit: Save stays as it is.
+    m_loading = true;
+    m_base = *stored;
+    m_triggerOption->forgetChosenCure();
+    m_triggerOption->setTrigger(stored->trigger);
+    m_commandField->setText(stored->command);
+    m_commandField->setCursorPosition(0);
+    showContent(stored->content);
+    m_loading = false;
+}
+
+void SnippetDetailView::followStore() {
+    const std::optional<Snippet> stored = m_store.snippet(m_snippetId);
+    if (!stored)
+        return; // the window takes the pane away
+    if (stored->command == m_base.command && stored->content == m_base.content &&
+        stored->trigger == m_base.trigger)
+        return;
+    // Fields the user left alone show the new value; edited ones keep the edit.
+    m_loading = true;
+    if (command() == m_base.command && stored->command != m_base.command) {
+        m_commandField->setText(stored->command);
+        m_commandField->setCursorPosition(0);
     }
+    if (content() == m_base.content && stored->content != m_base.content)
+        showContent(stored->content);
+    if (m_triggerOption->trigger() == m_base.trigger)
+        m_triggerOption->setTrigger(stored->trigger);
+    m_base = *stored;
+    m_loading = false;
+    m_triggerOption->check(command(), m_snippetId);
+    updateEdited();
 }
 
 bool SnippetDetailView::isEditable(const QString& content) {
@@ -222,13 +256,24 @@ void SnippetDetailView::showContent(const QString& content) {
 
 void SnippetDetailView::reload() {
     load();
-    setEdited(false);
+    updateEdited();
     setShowingDuplicateError(false);
 }
 
-void SnippetDetailView::setEdited(bool edited) {
-    m_isEdited = edited;
+void SnippetDetailView::revert() {
+    reload();
+}
+
+void SnippetDetailView::updateEdited() {
+    const bool edited = command() != m_base.command || content() != m_base.content ||
+                        m_triggerOption->trigger() != m_base.trigger ||
+                        !m_triggerOption->chosenCure().isNull();
     m_saveButton->setEnabled(edited);
+    m_editedMarker->setVisible(edited);
+    if (edited == m_isEdited)
+        return;
+    m_isEdited = edited;
+    emit editedChanged(edited);
 }
 
 void SnippetDetailView::setShowingDuplicateError(bool showing) {
@@ -236,29 +281,33 @@ void SnippetDetailView::setShowingDuplicateError(bool showing) {
     m_duplicateError->setVisible(showing);
 }
 
-void SnippetDetailView::save() {
-    const QString command = this->command();
-    const QString content = this->content();
-    const QList<Snippet>& snippets = m_store.snippets();
-    const auto stored = std::find_if(snippets.cbegin(), snippets.cend(),
-                                     [&](const Snippet& s) { return s.id == m_snippetId; });
-    if (stored == snippets.cend())
-        return; // deleted meanwhile; nothing to save into
-    const Snippet original = *stored;
-    const std::optional<DataError> error = m_store.updateSnippet(
-        original, command, content, std::nullopt, m_triggerOption->trigger());
+bool SnippetDetailView::save() {
+    const std::optional<Snippet> stored = m_store.snippet(m_snippetId);
+    if (!stored)
+        return true; // deleted meanwhile; nothing to save into
+    // Only what the user changed: a field left alone keeps what the store has now.
+    const QString command = this->command() != m_base.command ? this->command() : stored->command;
+    const QString content = this->content() != m_base.content ? this->content() : stored->content;
+    const std::optional<Snippet::Trigger> trigger =
+        m_triggerOption->trigger() != m_base.trigger ? std::optional(m_triggerOption->trigger())
+                                                     : std::nullopt;
+    const std::optional<DataError> error =
+        m_store.updateSnippet(*stored, command, content, std::nullopt, trigger);
     if (FormParts::refused(error, this)) {
         m_duplicateError->setText(error->description());
         setShowingDuplicateError(true);
-        return;
+        return false;
     }
+    FormParts::refused(m_triggerOption->applyChosenCure(), this);
+    // The store announced the saved record, which the fields already show.
+    updateEdited();
     if (m_onUpdate)
         m_onUpdate(command, content);
-    setEdited(false);
     setShowingToast(true);
     // Each save schedules its own hide; an earlier save's hide may end a later toast early,
     // which is fine for a confirmation that only says "it worked".
     QTimer::singleShot(int(toastDuration * 1000), this, [this] { setShowingToast(false); });
+    return true;
 }
 
 void SnippetDetailView::setShowingToast(bool showing) {

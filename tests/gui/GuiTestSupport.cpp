@@ -124,6 +124,29 @@ QString GuiInput::answerAlert(const QString& title, const QString& answer) {
     return QStringLiteral("no alert");
 }
 
+AlertAnswer::AlertAnswer(const QString& title, const QString& answer)
+    : m_timer(std::make_unique<QTimer>()) {
+    m_timer->setInterval(10);
+    QObject::connect(m_timer.get(), &QTimer::timeout, [this, title, answer] {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            auto* alert = qobject_cast<QMessageBox*>(widget);
+            if (!alert || !alert->isVisible() || alert->windowTitle() != title)
+                continue;
+            for (QAbstractButton* button : alert->buttons()) {
+                if (QString(button->text()).remove(QLatin1Char('&')) != answer)
+                    continue;
+                m_message = alert->text();
+                m_timer->stop();
+                button->click();
+                return;
+            }
+        }
+    });
+    m_timer->start();
+}
+
+AlertAnswer::~AlertAnswer() = default;
+
 QStringList Shown::rows(const QAbstractItemView* list) {
     QStringList shown;
     for (int row = 0; row < list->model()->rowCount(); ++row) {

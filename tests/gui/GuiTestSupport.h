@@ -8,6 +8,7 @@
 
 #include <QAbstractButton>
 #include <QTest>
+#include <QTimer>
 #include <memory>
 
 class CategoryRowView;
@@ -67,6 +68,21 @@ public:
     // Clicks the button labelled `answer` of the open alert titled `title`; returns the alert's
     // message as plain text once it has closed, or "no alert".
     static QString answerAlert(const QString& title, const QString& answer);
+};
+
+// Answers the alert titled `title` with the button labelled `answer` (mnemonic marks ignored)
+// as soon as it shows, also while it blocks in a loop of its own; gives up when destroyed.
+class AlertAnswer {
+public:
+    AlertAnswer(const QString& title, const QString& answer);
+    ~AlertAnswer();
+    // The alert's message once it was answered; empty until then.
+    QString message() const { return m_message; }
+    bool answered() const { return !m_message.isEmpty(); }
+
+private:
+    std::unique_ptr<QTimer> m_timer;
+    QString m_message;
 };
 
 // What the user reads.

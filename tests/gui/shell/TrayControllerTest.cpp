@@ -7,6 +7,13 @@
 #include "Preferences.h"
 #include "RecordingAutostartBackend.h"
 #include "TemporarySettings.h"
+#include "ContentView.h"
+#include "CustomTextEditor.h"
+#include "SnippetDetailView.h"
+#include "SnippetStore.h"
+
+#include <QAbstractButton>
+#include <QMessageBox>
 
 #include <QAction>
 #include <QMainWindow>
@@ -58,6 +65,8 @@ private slots:
     void everyQuitRequestAsksFirst_data();
     void everyQuitRequestAsksFirst();
     void signalsEndItWithoutAsking();
+    void quittingSettlesTheEditorsEdits_data();
+    void quittingSettlesTheEditorsEdits();
 };
 
 // Without a tray (the offscreen platform has none) Typolet runs with its window, and closing
@@ -187,6 +196,57 @@ void TrayControllerTest::signalsEndItWithoutAsking() {
     QCOMPARE(runLoop([&] { f.tray.terminateWithoutAsking(); }), 0);
     QCOMPARE(driver.acted(), 0);
     QCOMPARE(terminating.size(), 1);
+}
+
+void TrayControllerTest::quittingSettlesTheEditorsEdits_data() {
+    QTest::addColumn<QString>("answer"); // empty: saved without asking
+    QTest::addColumn<bool>("quits");
+    QTest::addColumn<QString>("stored");
+    QTest::newRow("Save") << "Save" << true << "Hello!";
+    QTest::newRow("Discard") << "Discard" << true << "Hello";
+    QTest::newRow("Cancel") << "Cancel" << false << "Hello";
+    QTest::newRow("saved without asking") << QString() << true << "Hello!";
+}
+
+// "Quit" with a snippet edited but not saved: the edit is saved, discarded, or the quit is off.
+void TrayControllerTest::quittingSettlesTheEditorsEdits() {
+    QFETCH(QString, answer);
+    QFETCH(bool, quits);
+    QFETCH(QString, stored);
+    TemporarySettings settings;
+    SnippetStore store(settings.path());
+    QVERIFY(!store.addSnippet(Snippet::create(QStringLiteral(";hi"), QStringLiteral("Hello"),
+                                              Category::defaultCategoryId)));
+    Preferences preferences(settings.path());
+    Autostart autostart(std::make_unique<RecordingAutostartBackend>());
+    QMainWindow mainWindow;
+    auto* editor = new ContentView(store);
+    mainWindow.setCentralWidget(editor);
+    mainWindow.show();
+    TrayController tray(autostart, preferences);
+    tray.applicationDidFinishLaunching(&mainWindow);
+    editor->setSaveEditsOnLeave(answer.isEmpty());
+    editor->setSelectedSnippet(store.snippets().first());
+    editor->detailView()->contentEditor()->moveCursor(QTextCursor::End);
+    QTest::keyClicks(editor->detailView()->contentEditor(), QStringLiteral("!"));
+    std::unique_ptr<AlertDriver> second;
+    int questions = 0;
+    AlertDriver driver([&](QMessageBox* alert) {
+        ++questions;
+        if (!answer.isEmpty())
+            second = std::make_unique<AlertDriver>([&, answer](QMessageBox* unsaved) {
+                ++questions;
+                QVERIFY(unsaved->text().contains(QStringLiteral(";hi")));
+                for (QAbstractButton* button : unsaved->buttons())
+                    if (QString(button->text()).remove(QLatin1Char('&')) == answer)
+                        QTest::mouseClick(button, Qt::LeftButton);
+            });
+        AlertDriver::click(QStringLiteral("Quit"))(alert);
+    });
+    const bool ended = runLoop([&] { QCoreApplication::quit(); }) == 0;
+    QCOMPARE(ended, quits);
+    QCOMPARE(questions, answer.isEmpty() ? 1 : 2);
+    QCOMPARE(store.snippets().first().content, stored);
 }
 
 TYPOLET_ISOLATED_TEST_MAIN(TrayControllerTest)
