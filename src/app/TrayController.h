@@ -18,7 +18,7 @@ class QMenu;
 class QSessionManager;
 class QSystemTrayIcon;
 
-// Everything the user reaches around the main window: the "Typolet" application menu, the
+// Everything the user reaches around the main window: its File, Edit and Help menus, the
 // tray icon with its menu, the Preferences and About windows, and the question that stands
 // in front of every way of quitting.
 //
@@ -57,9 +57,10 @@ public:
 
     // The menus, built at launch (the tray menu exists even without a tray, so it can be
     // inspected).
-    QMenu* applicationMenu() const { return m_applicationMenu; }
     QMenu* statusMenu() const { return m_statusMenu.get(); }
     QMenu* fileMenu() const { return m_fileMenu; }
+    QMenu* editMenu() const { return m_editMenu; }
+    QMenu* helpMenu() const { return m_helpMenu; }
     // "Pause Expansion", checked while paused; in the tray menu and the File menu.
     QAction* pauseAction() const { return m_pauseAction; }
     // "Exclude “name”" in the tray menu, for the application in use when the menu opens, which
@@ -68,7 +69,7 @@ public:
     // Shows the desktop-wide keys that pause, beside "Pause Expansion" (shown, not bound:
     // the keys reach Typolet through their grab, not through the menus).
     void showPauseKeys(const QKeySequence& keys);
-    // Puts the library's import and export entries at the top of the File menu.
+    // Puts the library's import and export entries in the File menu, after the New entries.
     void addLibraryActions(const QList<QAction*>& actions);
     void setLastApplicationSource(std::function<QString()> source) {
         m_lastApplication = std::move(source);
@@ -101,8 +102,13 @@ private:
     std::unique_ptr<QSystemTrayIcon> m_statusItem;
     std::unique_ptr<QMenu> m_statusMenu;
     QPointer<ContentView> m_editor; // the main window's, whose edits are settled before quitting
-    QMenu* m_applicationMenu = nullptr; // owned by the main window's menu bar
-    QMenu* m_fileMenu = nullptr;        // likewise
+    // The menus are owned by the main window's menu bar.
+    QMenu* m_fileMenu = nullptr;
+    QMenu* m_editMenu = nullptr;
+    QMenu* m_helpMenu = nullptr;
+    QAction* m_libraryActionsEnd = nullptr; // the separator the library's entries go before
+    // Also bound in the Preferences and About windows: Preferences, Quit, Help.
+    QList<QAction*> m_windowActions;
     QAction* m_pauseAction = nullptr;
     QAction* m_excludeAction = nullptr;
     std::function<QString()> m_lastApplication;

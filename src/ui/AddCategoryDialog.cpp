@@ -47,7 +47,7 @@ AddCategoryDialog::AddCategoryDialog(SnippetStore& store, AddHandler onAdd,
     m_nameFrame = new InputFieldFrame(8, 10, this);
     m_nameFrame->row()->addWidget(
         FormParts::symbol(QStringLiteral("folder"), 16, QColor(), m_nameFrame));
-    m_nameField = new FocusableTextField(tr("Enter category name..."), m_nameFrame);
+    m_nameField = new FocusableTextField(tr("Enter category name\u2026"), m_nameFrame);
     m_nameField->setObjectName(QStringLiteral("nameField"));
     m_nameField->setFont(UiTheme::body());
     m_nameFrame->row()->addWidget(m_nameField, 1);

@@ -88,7 +88,7 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
     m_placeholders = new PlaceholderBar(m_contentEditor, this);
     contentFrame->row()->addWidget(m_placeholders->menuButton(), 0, Qt::AlignTop);
     // Where the first typed line appears: just inside the editor's first line.
-    m_contentPlaceholder = FormParts::secondaryText(tr("Enter your content here..."),
+    m_contentPlaceholder = FormParts::secondaryText(tr("Enter your content here\u2026"),
                                                     UiTheme::body(), contentFrame);
     m_contentPlaceholder->setObjectName(QStringLiteral("contentPlaceholder"));
     m_contentPlaceholder->setAttribute(Qt::WA_TransparentForMouseEvents);

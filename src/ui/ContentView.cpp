@@ -504,6 +504,18 @@ void ContentView::showAddCategorySheet() {
     m_addCategorySheet->nameField()->setFocus(Qt::OtherFocusReason);
 }
 
+void ContentView::deleteSelection() {
+    if (m_categoryList->hasFocus()) {
+        if (m_selectedCategory) {
+            if (CategoryRowView* row = categoryRow(m_selectedCategory->id))
+                row->showDeleteAlert();
+        }
+        return;
+    }
+    if (m_selectedSnippet)
+        requestDelete(m_selectedSnippet->id);
+}
+
 void ContentView::requestDelete(const QUuid& snippetId) {
     const QList<Snippet>& snippets = m_store.snippets();
     const auto found = std::find_if(snippets.cbegin(), snippets.cend(),

@@ -73,6 +73,9 @@ public:
 
     void showAddSheet();
     void showAddCategorySheet();
+    // Deletes what is selected, after the question: the category while the category list has
+    // the keyboard, otherwise the snippet.
+    void deleteSelection();
     // Asks for confirmation before deleting the snippet with this id.
     void requestDelete(const QUuid& snippetId);
 

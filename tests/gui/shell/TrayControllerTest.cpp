@@ -65,6 +65,7 @@ private slots:
     void everyQuitRequestAsksFirst_data();
     void everyQuitRequestAsksFirst();
     void signalsEndItWithoutAsking();
+    void theMenusAreFileEditHelp();
     void quittingSettlesTheEditorsEdits_data();
     void quittingSettlesTheEditorsEdits();
 };
@@ -115,14 +116,17 @@ void TrayControllerTest::excludeTakesTheApplicationTypedInLast() {
 void TrayControllerTest::runInBackgroundThenOpenTypoletBringsBackEveryWindow() {
     Fixture f;
     QVERIFY(QTest::qWaitForWindowActive(&f.mainWindow));
-    QTest::keyClick(&f.mainWindow, Qt::Key_Comma, Qt::ControlModifier); // "Preferences..."
-    f.tray.applicationMenu()->actions().constFirst()->trigger();    // "About Typolet"
-    const QList<QWidget*> windows = {&f.mainWindow, f.tray.preferencesWindow(),
-                                     f.tray.aboutWindow()};
+    QTest::keyClick(&f.mainWindow, Qt::Key_Comma, Qt::ControlModifier); // "Preferences…"
+    f.tray.helpMenu()->findChild<QAction*>(QStringLiteral("about"))->trigger();
+    const QList<QWidget*> windows = {&f.mainWindow, f.tray.preferencesWindow()};
     for (const QWidget* window : windows)
         QVERIFY(window && window->isVisible());
+    QVERIFY(f.tray.aboutWindow()->isVisible());
     QVERIFY(!f.inBackground());
-    f.tray.aboutWindow()->close();     // closed by the user: kept, and brought back too
+    // Closed by the user with Ctrl+W: it stays closed when the others come back.
+    QVERIFY(QTest::qWaitForWindowActive(f.tray.aboutWindow()));
+    QTest::keyClick(f.tray.aboutWindow(), Qt::Key_W, Qt::ControlModifier);
+    QVERIFY(!f.tray.aboutWindow()->isVisible());
 
     AlertDriver driver(AlertDriver::click(QStringLiteral("Run in Background")));
     QCOMPARE(f.tray.applicationShouldTerminate(), QuitConfirmation::TerminateReply::Cancel);
@@ -138,6 +142,12 @@ void TrayControllerTest::runInBackgroundThenOpenTypoletBringsBackEveryWindow() {
     QVERIFY(!f.inBackground());
     for (const QWidget* window : windows)
         QVERIFY(window->isVisible());
+    QVERIFY(!f.tray.aboutWindow()->isVisible());
+    // Closed windows stay closed on a second launch too, but the main window always comes.
+    f.mainWindow.close();
+    f.tray.preferencesWindow()->close();
+    f.tray.openApp();
+    QVERIFY(f.mainWindow.isVisible() && !f.tray.preferencesWindow()->isVisible());
 }
 
 void TrayControllerTest::everyQuitRequestAsksFirst_data() {
@@ -196,6 +206,38 @@ void TrayControllerTest::signalsEndItWithoutAsking() {
     QCOMPARE(runLoop([&] { f.tray.terminateWithoutAsking(); }), 0);
     QCOMPARE(driver.acted(), 0);
     QCOMPARE(terminating.size(), 1);
+}
+
+// The desktop's menu layout, no menu named after the program, one ellipsis.
+void TrayControllerTest::theMenusAreFileEditHelp() {
+    TemporarySettings settings;
+    SnippetStore store(settings.path());
+    Preferences preferences(settings.path());
+    Autostart autostart(std::make_unique<RecordingAutostartBackend>());
+    QMainWindow mainWindow;
+    mainWindow.setCentralWidget(new ContentView(store));
+    TrayController tray(autostart, preferences);
+    tray.applicationDidFinishLaunching(&mainWindow);
+    QAction extra(QStringLiteral("Import\u2026"));
+    tray.addLibraryActions({&extra});
+    QStringList menus;
+    for (const QAction* menu : mainWindow.menuBar()->actions())
+        menus << menu->text();
+    QCOMPARE(menus, (QStringList{"&File", "&Edit", "&Help"}));
+    const auto entries = [](const QMenu* menu) {
+        QStringList shown;
+        for (const QAction* action : menu->actions())
+            if (!action->isSeparator())
+                shown << action->text().section(QLatin1Char('\t'), 0, 0) + QLatin1Char('|') +
+                             action->shortcut().toString();
+        return shown;
+    };
+    QCOMPARE(entries(tray.fileMenu()),
+             (QStringList{"New Snippet\u2026|Ctrl+N", "New Category\u2026|Ctrl+Shift+N",
+                          "Import\u2026|", "Pause Expansion|", "Quit|Ctrl+Q"}));
+    QCOMPARE(entries(tray.editMenu()),
+             (QStringList{"Find|Ctrl+F", "Delete\u2026|Del", "Preferences\u2026|Ctrl+,"}));
+    QCOMPARE(entries(tray.helpMenu()), (QStringList{"Typolet Help|F1", "About Typolet|"}));
 }
 
 void TrayControllerTest::quittingSettlesTheEditorsEdits_data() {
