@@ -119,6 +119,16 @@ bool Preferences::setSaveEditsOnLeave(bool enabled) {
     return written;
 }
 
+QString Preferences::lastCategory() const {
+    return stored(lastCategoryKey).toString();
+}
+
+bool Preferences::setLastCategory(const QString& id) {
+    if (lastCategory() == id)
+        return true;
+    return write(lastCategoryKey, id);
+}
+
 bool Preferences::paused() const {
     return stored(pausedKey, false).toBool();
 }

@@ -22,6 +22,8 @@ class LibraryFile;
 //  - pauseKeys: the desktop-wide keys that pause and resume, "Ctrl+Alt+Space" when absent;
 //  - saveEditsOnLeave: leaving a snippet with edits not yet saved (another snippet, quitting)
 //    saves them without asking; absent reads as false (the editor asks);
+//  - lastCategory: the category the editor showed when Typolet last ended (its id); absent or
+//    empty: "All Snippets";
 //  - keyboardLayout: in a Wayland session, the layout typed keys are read and typed with, as
 //    xkb-data names it ("de", "de(nodeadkeys)"); absent or empty: the one the desktop uses.
 // Every write goes to disk at once, through the library file's one owner; a change another
@@ -57,6 +59,9 @@ public:
 
     bool saveEditsOnLeave() const;
     bool setSaveEditsOnLeave(bool enabled);
+
+    QString lastCategory() const;
+    bool setLastCategory(const QString& id);
 
     bool paused() const;
     bool setPaused(bool paused);
@@ -95,6 +100,7 @@ public:
     static constexpr int minimumPasteThreshold = 1;
     static constexpr int maximumPasteThreshold = 1000000;
     static constexpr const char* pausedKey = "paused";
+    static constexpr const char* lastCategoryKey = "lastCategory";
     static constexpr const char* saveEditsOnLeaveKey = "saveEditsOnLeave";
     static constexpr const char* excludedApplicationsKey = "excludedApplications";
     static constexpr const char* pauseKeysKey = "pauseKeys";

@@ -108,6 +108,14 @@ int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store, Library
     if (!typolet.start())
         return 0;
     editor->setSaveEditsOnLeave(preferences.saveEditsOnLeave());
+    // The category shown last time, or "All Snippets": never a view that looks empty.
+    if (const auto last = store.category(QUuid::fromString(preferences.lastCategory()));
+        last && !preferences.lastCategory().isEmpty())
+        editor->setSelectedCategory(last);
+    QObject::connect(&app, &QCoreApplication::aboutToQuit, editor, [editor, &preferences] {
+        const auto shown = editor->selectedCategory();
+        preferences.setLastCategory(shown ? shown->id.toString(QUuid::WithoutBraces) : QString());
+    });
     QObject::connect(&preferences, &Preferences::saveEditsOnLeaveChanged, editor,
                      &ContentView::setSaveEditsOnLeave);
     // Import and export in the File menu, for the library and the category the editor shows.

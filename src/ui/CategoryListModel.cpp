@@ -13,25 +13,38 @@ CategoryListModel::CategoryListModel(SnippetStore& store, QObject* parent)
     });
     connect(&m_store, &SnippetStore::snippetsChanged, this, [this] {
         recount();
-        if (!m_categories.isEmpty())
-            emit dataChanged(index(0), index(int(m_categories.size()) - 1), {CountRole});
+        emit dataChanged(index(0), index(rowCount() - 1), {CountRole});
     });
 }
 
 void CategoryListModel::recount() {
     m_counts.clear();
+    m_total = int(m_store.snippets().size());
     for (const Snippet& snippet : m_store.snippets())
         ++m_counts[m_store.shownCategoryId(snippet)];
 }
 
 int CategoryListModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : int(m_categories.size());
+    return parent.isValid() ? 0 : int(m_categories.size()) + 1;
 }
 
 QVariant CategoryListModel::data(const QModelIndex& index, int role) const {
-    if (!index.isValid() || index.row() >= m_categories.size())
+    if (!index.isValid() || index.row() >= rowCount())
         return {};
-    const Category& category = m_categories.at(index.row());
+    if (index.row() == allSnippetsRow) {
+        switch (role) {
+        case Qt::DisplayRole:
+        case Qt::AccessibleTextRole:
+            return tr("All Snippets");
+        case CountRole:
+            return m_total;
+        case ProtectedRole:
+            return true;
+        default:
+            return {};
+        }
+    }
+    const Category& category = m_categories.at(index.row() - 1);
     switch (role) {
     case Qt::DisplayRole:
     case Qt::AccessibleTextRole:
@@ -48,15 +61,15 @@ QVariant CategoryListModel::data(const QModelIndex& index, int role) const {
 }
 
 std::optional<Category> CategoryListModel::categoryAt(int row) const {
-    if (row < 0 || row >= m_categories.size())
+    if (row <= allSnippetsRow || row > m_categories.size())
         return std::nullopt;
-    return m_categories.at(row);
+    return m_categories.at(row - 1);
 }
 
 int CategoryListModel::rowOf(const QUuid& id) const {
     for (int row = 0; row < m_categories.size(); ++row) {
         if (m_categories.at(row).id == id)
-            return row;
+            return row + 1;
     }
     return -1;
 }

@@ -18,6 +18,8 @@
 #include "UiTheme.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QToolButton>
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QLineEdit>
@@ -122,6 +124,7 @@ ContentView::ContentView(SnippetStore& store, QWidget* parent)
             &ContentView::updateCategoryCounts);
 
     rebuildCategoryRows();
+    updatePlaceholder();
     setSelectedCategory({});
 }
 
@@ -175,6 +178,7 @@ QWidget* ContentView::buildSidebar() {
     column->addLayout(header);
 
     m_categoryList = new QListView(sidebar);
+    m_categoryList->setAccessibleName(tr("Categories"));
     m_categoryList->setObjectName(QStringLiteral("categoryList"));
     styleList(m_categoryList);
     m_categoryList->setItemDelegate(new CategoryRowDelegate(m_categoryList));
@@ -213,6 +217,11 @@ QWidget* ContentView::buildSnippetColumn() {
     m_searchField->setMaximumWidth(200);
     m_searchField->setMaxLength(std::numeric_limits<int>::max());
     m_searchField->setClearButtonEnabled(true);
+    m_searchField->setAccessibleName(tr("Search snippets"));
+    for (QToolButton* clear : m_searchField->findChildren<QToolButton*>())
+        clear->setAccessibleName(tr("Clear search"));
+    // Escape clears the search, Down goes on into the results.
+    m_searchField->installEventFilter(this);
     header->addWidget(m_searchField);
     m_addSnippetButton =
         iconButton(QStringLiteral("plus.circle.fill"), tr("Add Snippet"), panel);
@@ -221,12 +230,22 @@ QWidget* ContentView::buildSnippetColumn() {
     column->addLayout(header);
 
     m_snippetList = new QListView(panel);
+    m_snippetList->setAccessibleName(tr("Snippets"));
     m_snippetList->setObjectName(QStringLiteral("snippetList"));
     styleList(m_snippetList);
     m_snippetList->setItemDelegate(
         new SnippetRowDelegate([this](const QUuid& id) { requestDelete(id); }, m_snippetList));
     m_snippetList->setModel(m_filterModel);
     column->addWidget(m_snippetList, 1);
+    m_elsewhereButton = new QPushButton(panel);
+    m_elsewhereButton->setObjectName(QStringLiteral("elsewhereButton"));
+    m_elsewhereButton->setFlat(true);
+    m_elsewhereButton->setVisible(false);
+    column->addWidget(m_elsewhereButton, 0, Qt::AlignHCenter);
+    connect(m_elsewhereButton, &QAbstractButton::clicked, this, [this] {
+        setSelectedCategory(std::nullopt);
+        m_snippetList->setFocus(Qt::OtherFocusReason);
+    });
 
     connect(m_searchField, &QLineEdit::textChanged, this, &ContentView::setSearchText);
     connect(m_addSnippetButton, &QAbstractButton::clicked, this, &ContentView::showAddSheet);
@@ -242,6 +261,7 @@ QWidget* ContentView::buildDetailPane() {
         tr("Select a snippet to view details"), UiTheme::body(), m_detailStack);
     m_detailPlaceholder->setObjectName(QStringLiteral("detailPlaceholder"));
     m_detailPlaceholder->setAlignment(Qt::AlignCenter);
+    m_detailPlaceholder->setWordWrap(true);
     m_detailStack->addWidget(m_detailPlaceholder);
     return m_detailStack;
 }
@@ -276,22 +296,41 @@ void ContentView::setSelectedCategory(std::optional<Category> category) {
     m_selectedCategory = std::move(category);
     m_title->setText(m_selectedCategory ? m_selectedCategory->name
                                         : tr("All Snippets"));
-    m_addSnippetButton->setEnabled(m_selectedCategory.has_value());
     {
         QScopedValueRollback guard(m_syncing, true);
         m_filterModel->setCategoryFilter(
             m_selectedCategory ? std::optional<QUuid>(m_selectedCategory->id) : std::nullopt);
     }
     syncCategorySelection();
+    dropHiddenSnippet();
     syncSnippetSelection();
+    updateElsewhereCount();
     emit selectionChanged();
+}
+
+bool ContentView::isShown(const Snippet& snippet) const {
+    const int sourceRow = m_snippetModel->rowOf(snippet.id);
+    return sourceRow >= 0 && m_filterModel->mapFromSource(m_snippetModel->index(sourceRow)).isValid();
+}
+
+void ContentView::dropHiddenSnippet() {
+    // The detail pane shows only what the list shows; edits not yet saved stay in view.
+    if (!m_selectedSnippet || isShown(*m_selectedSnippet) ||
+        (m_detailView && m_detailView->isEdited()))
+        return;
+    m_selectedSnippet.reset();
+    updateDetailPane();
 }
 
 void ContentView::setSelectedSnippet(std::optional<Snippet> snippet) {
     m_selectedSnippet = std::move(snippet);
-    // The category follows the snippet; clearing the snippet leaves the category alone.
-    if (m_selectedSnippet)
-        setSelectedCategory(m_store.category(m_store.shownCategoryId(*m_selectedSnippet)));
+    // A snippet the list hides brings its category (or, with a search, every snippet) along;
+    // clearing the snippet leaves the category alone.
+    if (m_selectedSnippet && !isShown(*m_selectedSnippet)) {
+        const std::optional<Category> own =
+            m_store.category(m_store.shownCategoryId(*m_selectedSnippet));
+        setSelectedCategory(m_searchText.isEmpty() ? own : std::nullopt);
+    }
     syncSnippetSelection();
     updateDetailPane();
     emit selectionChanged();
@@ -305,12 +344,37 @@ void ContentView::setSearchText(const QString& text) {
         QScopedValueRollback guard(m_syncing, true);
         m_filterModel->setSearchText(text);
     }
+    dropHiddenSnippet();
     syncSnippetSelection();
+    updateElsewhereCount();
+}
+
+int ContentView::matchesElsewhere() const {
+    if (!m_selectedCategory || m_searchText.isEmpty())
+        return 0;
+    int matching = 0;
+    for (const Snippet& snippet : m_store.snippets())
+        if (SnippetFilterModel::matches(snippet.command, snippet.content, m_searchText))
+            ++matching;
+    return matching - m_filterModel->rowCount();
+}
+
+void ContentView::updateElsewhereCount() {
+    const int elsewhere = matchesElsewhere();
+    m_elsewhereButton->setText(tr("%n more in other categories", nullptr, elsewhere));
+    m_elsewhereButton->setVisible(elsewhere > 0);
+}
+
+void ContentView::updatePlaceholder() {
+    m_detailPlaceholder->setText(m_store.snippets().isEmpty()
+                                     ? tr("Add a snippet, then type its command anywhere")
+                                     : tr("Select a snippet to view details"));
 }
 
 void ContentView::syncCategorySelection() {
     QScopedValueRollback guard(m_syncing, true);
-    const int row = m_selectedCategory ? m_categoryModel->rowOf(m_selectedCategory->id) : -1;
+    const int row = m_selectedCategory ? m_categoryModel->rowOf(m_selectedCategory->id)
+                                       : CategoryListModel::allSnippetsRow;
     QItemSelectionModel* selection = m_categoryList->selectionModel();
     if (row < 0) {
         selection->clearSelection();
@@ -349,8 +413,13 @@ void ContentView::userSelectedCategory() {
         rows.isEmpty() ? std::nullopt : m_categoryModel->categoryAt(rows.first().row());
     const std::optional<QUuid> id =
         category ? std::optional<QUuid>(category->id) : std::nullopt;
-    leaveEditsThen(
-        [this, id] { setSelectedCategory(id ? m_store.category(*id) : std::nullopt); });
+    const auto go = [this, id] { setSelectedCategory(id ? m_store.category(*id) : std::nullopt); };
+    // Only a category that hides the snippet being edited leaves it.
+    if (!id || !m_selectedSnippet || m_store.shownCategoryId(*m_selectedSnippet) == *id) {
+        go();
+        return;
+    }
+    leaveEditsThen(go);
 }
 
 void ContentView::userSelectedSnippet() {
@@ -435,19 +504,25 @@ void ContentView::rebuildCategoryRows() {
     // Rows are widgets (they carry buttons, sheets and alerts); categories are few.
     for (int row = 0; row < m_categoryModel->rowCount(); ++row) {
         const QModelIndex index = m_categoryModel->index(row);
-        const Category category = *m_categoryModel->categoryAt(row);
-        auto* rowView = new CategoryRowView(m_store, category,
-                                            m_categoryModel->snippetCount(category.id));
+        const std::optional<Category> category = m_categoryModel->categoryAt(row);
+        // "All Snippets" is shown like a category that cannot be renamed or deleted.
+        auto* rowView =
+            category ? new CategoryRowView(m_store, *category,
+                                           m_categoryModel->snippetCount(category->id))
+                     : new CategoryRowView(m_store, Category(Category::defaultCategoryId,
+                                                             tr("All Snippets"), 0),
+                                           m_categoryModel->totalCount());
         m_categoryList->setIndexWidget(index, rowView);
     }
 }
 
 void ContentView::updateCategoryCounts() {
     for (int row = 0; row < m_categoryModel->rowCount(); ++row) {
+        const std::optional<Category> category = m_categoryModel->categoryAt(row);
         if (auto* rowView = qobject_cast<CategoryRowView*>(
                 m_categoryList->indexWidget(m_categoryModel->index(row))))
-            rowView->setSnippetCount(
-                m_categoryModel->snippetCount(m_categoryModel->categoryAt(row)->id));
+            rowView->setSnippetCount(category ? m_categoryModel->snippetCount(category->id)
+                                              : m_categoryModel->totalCount());
     }
 }
 
@@ -461,6 +536,8 @@ void ContentView::categoriesChanged() {
 }
 
 void ContentView::snippetsChanged() {
+    updatePlaceholder();
+    updateElsewhereCount();
     if (m_selectedSnippet && m_snippetModel->rowOf(m_selectedSnippet->id) < 0) {
         // Deleted with its category, or elsewhere: there is nothing left to show.
         m_selectedSnippet.reset();
@@ -472,14 +549,8 @@ void ContentView::snippetsChanged() {
 
 // ---- actions
 
-void ContentView::showEvent(QShowEvent* event) {
-    QWidget::showEvent(event);
-    if (!m_selectedCategory && !m_store.categories().isEmpty())
-        setSelectedCategory(m_store.categories().first());
-}
-
 void ContentView::showAddSheet() {
-    if (showingAddSheet() || !m_selectedCategory || !settleEdits())
+    if (showingAddSheet() || !settleEdits())
         return;
     m_addSheet = new AddSnippetDialog(
         m_store, m_selectedCategory ? m_selectedCategory->id : Category::defaultCategoryId,
@@ -502,6 +573,24 @@ void ContentView::showAddCategorySheet() {
     m_addCategorySheet->setAttribute(Qt::WA_DeleteOnClose);
     m_addCategorySheet->open();
     m_addCategorySheet->nameField()->setFocus(Qt::OtherFocusReason);
+}
+
+bool ContentView::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_searchField && event->type() == QEvent::KeyPress) {
+        const auto* press = static_cast<QKeyEvent*>(event);
+        if (press->key() == Qt::Key_Escape && !m_searchField->text().isEmpty()) {
+            setSearchText(QString());
+            return true;
+        }
+        if (press->key() == Qt::Key_Down && m_filterModel->rowCount() > 0) {
+            m_snippetList->setFocus(Qt::TabFocusReason);
+            if (!m_snippetList->selectionModel()->hasSelection())
+                m_snippetList->selectionModel()->setCurrentIndex(
+                    m_filterModel->index(0, 0), QItemSelectionModel::ClearAndSelect);
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void ContentView::deleteSelection() {

@@ -18,6 +18,7 @@ class PlainButton;
 class QLabel;
 class QLineEdit;
 class QListView;
+class QPushButton;
 class QStackedWidget;
 class SnippetStore;
 class SnippetDetailView;
@@ -29,9 +30,11 @@ class SnippetListModel;
 // editor on the right. It owns the selection, the search text, the sheets that add snippets
 // and categories, and the confirmation before a snippet is deleted.
 //
-// Selection rules: selecting a snippet selects its category too (none when the category does
-// not exist, which shows "All Snippets"); when shown with no category selected the first one
-// is selected; a category just added becomes the selection once its sheet has closed.
+// Selection rules: "All Snippets", the first row of the category list, stands for no category
+// and is where the window starts. Selecting a snippet the list hides selects its category
+// too; the detail pane never shows a snippet the list hides (unless it has edits not yet
+// saved); a category just added becomes the selection once its sheet has closed. A search in
+// one category says how many snippets match in the others.
 class ContentView : public QWidget {
     Q_OBJECT
 public:
@@ -93,11 +96,16 @@ public:
     AddCategoryDialog* addCategorySheet() const { return m_addCategorySheet; }
     QMessageBox* deleteAlert() const { return m_deleteAlert; }
 
+    // "N more in other categories" under a search in one category; selects "All Snippets".
+    QPushButton* elsewhereButton() const { return m_elsewhereButton; }
+    // Snippets that match the search outside the selected category.
+    int matchesElsewhere() const;
+
 signals:
     void selectionChanged();
 
 protected:
-    void showEvent(QShowEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     // Shows a problem with the library file above everything else, until the window closes.
@@ -116,6 +124,10 @@ private:
     void syncCategorySelection();
     void syncSnippetSelection();
     void updateDetailPane();
+    bool isShown(const Snippet& snippet) const;
+    void dropHiddenSnippet();
+    void updateElsewhereCount();
+    void updatePlaceholder();
     void userSelectedCategory();
     void userSelectedSnippet();
     // Once the edits are settled (asked after the click that left them has finished), `go`.
@@ -139,6 +151,7 @@ private:
     QLineEdit* m_searchField = nullptr;
     PlainButton* m_addSnippetButton = nullptr;
     QListView* m_snippetList = nullptr;
+    QPushButton* m_elsewhereButton = nullptr;
     QStackedWidget* m_detailStack = nullptr;
     QLabel* m_detailPlaceholder = nullptr;
     QLabel* m_problemBanner = nullptr;

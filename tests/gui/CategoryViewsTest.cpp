@@ -79,7 +79,7 @@ private slots:
         QTest::keyClicks(sheet->nameField(), QStringLiteral(" Work"));
         QVERIFY(GuiInput::clickCloses(sheet->addButton()));
         QTRY_COMPARE(Shown::rows(view->categoryList()),
-                     (QStringList{"Uncategory", "Work", "* Work"}));
+                     (QStringList{"All Snippets", "Uncategory", "Work", "* Work"}));
         QCOMPARE(view->title(), QStringLiteral(" Work"));
         // A name of spaces is a name; Ctrl+Return adds it.
         sheet = openAddSheet(view);
@@ -150,7 +150,7 @@ private slots:
             QCOMPARE(commandsOf(store->snippets()), QStringList{";h"});
         }
         // Nothing is left to show of the deleted category or its snippet.
-        QCOMPARE(Shown::rows(view->categoryList()), (QStringList{"Uncategory", "Home"}));
+        QCOMPARE(Shown::rows(view->categoryList()), (QStringList{"*All Snippets", "Uncategory", "Home"}));
         QCOMPARE(Shown::snippets(view), (QStringList{"All Snippets", ";h"}));
         QVERIFY(view->showingDetailPlaceholder());
     }

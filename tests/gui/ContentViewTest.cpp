@@ -10,6 +10,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QPushButton>
+#include <QToolButton>
 #include <QScopeGuard>
 
 namespace {
@@ -41,35 +43,35 @@ private slots:
         Library lib;
         ContentView* view = lib.fixture.show();
         QListView* categories = view->categoryList();
-        // Shown without a selection, the first category gets selected; no snippet is.
-        QCOMPARE(Shown::rows(categories), (QStringList{"*Uncategory", "Work", "Personal"}));
+        // It starts on "All Snippets", with no snippet selected.
+        QCOMPARE(Shown::rows(categories),
+                 (QStringList{"*All Snippets", "Uncategory", "Work", "Personal"}));
+        QCOMPARE(Shown::snippets(view), all);
         auto* placeholder = view->findChild<QLabel*>(QStringLiteral("detailPlaceholder"));
         QVERIFY(placeholder->isVisible());
-        GuiInput::clickRow(categories, 1);
+        QCOMPARE(placeholder->text(), QStringLiteral("Select a snippet to view details"));
+        GuiInput::clickRow(categories, 2);
         QCOMPARE(Shown::snippets(view), work);
-        // Ctrl-click on the selected category takes the selection away, and with it Add Snippet.
-        GuiInput::clickRow(categories, 1, Qt::ControlModifier);
-        QCOMPARE(Shown::rows(categories), (QStringList{"Uncategory", "Work", "Personal"}));
+        // Ctrl-click on the selected category goes back to every snippet.
+        GuiInput::clickRow(categories, 2, Qt::ControlModifier);
+        QCOMPARE(Shown::rows(categories),
+                 (QStringList{"*All Snippets", "Uncategory", "Work", "Personal"}));
         QCOMPARE(Shown::snippets(view), all);
-        QVERIFY(!view->addSnippetButton()->isEnabled());
-        GuiInput::click(view->addSnippetButton());
-        QVERIFY(!view->showingAddSheet());
-        // A snippet picked from another category selects that category.
+        // A snippet picked among all stays among all; a new one goes to the default category.
         GuiInput::clickRow(view->snippetList(), 1);
-        QCOMPARE(Shown::rows(categories), (QStringList{"Uncategory", "Work", "*Personal"}));
-        QCOMPARE(Shown::snippets(view), (QStringList{"Personal", "*;home"}));
+        QCOMPARE(Shown::snippets(view).first(), QStringLiteral("All Snippets"));
         QCOMPARE(view->detailView()->command(), QStringLiteral(";home"));
         QVERIFY(view->addSnippetButton()->isEnabled());
-        // Picking a category leaves the snippet in the detail pane.
-        GuiInput::clickRow(categories, 1);
+        // A category that hides the snippet takes it out of the detail pane too.
+        GuiInput::clickRow(categories, 2);
         QCOMPARE(Shown::snippets(view), work);
-        QVERIFY(!placeholder->isVisible());
-        QCOMPARE(view->detailView()->command(), QStringLiteral(";home"));
-        // One whose category record is gone shows in the default category, never in none.
-        view->setSelectedCategory({});
-        GuiInput::clickRow(view->snippetList(), 4);
+        QVERIFY(view->showingDetailPlaceholder());
+        // A snippet selected elsewhere brings its category; one whose category record is
+        // gone shows in the default category, never in none.
+        view->setSelectedSnippet(lib.fixture.store().snippets().at(4));
         QCOMPARE(view->detailView()->command(), QStringLiteral(";lost"));
-        QCOMPARE(Shown::rows(categories), (QStringList{"*Uncategory", "Work", "Personal"}));
+        QCOMPARE(Shown::rows(categories),
+                 (QStringList{"All Snippets", "*Uncategory", "Work", "Personal"}));
         QVERIFY(Shown::snippets(view).contains(QStringLiteral("*;lost")));
         view->setSelectedCategory({});
         // A snippet added meanwhile shows at once, search applied.
@@ -77,6 +79,54 @@ private slots:
         QCOMPARE(Shown::snippets(view), QStringList{"All Snippets"});
         lib.fixture.addSnippet(QStringLiteral(";new"), QStringLiteral("x"), lib.personal.id);
         QCOMPARE(Shown::snippets(view), (QStringList{"All Snippets", ";new"}));
+    }
+
+    // A search in one category says what it finds elsewhere; Escape clears it, Down goes on
+    // into the results, and the detail pane never shows what the list hides.
+    void searchingFromTheKeyboard() {
+        Library lib;
+        ContentView* view = lib.fixture.show(lib.work);
+        QPushButton* elsewhere = view->elsewhereButton();
+        GuiInput::clickRow(view->snippetList(), 0); // ;addr
+        view->searchField()->setFocus();
+        QTest::keyClicks(view->searchField(), QStringLiteral("r"));
+        // ;home (Upper Road) and ;lost (category) match outside Work.
+        QCOMPARE(Shown::snippets(view), (QStringList{"Work", "*;addr", ";Sig"}));
+        QVERIFY(elsewhere->isVisible());
+        QCOMPARE(elsewhere->text(), QStringLiteral("2 more in other categories"));
+        QTest::keyClicks(view->searchField(), QStringLiteral("o"));
+        QCOMPARE(Shown::snippets(view), (QStringList{"Work"}));
+        QVERIFY(view->showingDetailPlaceholder());
+        QCOMPARE(elsewhere->text(), QStringLiteral("1 more in other categories"));
+        GuiInput::click(elsewhere);
+        QCOMPARE(Shown::snippets(view), (QStringList{"All Snippets", ";home"}));
+        QVERIFY(!elsewhere->isVisible());
+        view->searchField()->setFocus();
+        QTest::keyClick(view->searchField(), Qt::Key_Down);
+        QVERIFY(view->snippetList()->hasFocus());
+        QCOMPARE(view->detailView()->command(), QStringLiteral(";home"));
+        view->searchField()->setFocus();
+        QTest::keyClick(view->searchField(), Qt::Key_Escape);
+        QVERIFY(view->searchText().isEmpty());
+        QCOMPARE(Shown::snippets(view), (QStringList{"All Snippets", ";addr", "*;home", ";Sig",
+                                                     ";mtg", ";lost"}));
+    }
+
+    // The first start, with nothing in the library, says what to do.
+    void anEmptyLibrarySaysWhatToDo() {
+        EditorFixture fixture;
+        ContentView* view = fixture.show();
+        auto* placeholder = view->findChild<QLabel*>(QStringLiteral("detailPlaceholder"));
+        QCOMPARE(placeholder->text(), QStringLiteral("Add a snippet, then type its command anywhere"));
+        QVERIFY(placeholder->isVisible());
+        for (QWidget* control : {static_cast<QWidget*>(view->categoryList()),
+                                 static_cast<QWidget*>(view->snippetList()),
+                                 static_cast<QWidget*>(view->searchField())})
+            QVERIFY(!control->accessibleName().isEmpty());
+        const auto clear = view->searchField()->findChildren<QToolButton*>();
+        QVERIFY(!clear.isEmpty());
+        for (const QToolButton* button : clear)
+            QCOMPARE(button->accessibleName(), QStringLiteral("Clear search"));
     }
 
     void search_data() {
