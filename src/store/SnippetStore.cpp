@@ -146,6 +146,15 @@ std::optional<DataError> SnippetStore::removeSnippet(const QUuid& id) {
     return saved(saveSnippets());
 }
 
+std::optional<DataError> SnippetStore::removeSnippets(const QList<QUuid>& ids) {
+    const QSet<QUuid> removing(ids.cbegin(), ids.cend());
+    if (m_snippets.removeIf([&](const Snippet& s) { return removing.contains(s.id); }) == 0)
+        return std::nullopt;
+    ++m_snippetsRevision;
+    emit snippetsChanged();
+    return saved(saveSnippets());
+}
+
 std::optional<DataError> SnippetStore::saved(const std::optional<QString>& saveError) {
     return saveError ? std::optional(DataError::notSaved(*saveError)) : std::nullopt;
 }
@@ -203,12 +212,36 @@ std::optional<DataError> SnippetStore::updateCategory(const Category& category,
     return saved(saveCategories());
 }
 
-std::optional<DataError> SnippetStore::deleteCategory(const Category& category) {
+std::optional<DataError> SnippetStore::moveSnippets(const QList<QUuid>& ids,
+                                                    const QUuid& categoryId) {
+    const QSet<QUuid> moving(ids.cbegin(), ids.cend());
+    QList<Snippet> snippets = m_snippets;
+    bool moved = false;
+    for (Snippet& snippet : snippets) {
+        if (moving.contains(snippet.id) && snippet.categoryId != categoryId) {
+            snippet.categoryId = categoryId;
+            moved = true;
+        }
+    }
+    if (!moved)
+        return std::nullopt;
+    setSnippets(std::move(snippets));
+    return saved(saveSnippets());
+}
+
+std::optional<DataError> SnippetStore::deleteCategory(const Category& category,
+                                                      bool keepSnippets) {
     const QUuid id = category.id; // `category` may refer into the list changed below
     if (id == Category::defaultCategoryId)
         return std::nullopt;
     QList<Snippet> snippets = m_snippets;
-    snippets.removeIf([&](const Snippet& s) { return s.categoryId == id; });
+    if (keepSnippets) {
+        for (Snippet& snippet : snippets)
+            if (snippet.categoryId == id)
+                snippet.categoryId = Category::defaultCategoryId;
+    } else {
+        snippets.removeIf([&](const Snippet& s) { return s.categoryId == id; });
+    }
     setSnippets(std::move(snippets));
     QList<Category> categories = m_categories;
     categories.removeIf([&](const Category& c) { return c.id == id; });

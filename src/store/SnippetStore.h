@@ -52,11 +52,18 @@ public:
                                                           std::optional<Snippet::Trigger> trigger = std::nullopt);
     // Every snippet with that id.
     [[nodiscard]] std::optional<DataError> removeSnippet(const QUuid& id);
+    // Every snippet with one of these ids, as one change saved once.
+    [[nodiscard]] std::optional<DataError> removeSnippets(const QList<QUuid>& ids);
     [[nodiscard]] std::optional<DataError> addCategory(const QString& name);
     [[nodiscard]] std::optional<DataError> updateCategory(const Category& category,
                                                           const QString& newName);
-    // The category and its snippets; the default category stays.
-    [[nodiscard]] std::optional<DataError> deleteCategory(const Category& category);
+    // The category and its snippets; the default category stays. With `keepSnippets` its
+    // snippets move to the default category instead, in the same save.
+    [[nodiscard]] std::optional<DataError> deleteCategory(const Category& category,
+                                                          bool keepSnippets = false);
+    // Puts the snippets with these ids in the category, as one change saved once.
+    [[nodiscard]] std::optional<DataError> moveSnippets(const QList<QUuid>& ids,
+                                                        const QUuid& categoryId);
     // Everything `plan` adds, as one change saved once. The plan's categories are matched to
     // existing ones by name, ignoring case, and created when missing (unless every candidate
     // of theirs is skipped); a candidate whose category is neither in the plan nor in the

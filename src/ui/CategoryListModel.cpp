@@ -1,6 +1,9 @@
 #include "CategoryListModel.h"
 
+#include "SnippetListModel.h"
 #include "SnippetStore.h"
+
+#include <QMimeData>
 
 CategoryListModel::CategoryListModel(SnippetStore& store, QObject* parent)
     : QAbstractListModel(parent), m_store(store),
@@ -76,4 +79,35 @@ int CategoryListModel::rowOf(const QUuid& id) const {
 
 int CategoryListModel::snippetCount(const QUuid& categoryId) const {
     return m_counts.value(categoryId, 0);
+}
+
+Qt::ItemFlags CategoryListModel::flags(const QModelIndex& index) const {
+    const Qt::ItemFlags flags = QAbstractListModel::flags(index);
+    return categoryAt(index.row()) ? flags | Qt::ItemIsDropEnabled : flags;
+}
+
+QStringList CategoryListModel::mimeTypes() const {
+    return {QLatin1String(SnippetListModel::idsMimeType)};
+}
+
+Qt::DropActions CategoryListModel::supportedDropActions() const {
+    return Qt::MoveAction;
+}
+
+bool CategoryListModel::canDropMimeData(const QMimeData* data, Qt::DropAction, int, int,
+                                        const QModelIndex& parent) const {
+    // Onto a category row only, never between rows nor onto "All Snippets".
+    return categoryAt(parent.row()).has_value() && data &&
+           data->hasFormat(QLatin1String(SnippetListModel::idsMimeType));
+}
+
+bool CategoryListModel::dropMimeData(const QMimeData* data, Qt::DropAction action, int row,
+                                     int column, const QModelIndex& parent) {
+    if (!canDropMimeData(data, action, row, column, parent))
+        return false;
+    // A move that could not be saved stays in memory; the window says so (saveFailed).
+    [[maybe_unused]] const auto notSaved =
+        m_store.moveSnippets(SnippetListModel::idsIn(data), categoryAt(parent.row())->id);
+    // The rows stay where they are in the snippet list: the store moved the snippets.
+    return false;
 }

@@ -27,6 +27,15 @@ public:
     std::optional<Category> categoryAt(int row) const;
     int rowOf(const QUuid& id) const; // -1 when absent
     int totalCount() const { return m_total; }
+
+    // Snippets dropped on a category row move into that category.
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    QStringList mimeTypes() const override;
+    Qt::DropActions supportedDropActions() const override;
+    bool canDropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
+                         const QModelIndex& parent) const override;
+    bool dropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
+                      const QModelIndex& parent) override;
     int snippetCount(const QUuid& categoryId) const;
 
 private:

@@ -132,5 +132,17 @@ void CategoryRowView::showDeleteAlert() {
     connect(confirm, &QAbstractButton::clicked, store, [store, category, window] {
         FormParts::refused(store->deleteCategory(category), window);
     });
+    // Its snippets may live on in the default category; that is the answer Return gives.
+    if (m_snippetCount > 0) {
+        const QString fallback =
+            store->category(Category::defaultCategoryId).value_or(Category::defaultCategory()).name;
+        QPushButton* keep = m_deleteAlert->addButton(
+            tr("Move Snippets to \u201C%1\u201D").arg(fallback), QMessageBox::AcceptRole);
+        keep->setObjectName(QStringLiteral("alertKeepButton"));
+        m_deleteAlert->setDefaultButton(keep);
+        connect(keep, &QAbstractButton::clicked, store, [store, category, window] {
+            FormParts::refused(store->deleteCategory(category, true), window);
+        });
+    }
     m_deleteAlert->open();
 }

@@ -19,6 +19,7 @@
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QToolButton>
 #include <QItemSelectionModel>
 #include <QLabel>
@@ -179,6 +180,11 @@ QWidget* ContentView::buildSidebar() {
 
     m_categoryList = new QListView(sidebar);
     m_categoryList->setAccessibleName(tr("Categories"));
+    // Snippets dragged from the middle column land on a category.
+    m_categoryList->setDragDropMode(QAbstractItemView::DropOnly);
+    m_categoryList->setDropIndicatorShown(true);
+    // Delete deletes the category after the question, F2 renames it.
+    m_categoryList->installEventFilter(this);
     m_categoryList->setObjectName(QStringLiteral("categoryList"));
     styleList(m_categoryList);
     m_categoryList->setItemDelegate(new CategoryRowDelegate(m_categoryList));
@@ -231,8 +237,16 @@ QWidget* ContentView::buildSnippetColumn() {
 
     m_snippetList = new QListView(panel);
     m_snippetList->setAccessibleName(tr("Snippets"));
+    m_snippetList->setDragDropMode(QAbstractItemView::DragOnly);
+    m_snippetList->setDefaultDropAction(Qt::MoveAction);
+    m_snippetList->setContextMenuPolicy(Qt::CustomContextMenu);
+    m_snippetList->installEventFilter(this); // Delete
+    connect(m_snippetList, &QWidget::customContextMenuRequested, this,
+            [this](const QPoint& at) { showSnippetMenu(m_snippetList->viewport()->mapToGlobal(at)); });
     m_snippetList->setObjectName(QStringLiteral("snippetList"));
     styleList(m_snippetList);
+    // Several at once (Ctrl, Shift) to drag onto a category or move from the context menu.
+    m_snippetList->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_snippetList->setItemDelegate(
         new SnippetRowDelegate([this](const QUuid& id) { requestDelete(id); }, m_snippetList));
     m_snippetList->setModel(m_filterModel);
@@ -401,7 +415,10 @@ void ContentView::syncSnippetSelection() {
         selection->clearSelection();
         return;
     }
-    selection->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    // One of several selected keeps the others selected.
+    selection->setCurrentIndex(index, selection->isSelected(index)
+                                          ? QItemSelectionModel::NoUpdate
+                                          : QItemSelectionModel::ClearAndSelect);
     m_snippetList->scrollTo(index);
 }
 
@@ -425,10 +442,15 @@ void ContentView::userSelectedCategory() {
 void ContentView::userSelectedSnippet() {
     if (m_syncing)
         return;
-    const QModelIndexList rows = m_snippetList->selectionModel()->selectedRows();
-    const QUuid id = rows.isEmpty() ? QUuid()
-                                    : m_snippetModel->snippetAt(
-                                          m_filterModel->mapToSource(rows.first()).row()).id;
+    // Of several selected, the detail pane shows the one the keyboard or mouse is on.
+    const QItemSelectionModel* selection = m_snippetList->selectionModel();
+    const QModelIndexList rows = selection->selectedRows();
+    const QModelIndex shown = selection->isSelected(selection->currentIndex())
+                                  ? selection->currentIndex()
+                                  : (rows.isEmpty() ? QModelIndex() : rows.first());
+    const QUuid id = shown.isValid()
+                         ? m_snippetModel->snippetAt(m_filterModel->mapToSource(shown).row()).id
+                         : QUuid();
     if (m_selectedSnippet && m_selectedSnippet->id == id)
         return;
     leaveEditsThen([this, id] { setSelectedSnippet(m_store.snippet(id)); });
@@ -575,6 +597,50 @@ void ContentView::showAddCategorySheet() {
     m_addCategorySheet->nameField()->setFocus(Qt::OtherFocusReason);
 }
 
+QList<QUuid> ContentView::selectedSnippetIds() const {
+    QList<QUuid> ids;
+    const QModelIndexList rows = m_snippetList->selectionModel()->selectedRows();
+    for (const QModelIndex& row : rows)
+        ids.append(m_snippetModel->snippetAt(m_filterModel->mapToSource(row).row()).id);
+    if (ids.isEmpty() && m_selectedSnippet)
+        ids.append(m_selectedSnippet->id);
+    return ids;
+}
+
+void ContentView::moveSelection(const QUuid& categoryId) {
+    FormParts::refused(m_store.moveSnippets(selectedSnippetIds(), categoryId), window());
+}
+
+QMenu* ContentView::snippetMenu() {
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    QMenu* moveTo = menu->addMenu(tr("Move to"));
+    moveTo->setObjectName(QStringLiteral("moveToMenu"));
+    const QList<QUuid> ids = selectedSnippetIds();
+    for (const Category& category : m_store.categories()) {
+        QAction* action = moveTo->addAction(category.name);
+        action->setData(category.id);
+        // Where every selected snippet already is: nothing to move.
+        bool allThere = !ids.isEmpty();
+        for (const QUuid& id : ids)
+            if (const auto snippet = m_store.snippet(id); snippet && m_store.shownCategoryId(*snippet) != category.id)
+                allThere = false;
+        action->setEnabled(!allThere);
+        connect(action, &QAction::triggered, this,
+                [this, id = category.id] { moveSelection(id); });
+    }
+    moveTo->setEnabled(!ids.isEmpty());
+    menu->addSeparator();
+    QAction* remove = menu->addAction(tr("Delete\u2026"));
+    remove->setEnabled(!ids.isEmpty());
+    connect(remove, &QAction::triggered, this, &ContentView::deleteSelection);
+    return menu;
+}
+
+void ContentView::showSnippetMenu(const QPoint& globalPosition) {
+    snippetMenu()->popup(globalPosition);
+}
+
 bool ContentView::eventFilter(QObject* watched, QEvent* event) {
     if (watched == m_searchField && event->type() == QEvent::KeyPress) {
         const auto* press = static_cast<QKeyEvent*>(event);
@@ -590,6 +656,23 @@ bool ContentView::eventFilter(QObject* watched, QEvent* event) {
             return true;
         }
     }
+    if ((watched == m_snippetList || watched == m_categoryList) &&
+        event->type() == QEvent::KeyPress) {
+        const auto* press = static_cast<QKeyEvent*>(event);
+        if (press->key() == Qt::Key_Delete && press->modifiers() == Qt::NoModifier) {
+            if (watched == m_snippetList)
+                deleteSelection();
+            else if (CategoryRowView* row =
+                         m_selectedCategory ? categoryRow(m_selectedCategory->id) : nullptr)
+                row->showDeleteAlert();
+            return true;
+        }
+        if (watched == m_categoryList && press->key() == Qt::Key_F2 && m_selectedCategory) {
+            if (CategoryRowView* row = categoryRow(m_selectedCategory->id))
+                row->showEditSheet();
+            return true;
+        }
+    }
     return QWidget::eventFilter(watched, event);
 }
 
@@ -601,8 +684,23 @@ void ContentView::deleteSelection() {
         }
         return;
     }
-    if (m_selectedSnippet)
-        requestDelete(m_selectedSnippet->id);
+    const QList<QUuid> ids = selectedSnippetIds();
+    if (ids.size() == 1)
+        requestDelete(ids.first());
+    else if (ids.size() > 1 && !showingDeleteAlert())
+        requestDeleteMany(ids);
+}
+
+void ContentView::requestDeleteMany(const QList<QUuid>& ids) {
+    m_deleteAlert = FormParts::deleteAlert(
+        tr("Confirm Delete"),
+        tr("Are you sure you want to delete %n snippet(s)?", nullptr, int(ids.size())), window());
+    auto* confirm = m_deleteAlert->findChild<QPushButton*>(QStringLiteral("alertDeleteButton"));
+    connect(confirm, &QAbstractButton::clicked, this, [this, ids] {
+        FormParts::refused(m_store.removeSnippets(ids), window());
+        setSelectedSnippet(std::nullopt);
+    });
+    m_deleteAlert->open();
 }
 
 void ContentView::requestDelete(const QUuid& snippetId) {

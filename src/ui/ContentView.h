@@ -18,6 +18,7 @@ class PlainButton;
 class QLabel;
 class QLineEdit;
 class QListView;
+class QMenu;
 class QPushButton;
 class QStackedWidget;
 class SnippetStore;
@@ -76,6 +77,12 @@ public:
 
     void showAddSheet();
     void showAddCategorySheet();
+    // The snippets selected in the middle column (the shown one when none is).
+    QList<QUuid> selectedSnippetIds() const;
+    // Puts the selected snippets in the category.
+    void moveSelection(const QUuid& categoryId);
+    // The snippet list's context menu ("Move to", "Delete…"), for the selection as it is.
+    QMenu* snippetMenu();
     // Deletes what is selected, after the question: the category while the category list has
     // the keyboard, otherwise the snippet.
     void deleteSelection();
@@ -124,6 +131,8 @@ private:
     void syncCategorySelection();
     void syncSnippetSelection();
     void updateDetailPane();
+    void showSnippetMenu(const QPoint& globalPosition);
+    void requestDeleteMany(const QList<QUuid>& ids);
     bool isShown(const Snippet& snippet) const;
     void dropHiddenSnippet();
     void updateElsewhereCount();

@@ -116,7 +116,8 @@ QMessageBox* FormParts::deleteAlert(const QString& title, const QString& message
     deleteButton->setObjectName(QStringLiteral("alertDeleteButton"));
     QPushButton* cancel = alert->addButton(tr("Cancel"), QMessageBox::RejectRole);
     cancel->setObjectName(QStringLiteral("alertCancelButton"));
-    alert->setDefaultButton(deleteButton);
+    // Return never destroys: the safe answer is the default.
+    alert->setDefaultButton(cancel);
     alert->setEscapeButton(cancel);
     return alert;
 }

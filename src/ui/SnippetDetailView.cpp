@@ -11,6 +11,7 @@
 #include "TriggerOption.h"
 #include "UiTheme.h"
 
+#include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -102,6 +103,22 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
             &SnippetDetailView::updateEdited);
     form->addLayout(commandSection);
 
+    auto* categorySection = new QVBoxLayout();
+    categorySection->setSpacing(6);
+    QLabel* categoryTitle = FormParts::secondaryText(tr("Category"), UiTheme::subheadline(), this);
+    categorySection->addWidget(categoryTitle);
+    m_categoryBox = new QComboBox(this);
+    m_categoryBox->setObjectName(QStringLiteral("categoryBox"));
+    m_categoryBox->setAccessibleName(tr("Category"));
+    categoryTitle->setBuddy(m_categoryBox);
+    categorySection->addWidget(m_categoryBox, 0, Qt::AlignLeft);
+    form->addLayout(categorySection);
+    connect(m_categoryBox, &QComboBox::currentIndexChanged, this, [this] {
+        if (!m_loading)
+            updateEdited();
+    });
+    connect(&m_store, &SnippetStore::categoriesChanged, this, &SnippetDetailView::fillCategories);
+
     auto* contentSection = new QVBoxLayout();
     contentSection->setSpacing(6);
     contentSection->addWidget(
@@ -158,6 +175,7 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
 
     // The texts as given, then as stored (they differ when the snippet changed meanwhile).
     m_base = snippet;
+    fillCategories();
     m_commandField->setText(snippet.command);
     showContent(snippet.content);
     load();
@@ -190,7 +208,34 @@ void SnippetDetailView::load() {
     m_commandField->setText(stored->command);
     m_commandField->setCursorPosition(0);
     showContent(stored->content);
+    showCategory(m_store.shownCategoryId(*stored));
     m_loading = false;
+}
+
+QUuid SnippetDetailView::categoryId() const {
+    return m_categoryBox->currentData().toUuid();
+}
+
+void SnippetDetailView::showCategory(const QUuid& id) {
+    m_categoryBox->setCurrentIndex(m_categoryBox->findData(id));
+}
+
+void SnippetDetailView::fillCategories() {
+    // A rename or a new category keeps the choice; a chosen category that is gone falls back
+    // to the stored one.
+    const QUuid chosen = m_categoryBox->count() > 0 ? categoryId() : QUuid();
+    const bool loading = std::exchange(m_loading, true);
+    m_categoryBox->clear();
+    for (const Category& category : m_store.categories())
+        m_categoryBox->addItem(category.name, category.id);
+    const int index = m_categoryBox->findData(chosen);
+    if (index >= 0 && m_categoryBox->count() > 0 && !m_base.id.isNull())
+        m_categoryBox->setCurrentIndex(index);
+    else
+        showCategory(m_store.shownCategoryId(m_base));
+    m_loading = loading;
+    if (!m_loading)
+        updateEdited();
 }
 
 void SnippetDetailView::followStore() {
@@ -198,7 +243,7 @@ void SnippetDetailView::followStore() {
     if (!stored)
         return; // the window takes the pane away
     if (stored->command == m_base.command && stored->content == m_base.content &&
-        stored->trigger == m_base.trigger)
+        stored->trigger == m_base.trigger && stored->categoryId == m_base.categoryId)
         return;
     // Fields the user left alone show the new value; edited ones keep the edit.
     m_loading = true;
@@ -210,6 +255,8 @@ void SnippetDetailView::followStore() {
         showContent(stored->content);
     if (m_triggerOption->trigger() == m_base.trigger)
         m_triggerOption->setTrigger(stored->trigger);
+    if (categoryId() == m_store.shownCategoryId(m_base))
+        showCategory(m_store.shownCategoryId(*stored));
     m_base = *stored;
     m_loading = false;
     m_triggerOption->check(command(), m_snippetId);
@@ -267,6 +314,7 @@ void SnippetDetailView::revert() {
 void SnippetDetailView::updateEdited() {
     const bool edited = command() != m_base.command || content() != m_base.content ||
                         m_triggerOption->trigger() != m_base.trigger ||
+                        categoryId() != m_store.shownCategoryId(m_base) ||
                         !m_triggerOption->chosenCure().isNull();
     m_saveButton->setEnabled(edited);
     m_editedMarker->setVisible(edited);
@@ -291,8 +339,10 @@ bool SnippetDetailView::save() {
     const std::optional<Snippet::Trigger> trigger =
         m_triggerOption->trigger() != m_base.trigger ? std::optional(m_triggerOption->trigger())
                                                      : std::nullopt;
+    const std::optional<QUuid> category =
+        categoryId() != m_store.shownCategoryId(m_base) ? std::optional(categoryId()) : std::nullopt;
     const std::optional<DataError> error =
-        m_store.updateSnippet(*stored, command, content, std::nullopt, trigger);
+        m_store.updateSnippet(*stored, command, content, category, trigger);
     if (FormParts::refused(error, this)) {
         m_duplicateError->setText(error->description());
         setShowingDuplicateError(true);

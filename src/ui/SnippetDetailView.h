@@ -8,6 +8,7 @@
 #include <optional>
 
 class CustomTextEditor;
+class QComboBox;
 class PlaceholderBar;
 class PlainButton;
 class QLabel;
@@ -63,6 +64,9 @@ public:
 
     QLineEdit* commandField() const { return m_commandField; }
     TriggerOption* triggerOption() const { return m_triggerOption; }
+    // The snippet's category: choosing another one is an edit, saved with the texts.
+    QComboBox* categoryBox() const { return m_categoryBox; }
+    QUuid categoryId() const;
     CustomTextEditor* contentEditor() const { return m_contentEditor; }
     QPushButton* saveButton() const { return m_saveButton; }
     PlainButton* deleteButton() const { return m_deleteButton; }
@@ -84,6 +88,8 @@ protected:
 private:
     void load();
     void followStore();
+    void fillCategories();
+    void showCategory(const QUuid& id);
     void updateEdited();
     void showContent(const QString& content);
     static bool isEditable(const QString& content);
@@ -106,6 +112,7 @@ private:
     QLineEdit* m_commandField;
     QLabel* m_duplicateError;
     TriggerOption* m_triggerOption;
+    QComboBox* m_categoryBox;
     CustomTextEditor* m_contentEditor;
     QLabel* m_cutContentNote;
     PlaceholderBar* m_placeholders;

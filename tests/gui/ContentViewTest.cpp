@@ -1,6 +1,7 @@
 // The main window: the filtered snippet list, search, the selection rules, and deleting a
 // snippet behind its confirmation.
 #include "CategoryRowView.h"
+#include "EditCategoryDialog.h"
 #include "GuiTestSupport.h"
 #include "PlainButton.h"
 #include "SnippetDetailView.h"
@@ -10,6 +11,11 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QComboBox>
+#include <QDropEvent>
 #include <QPushButton>
 #include <QToolButton>
 #include <QScopeGuard>
@@ -97,7 +103,7 @@ private slots:
         QTest::keyClicks(view->searchField(), QStringLiteral("o"));
         QCOMPARE(Shown::snippets(view), (QStringList{"Work"}));
         QVERIFY(view->showingDetailPlaceholder());
-        QCOMPARE(elsewhere->text(), QStringLiteral("1 more in other categories"));
+        QCOMPARE(elsewhere->text(), QStringLiteral("1 more in another category"));
         GuiInput::click(elsewhere);
         QCOMPARE(Shown::snippets(view), (QStringList{"All Snippets", ";home"}));
         QVERIFY(!elsewhere->isVisible());
@@ -110,6 +116,90 @@ private slots:
         QVERIFY(view->searchText().isEmpty());
         QCOMPARE(Shown::snippets(view), (QStringList{"All Snippets", ";addr", "*;home", ";Sig",
                                                      ";mtg", ";lost"}));
+    }
+
+    // Snippets move by drag and drop (several at once), from the context menu, and with the
+    // detail pane's category field.
+    void movingSnippets() {
+        Library lib;
+        ContentView* view = lib.fixture.show(lib.work);
+        QListView* snippets = view->snippetList();
+        QListView* categories = view->categoryList();
+        GuiInput::clickRow(snippets, 0);
+        GuiInput::clickRow(snippets, 2, Qt::ControlModifier); // ;addr and ;mtg
+        QCOMPARE(Shown::rows(snippets), (QStringList{"*;addr", ";Sig", "*;mtg"}));
+        const std::unique_ptr<QMimeData> data(
+            snippets->model()->mimeData(snippets->selectionModel()->selectedIndexes()));
+        const QPointF onPersonal =
+            categories->visualRect(categories->model()->index(3, 0)).center();
+        QDragEnterEvent enter(onPersonal.toPoint(), Qt::MoveAction, data.get(), Qt::LeftButton, {});
+        QApplication::sendEvent(categories->viewport(), &enter);
+        QDragMoveEvent move(onPersonal.toPoint(), Qt::MoveAction, data.get(), Qt::LeftButton, {});
+        QApplication::sendEvent(categories->viewport(), &move);
+        QDropEvent drop(onPersonal, Qt::MoveAction, data.get(), Qt::LeftButton, {});
+        QApplication::sendEvent(categories->viewport(), &drop);
+        QCOMPARE(Shown::snippets(view), (QStringList{"Work", ";Sig"}));
+        const auto categoryOf = [&lib](const char* command) {
+            return lib.fixture.reloaded()->snippetWithCommand(QString::fromUtf8(command))->categoryId;
+        };
+        QCOMPARE(categoryOf(";addr"), lib.personal.id);
+        QCOMPARE(categoryOf(";mtg"), lib.personal.id);
+        // "Move to" offers every category but the one the selection is in.
+        GuiInput::clickRow(snippets, 0); // ;Sig
+        const std::unique_ptr<QMenu> menu(view->snippetMenu());
+        auto* moveTo = menu->findChild<QMenu*>(QStringLiteral("moveToMenu"));
+        QStringList offered;
+        for (const QAction* action : moveTo->actions())
+            if (action->isEnabled())
+                offered << action->text();
+        QCOMPARE(offered, (QStringList{"Uncategory", "Personal"}));
+        moveTo->actions().at(0)->trigger();
+        QCOMPARE(categoryOf(";Sig"), Category::defaultCategoryId);
+        // The detail pane's field is an edit like the texts; the view follows the snippet.
+        view->setSelectedSnippet(*lib.fixture.store().snippetWithCommand(QStringLiteral(";home")));
+        SnippetDetailView* detail = view->detailView();
+        QCOMPARE(detail->categoryBox()->currentText(), QStringLiteral("Personal"));
+        QVERIFY(!detail->saveButton()->isEnabled());
+        detail->categoryBox()->setCurrentIndex(detail->categoryBox()->findText(QStringLiteral("Work")));
+        QVERIFY(detail->saveButton()->isEnabled());
+        GuiInput::click(detail->saveButton());
+        QCOMPARE(categoryOf(";home"), lib.work.id);
+        QCOMPARE(Shown::snippets(view), (QStringList{"Work", "*;home"}));
+    }
+
+    // Delete deletes the selection after the question (whose default never deletes); a
+    // category's snippets may move to the default category instead; F2 renames a category.
+    void deletingFromTheKeyboard() {
+        Library lib;
+        ContentView* view = lib.fixture.show(lib.work);
+        QListView* snippets = view->snippetList();
+        GuiInput::clickRow(snippets, 0);
+        GuiInput::clickRow(snippets, 1, Qt::ShiftModifier);
+        QTest::keyClick(snippets, Qt::Key_Delete);
+        QVERIFY(view->showingDeleteAlert());
+        QCOMPARE(view->deleteAlert()->defaultButton()->text(), QStringLiteral("Cancel"));
+        QCOMPARE(GuiInput::answerAlert(QStringLiteral("Confirm Delete"), QStringLiteral("Delete")),
+                 QStringLiteral("Are you sure you want to delete 2 snippets?"));
+        QCOMPARE(commandsOf(lib.fixture.reloaded()->snippets()),
+                 (QStringList{";home", ";mtg", ";lost"}));
+        // The category list: F2 renames, Delete offers to keep the snippets.
+        QListView* categories = view->categoryList();
+        categories->setFocus();
+        QTest::keyClick(categories, Qt::Key_F2);
+        QTRY_VERIFY(view->categoryRow(lib.work.id)->showingEditSheet());
+        view->categoryRow(lib.work.id)->editSheet()->reject();
+        QTest::keyClick(categories, Qt::Key_Delete);
+        QMessageBox* alert = view->categoryRow(lib.work.id)->deleteAlert();
+        QVERIFY(alert && alert->isVisible());
+        QCOMPARE(alert->defaultButton()->text(), QStringLiteral("Move Snippets to \u201CUncategory\u201D"));
+        QCOMPARE(GuiInput::answerAlert(QStringLiteral("Delete Category"),
+                                       QStringLiteral("Move Snippets to \u201CUncategory\u201D"))
+                     .left(35),
+                 QStringLiteral("Are you sure you want to delete 'Wo"));
+        const auto reloaded = lib.fixture.reloaded();
+        QCOMPARE(namesOf(reloaded->categories()), (QStringList{"Uncategory", "Personal"}));
+        QCOMPARE(reloaded->snippetWithCommand(QStringLiteral(";mtg"))->categoryId,
+                 Category::defaultCategoryId);
     }
 
     // The first start, with nothing in the library, says what to do.
