@@ -60,6 +60,7 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
     m_commandField =
         new FocusableTextField(tr("Enter shortcut (e.g. ;hello)"), m_commandFrame);
     m_commandField->setObjectName(QStringLiteral("commandField"));
+    m_commandField->setAccessibleName(tr("Command"));
     m_commandField->setFont(UiTheme::body());
     m_commandFrame->row()->addWidget(m_commandField, 1);
     commandSection->addWidget(m_commandFrame);
@@ -83,6 +84,7 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
     contentFrame->setMaximumHeight(140);
     m_contentEditor = new CustomTextEditor(contentFrame);
     m_contentEditor->setObjectName(QStringLiteral("contentEditor"));
+    m_contentEditor->setAccessibleName(tr("Content"));
     m_contentEditor->setFont(UiTheme::system(13));
     contentFrame->row()->addWidget(m_contentEditor);
     m_placeholders = new PlaceholderBar(m_contentEditor, this);

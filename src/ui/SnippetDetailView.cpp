@@ -126,6 +126,7 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
     auto* contentFrame = new InputFieldFrame(6, 8, this);
     m_contentEditor = new CustomTextEditor(contentFrame);
     m_contentEditor->setObjectName(QStringLiteral("contentEditor"));
+    m_contentEditor->setAccessibleName(tr("Content"));
     m_contentEditor->setFont(UiTheme::system(13));
     contentFrame->row()->addWidget(m_contentEditor);
     m_placeholders = new PlaceholderBar(m_contentEditor, this);

@@ -83,6 +83,7 @@ void SnippetRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
                         SymbolImage::pixmap(QStringLiteral("trash"), trashSize,
                                             selected ? QColor(Qt::white) : UiTheme::red(), ratio));
     painter->restore();
+    UiTheme::drawRowFocus(painter, option);
 }
 
 bool SnippetRowDelegate::editorEvent(QEvent* event, QAbstractItemModel* model,

@@ -1,7 +1,10 @@
 #include "UiTheme.h"
 
 #include <QApplication>
+#include <QPainter>
 #include <QPalette>
+#include <QStyle>
+#include <QStyleOptionViewItem>
 #include <QWidget>
 
 namespace {
@@ -90,6 +93,21 @@ QColor UiTheme::bandBackground(const QWidget* widget) {
     const QPalette palette = widget ? widget->palette() : QApplication::palette();
     const QColor window = palette.color(QPalette::Window);
     return window.lightness() > 128 ? window.darker(104) : window.lighter(118);
+}
+
+void UiTheme::drawRowFocus(QPainter* painter, const QStyleOptionViewItem& option) {
+    if (!(option.state & QStyle::State_HasFocus))
+        return;
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    // On the selected row's accent fill the outline takes the selected text's colour.
+    const QColor colour = option.palette.color(
+        QPalette::Active, option.state & QStyle::State_Selected ? QPalette::HighlightedText
+                                                                : QPalette::Highlight);
+    painter->setPen(QPen(colour, 2));
+    painter->setBrush(Qt::NoBrush);
+    painter->drawRoundedRect(QRectF(option.rect).adjusted(7, 2, -7, -2), 5, 5);
+    painter->restore();
 }
 
 void UiTheme::setForeground(QWidget* widget, const QColor& color) {

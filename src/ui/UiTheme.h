@@ -4,6 +4,8 @@
 #include <QFont>
 #include <QPalette>
 
+class QPainter;
+class QStyleOptionViewItem;
 class QWidget;
 
 // The few text styles and colours the editor views share. Sizes are in device-independent
@@ -41,6 +43,10 @@ public:
     // The header and footer bands of the forms: the window colour shaded a little (darker on
     // light windows, lighter on dark ones) so the bands stand apart from the body.
     static QColor bandBackground(const QWidget* widget);
+
+    // The keyboard focus on a list row: an outline inside the row, drawn only while the list
+    // has the focus.
+    static void drawRowFocus(QPainter* painter, const QStyleOptionViewItem& option);
 
     // Sets the foreground (window text and text roles) of `widget` to `color`.
     static void setForeground(QWidget* widget, const QColor& color);

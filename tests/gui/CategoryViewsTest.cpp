@@ -64,9 +64,11 @@ private slots:
         QVERIFY(duplicateError(sheet)->isVisible());
         QTest::keyClicks(sheet->nameField(), QStringLiteral("s"));
         QVERIFY(!duplicateError(sheet)->isVisible());
-        // Return alone does not submit; Escape cancels.
+        // Return submits the one field (here refused again); Escape cancels.
+        QTest::keyClick(sheet->nameField(), Qt::Key_Backspace);
+        QVERIFY(!duplicateError(sheet)->isVisible());
         QTest::keyClick(sheet->nameField(), Qt::Key_Return);
-        QVERIFY(sheet->isVisible());
+        QVERIFY(sheet->isVisible() && duplicateError(sheet)->isVisible());
         QPointer<AddCategoryDialog> closing = sheet;
         QTest::keyClick(sheet->nameField(), Qt::Key_Escape);
         QTRY_VERIFY(closing.isNull());

@@ -6,6 +6,8 @@
 #include "RecordCodec.h"
 #include "SnippetRowDelegate.h"
 
+#include <QAbstractScrollArea>
+#include <QAccessible>
 #include <QApplication>
 #include <QInputMethodEvent>
 #include <QListView>
@@ -163,6 +165,25 @@ QStringList Shown::snippets(const ContentView* view) {
 
 QString Shown::rowLabel(const CategoryRowView* row, const char* label) {
     return row->findChild<ElidedLabel*>(QString::fromLatin1(label))->text();
+}
+
+QStringList unnamedControls(QWidget* root) {
+    QStringList unnamed;
+    const QList<QWidget*> widgets = root->findChildren<QWidget*>();
+    for (QWidget* widget : widgets) {
+        if (!widget->isVisibleTo(root))
+            continue;
+        const bool control = (widget->focusPolicy() & Qt::TabFocus) ||
+                             qobject_cast<QAbstractButton*>(widget) != nullptr;
+        if (!control || qobject_cast<QAbstractScrollArea*>(widget->parentWidget()))
+            continue;
+        QAccessibleInterface* access = QAccessible::queryAccessibleInterface(widget);
+        if (access && !access->text(QAccessible::Name).trimmed().isEmpty())
+            continue;
+        unnamed << QString::fromLatin1(widget->metaObject()->className()) + QLatin1Char(' ') +
+                       widget->objectName();
+    }
+    return unnamed;
 }
 
 QStringList commandsOf(const QList<Snippet>& snippets) {

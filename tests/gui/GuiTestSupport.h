@@ -95,5 +95,9 @@ QStringList snippets(const ContentView* view);
 QString rowLabel(const CategoryRowView* row, const char* label);
 } // namespace Shown
 
+// The controls under `root` that the keyboard can reach (or that are shown as buttons) but
+// that assistive technology would announce without a name: class and object name of each.
+QStringList unnamedControls(QWidget* root);
+
 QStringList commandsOf(const QList<Snippet>& snippets);
 QStringList namesOf(const QList<Category>& categories);
