@@ -55,8 +55,6 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
         tr("Command"),
         tr("Enter a unique shortcut command that will expand to your content"), this));
     m_commandFrame = new InputFieldFrame(8, 10, this);
-    m_commandFrame->row()->addWidget(
-        FormParts::symbol(QStringLiteral("command"), 16, QColor(), m_commandFrame));
     m_commandField =
         new FocusableTextField(tr("Enter shortcut (e.g. ;hello)"), m_commandFrame);
     m_commandField->setObjectName(QStringLiteral("commandField"));

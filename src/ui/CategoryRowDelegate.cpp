@@ -24,7 +24,7 @@ void CategoryRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& o
     painter->setRenderHint(QPainter::Antialiasing);
     QPainterPath shape;
     shape.addRoundedRect(QRectF(option.rect).adjusted(6, 1, -6, -1), 6, 6);
-    painter->fillPath(shape, UiTheme::accent(option.widget));
+    painter->fillPath(shape, UiTheme::selectionFill(option.palette));
     painter->restore();
     UiTheme::drawRowFocus(painter, option);
 }

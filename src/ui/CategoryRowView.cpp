@@ -92,16 +92,15 @@ void CategoryRowView::applyColors() {
     const QPalette& palette = this->palette();
     const QColor accent = UiTheme::accent(this);
     const QColor onSelection = palette.color(QPalette::Active, QPalette::HighlightedText);
-    m_folder->setColor(m_isSelected ? QColor(Qt::white) : accent);
+    const QColor window = palette.color(QPalette::Window);
+    m_folder->setColor(m_isSelected ? onSelection : accent);
     m_name->setColor(m_isSelected ? onSelection : palette.color(QPalette::WindowText));
-    QColor secondary = m_isSelected ? onSelection : UiTheme::secondaryText(this);
-    if (m_isSelected)
-        secondary.setAlphaF(0.8f);
-    m_count->setColor(secondary);
+    m_count->setColor(m_isSelected ? onSelection : UiTheme::secondaryText(this));
     if (m_editButton)
-        m_editButton->setColor(m_isSelected ? QColor(Qt::white) : accent);
+        m_editButton->setColor(m_isSelected ? onSelection : UiTheme::readable(accent, window));
     if (m_deleteButton)
-        m_deleteButton->setColor(m_isSelected ? QColor(Qt::white) : UiTheme::red());
+        m_deleteButton->setColor(m_isSelected ? onSelection
+                                              : UiTheme::readable(UiTheme::red(), window));
 }
 
 void CategoryRowView::changeEvent(QEvent* event) {

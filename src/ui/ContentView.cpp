@@ -80,7 +80,10 @@ ContentView::ContentView(SnippetStore& store, QWidget* parent)
     m_problemBanner->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::LinksAccessibleByMouse |
                                              Qt::LinksAccessibleByKeyboard);
     m_problemBanner->setContentsMargins(12, 8, 12, 8);
-    m_problemBanner->setStyleSheet(QStringLiteral("background: #fff3cd; color: #664d03;"));
+    // The desktop's own colours for a note that stands apart from the window.
+    m_problemBanner->setAutoFillBackground(true);
+    m_problemBanner->setBackgroundRole(QPalette::ToolTipBase);
+    m_problemBanner->setForegroundRole(QPalette::ToolTipText);
     m_problemBanner->setVisible(false);
     outer->addWidget(m_problemBanner);
     // The link offered while damaged records have no copy anywhere: saving writes over them.

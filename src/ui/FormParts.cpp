@@ -25,14 +25,18 @@ QLabel* FormParts::text(const QString& text, const QFont& font, QWidget* parent)
 
 QLabel* FormParts::secondaryText(const QString& text, const QFont& font, QWidget* parent) {
     QLabel* label = FormParts::text(text, font, parent);
-    label->setForegroundRole(UiTheme::secondaryTextRole);
+    UiTheme::setForeground(label, UiTheme::secondaryLabel(parent ? parent->palette()
+                                                                 : label->palette()));
     return label;
 }
 
 QLabel* FormParts::coloredText(const QString& text, const QFont& font, const QColor& color,
                                QWidget* parent) {
     QLabel* label = FormParts::text(text, font, parent);
-    UiTheme::setForeground(label, color);
+    // The hue says what it is (an error, a warning); it is deepened until it reads.
+    UiTheme::setForeground(
+        label, UiTheme::readable(color, (parent ? parent->palette() : label->palette())
+                                            .color(QPalette::Window)));
     return label;
 }
 
@@ -72,7 +76,9 @@ QPushButton* FormParts::primaryButton(const QString& symbolName, const QString& 
                                       int labelMinimumWidth) {
     auto* button = new QPushButton(text, parent);
     button->setIcon(
-        QIcon(SymbolImage::pixmap(symbolName, 14, Qt::white, button->devicePixelRatioF())));
+        QIcon(SymbolImage::pixmap(symbolName, 14,
+                                  button->palette().color(QPalette::Active, QPalette::HighlightedText),
+                                  button->devicePixelRatioF())));
     button->setIconSize(QSize(14, 14));
     button->setFont(UiTheme::system(14));
     PrimaryButtonStyle::apply(button, labelPadding, iconSpacing, labelMinimumWidth);

@@ -85,10 +85,12 @@ void PrimaryButtonStyle::drawControl(ControlElement element, const QStyleOption*
 
     QPainterPath shape;
     shape.addRoundedRect(QRectF(buttonOption->rect), cornerRadius, cornerRadius);
-    painter->fillPath(shape, UiTheme::accent(widget));
+    const QPalette& palette = buttonOption->palette;
+    const QColor onFill = palette.color(QPalette::Active, QPalette::HighlightedText);
+    painter->fillPath(shape, UiTheme::selectionFill(palette));
     if (buttonOption->state & State_HasFocus && buttonOption->state & State_KeyboardFocusChange) {
         // Keyboard focus: a thin white ring inside the fill.
-        painter->setPen(QPen(QColor(255, 255, 255, 200), 1.5));
+        painter->setPen(QPen(onFill, 1.5));
         painter->setBrush(Qt::NoBrush);
         painter->drawRoundedRect(QRectF(buttonOption->rect).adjusted(2, 2, -2, -2),
                                  cornerRadius - 2, cornerRadius - 2);
@@ -111,7 +113,7 @@ void PrimaryButtonStyle::drawControl(ControlElement element, const QStyleOption*
         painter->drawPixmap(iconRect, pixmap);
         x += iconSize.width() + spacing;
     }
-    painter->setPen(Qt::white);
+    painter->setPen(onFill);
     painter->setFont(widget ? widget->font() : painter->font());
     painter->drawText(QRect(x, bounds.y(), textWidth + 1, bounds.height()),
                       Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, buttonOption->text);

@@ -62,7 +62,8 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
     m_deleteButton->setSpacing(4);
     m_deleteButton->setPadding(QMargins(0, 6, 0, 6));
     m_deleteButton->setMinimumWidth(80);
-    m_deleteButton->setColor(UiTheme::red());
+    m_deleteButton->setColor(
+        UiTheme::readable(UiTheme::red(), UiTheme::bandBackground(toolbar)));
     m_deleteButton->setToolTip(tr("Delete Snippet"));
     toolbarRow->addWidget(m_deleteButton);
     column->addWidget(toolbar);

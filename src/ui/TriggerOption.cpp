@@ -33,7 +33,9 @@ TriggerOption::TriggerOption(SnippetStore& store, QWidget* parent)
     m_cure->setCursor(Qt::PointingHandCursor);
     m_cure->setFocusPolicy(Qt::NoFocus);
     m_cure->setStyleSheet(QStringLiteral("QPushButton { color: %1; text-align: left; padding: 0; }")
-                              .arg(UiTheme::accent(this).name()));
+                              .arg(UiTheme::readable(UiTheme::accent(this),
+                                                     palette().color(QPalette::Window))
+                                       .name()));
     column->addWidget(m_cure, 0, Qt::AlignLeft);
     m_warning->setVisible(false);
     m_cure->setVisible(false);

@@ -44,6 +44,15 @@ public:
     // light windows, lighter on dark ones) so the bands stand apart from the body.
     static QColor bandBackground(const QWidget* widget);
 
+    // The contrast ratio of two colours (1 to 21), as accessibility guidelines measure it.
+    static double contrast(const QColor& a, const QColor& b);
+    // `color` moved towards black or white, as little as it takes to read on `background` at
+    // `needed`:1 (4.5 for text); a colour that reads already is returned as it is.
+    static QColor readable(const QColor& color, const QColor& background, double needed = 4.5);
+    // The fill of a selected row: the palette's highlight, deepened where the highlighted
+    // text would not read on it.
+    static QColor selectionFill(const QPalette& palette);
+
     // The keyboard focus on a list row: an outline inside the row, drawn only while the list
     // has the focus.
     static void drawRowFocus(QPainter* painter, const QStyleOptionViewItem& option);
