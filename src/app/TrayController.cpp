@@ -54,8 +54,10 @@ void TrayController::applicationDidFinishLaunching(QMainWindow* mainWindow) {
     });
     connect(&m_preferences, &Preferences::pausedChanged, this, [this](bool paused) {
         m_pauseAction->setChecked(paused);
-        if (m_statusItem)
+        if (m_statusItem) {
             m_statusItem->setIcon(SymbolImage::trayIcon(paused));
+            m_statusItem->setToolTip(toolTipText(paused));
+        }
     });
     setupMainMenu(mainWindow);
     setupStatusItem();
@@ -151,16 +153,30 @@ void TrayController::setupStatusItem() {
         const QString name = m_lastApplication ? m_lastApplication() : QString();
         const bool excluded =
             m_preferences.excludedApplications().contains(name, Qt::CaseInsensitive);
-        m_excludeAction->setText(name.isEmpty() ? tr("Exclude This Application")
-                                 : excluded     ? tr("“%1” Is Excluded").arg(name)
-                                                : tr("Exclude “%1”").arg(name));
-        m_excludeAction->setEnabled(!name.isEmpty() && !excluded);
+        // Typolet's own windows never expand anything; there is nothing to exclude.
+        const bool own = name.compare(QCoreApplication::applicationName(), Qt::CaseInsensitive) == 0 ||
+                         name.compare(QGuiApplication::desktopFileName(), Qt::CaseInsensitive) == 0;
+        const bool known = !name.isEmpty() && !own;
+        m_excludeAction->setText(!known    ? tr("Exclude This Application")
+                                 : excluded ? tr("Include “%1” Again").arg(name)
+                                            : tr("Exclude “%1”").arg(name));
+        m_excludeAction->setEnabled(known);
         m_excludeAction->setData(name);
+        fillExcludedMenu();
     });
     connect(m_excludeAction, &QAction::triggered, this, [this] {
-        m_preferences.setExcludedApplications(m_preferences.excludedApplications()
-                                              << m_excludeAction->data().toString());
+        const QString name = m_excludeAction->data().toString();
+        QStringList names = m_preferences.excludedApplications();
+        if (names.removeIf([&name](const QString& n) {
+                return n.compare(name, Qt::CaseInsensitive) == 0;
+            }) == 0)
+            names << name;
+        m_preferences.setExcludedApplications(names);
     });
+    // Every excluded application, each to be included again.
+    m_excludedMenu = m_statusMenu->addMenu(tr("Excluded Applications"));
+    m_excludedMenu->setObjectName(QStringLiteral("excludedMenu"));
+    fillExcludedMenu();
     m_statusMenu->addSeparator();
     QAction* quit = m_statusMenu->addAction(tr("Quit"));
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
@@ -179,6 +195,7 @@ void TrayController::setupStatusItem() {
         return;
     m_statusItem = std::make_unique<QSystemTrayIcon>();
     m_statusItem->setIcon(SymbolImage::trayIcon(m_preferences.paused()));
+    m_statusItem->setToolTip(toolTipText(m_preferences.paused()));
     m_statusItem->setContextMenu(m_statusMenu.get());
     // A left click opens the same menu as a right click does; a quick second click arrives as
     // a double click and must open it too.
@@ -188,6 +205,24 @@ void TrayController::setupStatusItem() {
                     popUpStatusMenu();
             });
     m_statusItem->show();
+}
+
+void TrayController::fillExcludedMenu() {
+    m_excludedMenu->clear();
+    const QStringList names = m_preferences.excludedApplications();
+    for (const QString& name : names) {
+        QAction* include = m_excludedMenu->addAction(tr("Include “%1” Again").arg(name));
+        connect(include, &QAction::triggered, this, [this, name] {
+            QStringList left = m_preferences.excludedApplications();
+            left.removeAll(name);
+            m_preferences.setExcludedApplications(left);
+        });
+    }
+    m_excludedMenu->menuAction()->setVisible(!names.isEmpty());
+}
+
+QString TrayController::toolTipText(bool paused) {
+    return paused ? tr("Typolet \u2014 paused") : tr("Typolet \u2014 expanding");
 }
 
 void TrayController::popUpStatusMenu() {

@@ -75,6 +75,10 @@ public:
         m_lastApplication = std::move(source);
     }
 
+    // What the tray icon's tooltip says: "Typolet — expanding" or "Typolet — paused".
+    static QString toolTipText(bool paused);
+    QMenu* excludedMenu() const { return m_excludedMenu; }
+
     // Whether the session may end now (asks the quit question). Used for the session
     // manager's request at log-out.
     bool allowSessionEnd();
@@ -94,6 +98,7 @@ private:
     void setupMainMenu(QMainWindow* mainWindow);
     void setupStatusItem();
     void popUpStatusMenu();
+    void fillExcludedMenu();
     void commitData(QSessionManager& manager);
 
     AppWindows m_appWindows;
@@ -111,6 +116,7 @@ private:
     QList<QAction*> m_windowActions;
     QAction* m_pauseAction = nullptr;
     QAction* m_excludeAction = nullptr;
+    QMenu* m_excludedMenu = nullptr; // owned by the tray menu
     std::function<QString()> m_lastApplication;
     Preferences& m_preferences;
     bool m_asking = false;

@@ -25,7 +25,8 @@
 #include <limits>
 
 namespace {
-constexpr int toastTop = 20;
+// Below the toolbar, so the message never covers Save or Delete.
+constexpr int toastGap = 8;
 }
 
 SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet,
@@ -370,10 +371,16 @@ void SnippetDetailView::setShowingToast(bool showing) {
     emit toastVisibilityChanged(showing);
 }
 
+int SnippetDetailView::toastTop() const {
+    return m_saveButton->parentWidget()->geometry().bottom() + toastGap;
+}
+
 void SnippetDetailView::placeToast(bool shown) {
     m_toast->adjustSize();
     const int x = (width() - m_toast->width()) / 2;
-    const QPoint visible(x, toastTop - ToastView::shadowMargin);
+    // The whole widget, shadow included, stays below the toolbar: even its transparent margin
+    // would take the clicks meant for Save or Delete.
+    const QPoint visible(x, toastTop());
     const QPoint above(x, -m_toast->height());
     m_toastAnimation->stop();
     if (shown) {
@@ -394,5 +401,5 @@ void SnippetDetailView::placeToast(bool shown) {
 void SnippetDetailView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     if (m_showingToast && m_toastAnimation->state() != QAbstractAnimation::Running)
-        m_toast->move((width() - m_toast->width()) / 2, toastTop - ToastView::shadowMargin);
+        m_toast->move((width() - m_toast->width()) / 2, toastTop());
 }

@@ -97,6 +97,7 @@ private:
     void setShowingDuplicateError(bool showing);
     void setShowingToast(bool showing);
     void placeToast(bool shown);
+    int toastTop() const;
 
     SnippetStore& m_store;
     QUuid m_snippetId;

@@ -11,6 +11,7 @@
 #include "CustomTextEditor.h"
 #include "SnippetDetailView.h"
 #include "SnippetStore.h"
+#include "SymbolImage.h"
 
 #include <QAbstractButton>
 #include <QMessageBox>
@@ -61,6 +62,7 @@ private slots:
     void withoutATrayClosingTheWindowDoesNotQuit();
     void pauseIsOneSwitchInBothMenusAndKept();
     void excludeTakesTheApplicationTypedInLast();
+    void pausedLooksPaused();
     void runInBackgroundThenOpenTypoletBringsBackEveryWindow();
     void everyQuitRequestAsksFirst_data();
     void everyQuitRequestAsksFirst();
@@ -109,8 +111,31 @@ void TrayControllerTest::excludeTakesTheApplicationTypedInLast() {
     exclude->trigger();
     QCOMPARE(f.preferences.excludedApplications(), QStringList{"XTerm"});
     f.tray.statusMenu()->hide();
+    // Once excluded, the same entry includes it again, as does the list of excluded ones.
     QVERIFY(f.openTrayMenu());
-    QVERIFY(!exclude->isEnabled()); // once is enough
+    QCOMPARE(exclude->text(), QStringLiteral("Include “XTerm” Again"));
+    QVERIFY(f.tray.excludedMenu()->menuAction()->isVisible());
+    f.tray.excludedMenu()->actions().constFirst()->trigger();
+    QVERIFY(f.preferences.excludedApplications().isEmpty());
+    f.tray.statusMenu()->hide();
+    // Typolet's own windows are never offered.
+    last = QStringLiteral("typolet");
+    QVERIFY(f.openTrayMenu());
+    QVERIFY(!exclude->isEnabled());
+    QVERIFY(!f.tray.excludedMenu()->menuAction()->isVisible());
+    f.tray.statusMenu()->hide();
+}
+
+// Paused shows: a pause badge on the icon and the word in the tooltip.
+void TrayControllerTest::pausedLooksPaused() {
+    QCOMPARE(TrayController::toolTipText(false), QStringLiteral("Typolet \u2014 expanding"));
+    QCOMPARE(TrayController::toolTipText(true), QStringLiteral("Typolet \u2014 paused"));
+    const QImage on = SymbolImage::trayIcon(false).pixmap(22, 22).toImage();
+    const QImage paused = SymbolImage::trayIcon(true).pixmap(22, 22).toImage();
+    // The badge's disc is dark and opaque in the corner, whatever the bubble has there.
+    const QColor corner = paused.pixelColor(15, 20); // below and between the bars
+    QVERIFY(corner.alpha() == 255 && corner.lightness() < 60);
+    QVERIFY(on != paused);
 }
 
 void TrayControllerTest::runInBackgroundThenOpenTypoletBringsBackEveryWindow() {
