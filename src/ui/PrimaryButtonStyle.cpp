@@ -81,7 +81,9 @@ void PrimaryButtonStyle::drawControl(ControlElement element, const QStyleOption*
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
     const bool pressed = buttonOption->state & State_Sunken;
-    painter->setOpacity(pressed ? pressedOpacity : 1.0);
+    // Disabled (Save with nothing to save) reads as such: faded.
+    const bool enabled = buttonOption->state & State_Enabled;
+    painter->setOpacity(!enabled ? 0.4 : pressed ? pressedOpacity : 1.0);
 
     QPainterPath shape;
     shape.addRoundedRect(QRectF(buttonOption->rect), cornerRadius, cornerRadius);
