@@ -128,6 +128,20 @@ This will permanently delete all %n snippets in this category.</numerusform>
 <context>
     <name>ContentView</name>
     <message numerus="yes">
+        <source>%n more in other categories</source>
+        <translation>
+            <numerusform>%n more in another category</numerusform>
+            <numerusform>%n more in other categories</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Are you sure you want to delete %n snippet(s)?</source>
+        <translation>
+            <numerusform>Are you sure you want to delete %n snippet?</numerusform>
+            <numerusform>Are you sure you want to delete %n snippets?</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
         <source>%n record(s) in your library could not be read and are not shown. The file as it was is kept in %1.</source>
         <translation>
             <numerusform>%n record in your library could not be read and is not shown. The file as it was is kept in %1.</numerusform>

@@ -29,15 +29,31 @@ QList<QWidget*> AppWindows::list() {
 
 void AppWindows::hideAll() {
     m_inBackground = true;
+    m_wereOpen.clear();
     const QList<QWidget*> windows = list();
-    for (QWidget* window : windows)
+    for (QWidget* window : windows) {
+        if (window->isVisible())
+            m_wereOpen.append(window);
         window->hide();
+    }
 }
 
 void AppWindows::showAll() {
+    QList<QPointer<QWidget>> windows = m_wereOpen;
+    if (!m_inBackground) {
+        windows.clear();
+        const QList<QWidget*> all = list();
+        for (QWidget* window : all)
+            if (window->isVisible())
+                windows.append(window);
+    }
     m_inBackground = false;
-    const QList<QWidget*> windows = list();
-    for (QWidget* window : windows) {
+    m_wereOpen.clear();
+    if (m_mainWindow && !windows.contains(m_mainWindow))
+        windows.prepend(m_mainWindow);
+    for (QWidget* window : std::as_const(windows)) {
+        if (!window)
+            continue;
         if (window->isMinimized())
             window->showNormal();
         else

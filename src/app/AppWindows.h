@@ -1,11 +1,14 @@
 #pragma once
 
 #include <QList>
+#include <QPointer>
+#include <QWidget>
 
-class QWidget;
 
 // Typolet's own windows, hidden all at once for "Run in Background" (only the tray icon is
-// left, and snippets keep expanding) and shown all again by "Open Typolet" or a second launch.
+// left, and snippets keep expanding) and shown again by "Open Typolet" or a second launch:
+// the windows that were open, and the main window in any case; a window the user had closed
+// stays closed.
 class AppWindows {
 public:
     bool inBackground() const { return m_inBackground; }
@@ -13,9 +16,11 @@ public:
     // Hides every window of the application.
     void hideAll();
 
-    // Shows every window of the application and brings it to the front, including windows the
-    // user had closed (closed windows are only hidden).
+    // Shows the windows that were open when they were hidden (or, out of the background, those
+    // open now) and the main window, and brings them to the front.
     void showAll();
+    // The window "Open Typolet" always brings back.
+    void setMainWindow(QWidget* window) { m_mainWindow = window; }
 
     // The application's own windows, in creation order: top-level, parentless windows and
     // dialogs that have been shown or hidden at least once. Menus, tooltips, transient child
@@ -25,4 +30,6 @@ public:
 
 private:
     bool m_inBackground = false;
+    QList<QPointer<QWidget>> m_wereOpen;
+    QPointer<QWidget> m_mainWindow;
 };

@@ -35,6 +35,8 @@ void Preferences::takeOutsideChanges(const QStringList& keys) {
         emit undoWithBackspaceChanged(undoWithBackspace());
     if (changed(pasteLongSnippetsKey) || changed(pasteThresholdKey))
         emit pasteChanged();
+    if (changed(saveEditsOnLeaveKey))
+        emit saveEditsOnLeaveChanged(saveEditsOnLeave());
     if (changed(pausedKey))
         emit pausedChanged(paused());
     if (changed(excludedApplicationsKey))
@@ -104,6 +106,28 @@ bool Preferences::setPasteThreshold(int characters) {
     if (changed)
         emit pasteChanged();
     return written;
+}
+
+bool Preferences::saveEditsOnLeave() const {
+    return stored(saveEditsOnLeaveKey, false).toBool();
+}
+
+bool Preferences::setSaveEditsOnLeave(bool enabled) {
+    const bool changed = saveEditsOnLeave() != enabled;
+    const bool written = write(saveEditsOnLeaveKey, enabled);
+    if (changed)
+        emit saveEditsOnLeaveChanged(enabled);
+    return written;
+}
+
+QString Preferences::lastCategory() const {
+    return stored(lastCategoryKey).toString();
+}
+
+bool Preferences::setLastCategory(const QString& id) {
+    if (lastCategory() == id)
+        return true;
+    return write(lastCategoryKey, id);
 }
 
 bool Preferences::paused() const {

@@ -20,6 +20,10 @@ class LibraryFile;
 //  - paused: nothing expands until it is switched off again, also after a restart;
 //  - excludedApplications: the applications (by window class) where nothing expands;
 //  - pauseKeys: the desktop-wide keys that pause and resume, "Ctrl+Alt+Space" when absent;
+//  - saveEditsOnLeave: leaving a snippet with edits not yet saved (another snippet, quitting)
+//    saves them without asking; absent reads as false (the editor asks);
+//  - lastCategory: the category the editor showed when Typolet last ended (its id); absent or
+//    empty: "All Snippets";
 //  - keyboardLayout: in a Wayland session, the layout typed keys are read and typed with, as
 //    xkb-data names it ("de", "de(nodeadkeys)"); absent or empty: the one the desktop uses;
 //  - remoteDesktopToken: what the desktop's remote desktop portal handed back once the user
@@ -57,6 +61,12 @@ public:
     bool setPasteThreshold(int characters);
     // What the engine is given: the threshold, or 0 when pasting is switched off.
     int effectivePasteThreshold() const { return pasteLongSnippets() ? pasteThreshold() : 0; }
+
+    bool saveEditsOnLeave() const;
+    bool setSaveEditsOnLeave(bool enabled);
+
+    QString lastCategory() const;
+    bool setLastCategory(const QString& id);
 
     bool paused() const;
     bool setPaused(bool paused);
@@ -102,6 +112,8 @@ public:
     static constexpr int minimumPasteThreshold = 1;
     static constexpr int maximumPasteThreshold = 1000000;
     static constexpr const char* pausedKey = "paused";
+    static constexpr const char* lastCategoryKey = "lastCategory";
+    static constexpr const char* saveEditsOnLeaveKey = "saveEditsOnLeave";
     static constexpr const char* excludedApplicationsKey = "excludedApplications";
     static constexpr const char* pauseKeysKey = "pauseKeys";
     static constexpr const char* keyboardLayoutKey = "keyboardLayout";
@@ -115,6 +127,7 @@ signals:
     // Either paste preference changed.
     void pasteChanged();
     void pausedChanged(bool paused);
+    void saveEditsOnLeaveChanged(bool enabled);
     void excludedApplicationsChanged(const QStringList& names);
     void pauseKeysChanged(const QKeySequence& keys);
     void keyboardLayoutChanged(const QString& layout);

@@ -58,6 +58,10 @@ PreferencesView::PreferencesView(Autostart& autostart, Preferences& preferences,
     });
     connect(m_undoSwitch, &ToggleSwitch::toggled, this,
             [this](bool on) { m_preferences.setUndoWithBackspace(on); });
+    connect(m_saveEditsSwitch, &ToggleSwitch::toggled, this,
+            [this](bool on) { m_preferences.setSaveEditsOnLeave(on); });
+    connect(&m_preferences, &Preferences::saveEditsOnLeaveChanged, m_saveEditsSwitch,
+            [this](bool on) { m_saveEditsSwitch->setChecked(on); });
     connect(m_pasteSwitch, &ToggleSwitch::toggled, this, [this](bool on) {
         m_preferences.setPasteLongSnippets(on);
         m_pasteThreshold->setEnabled(on);
@@ -81,6 +85,10 @@ void PreferencesView::buildGeneralCard() {
     m_undoSwitch = addSwitchRow(tr("Undo with BackSpace"),
                                 tr("BackSpace right after an expansion puts the command back"),
                                 m_preferences.undoWithBackspace());
+    m_saveEditsSwitch = addSwitchRow(tr("Save edits automatically"),
+                                     tr("Leaving a snippet or quitting saves its changes "
+                                        "without asking"),
+                                     m_preferences.saveEditsOnLeave());
     m_pasteSwitch = addSwitchRow(tr("Paste long snippets"),
                                  tr("Long contents are pasted, far quicker than typing; your "
                                     "clipboard is kept"),

@@ -19,8 +19,9 @@ class ToneLabel;
 
 // The content of the Preferences window: a "General" card with the start-at-login, the
 // undo-with-BackSpace and the paste switches (the paste threshold beside the last), the pause
-// keys and, in a Wayland session, the keyboard layout; the excluded applications; and, when
-// given the synced folder, the "Sync" card (SyncCard).
+// keys, whether edits are saved without asking and, in a Wayland session, the keyboard layout;
+// the applications where nothing expands; and, when given the synced folder, the "Sync"
+// card (SyncCard).
 //
 // The start-at-login switch adds and removes the autostart entry and shows whether Typolet
 // will start at login. Each time the view appears it gives Autostart the chance to apply the
@@ -35,6 +36,7 @@ public:
     ToggleSwitch* startAtLoginSwitch() const { return m_switch; }
     ToggleSwitch* undoSwitch() const { return m_undoSwitch; }
     ToggleSwitch* pasteSwitch() const { return m_pasteSwitch; }
+    ToggleSwitch* saveEditsSwitch() const { return m_saveEditsSwitch; }
     QSpinBox* pasteThresholdBox() const { return m_pasteThreshold; }
     // The desktop-wide keys that pause and resume expansion.
     QKeySequenceEdit* pauseKeysEdit() const { return m_pauseKeys; }
@@ -74,6 +76,7 @@ private:
     ToggleSwitch* m_switch = nullptr;
     ToggleSwitch* m_undoSwitch = nullptr;
     ToggleSwitch* m_pasteSwitch = nullptr;
+    ToggleSwitch* m_saveEditsSwitch = nullptr;
     QSpinBox* m_pasteThreshold = nullptr;
     QKeySequenceEdit* m_pauseKeys = nullptr;
     QWidget* m_layoutRow = nullptr;

@@ -38,9 +38,13 @@ QMessageBox* QuitConfirmation::createAlert(QWidget* parent, bool hasTray) {
     }
     // One role for all three keeps them in the order they are added, whatever order the
     // desktop would give accept and reject buttons.
-    QPushButton* quit = alert->addButton(quitTitle(), QMessageBox::ActionRole);
-    alert->addButton(runInBackgroundTitle(), QMessageBox::ActionRole);
-    QPushButton* cancel = alert->addButton(cancelTitle(), QMessageBox::ActionRole);
+    // Each answer has its Alt key: Q, R, C.
+    QPushButton* quit = alert->addButton(tr("&Quit"), QMessageBox::ActionRole);
+    quit->setObjectName(QStringLiteral("quitButton"));
+    QPushButton* background = alert->addButton(tr("&Run in Background"), QMessageBox::ActionRole);
+    background->setObjectName(QStringLiteral("runInBackgroundButton"));
+    QPushButton* cancel = alert->addButton(tr("&Cancel"), QMessageBox::ActionRole);
+    cancel->setObjectName(QStringLiteral("cancelButton"));
     // Some breathing room around the titles, which the default style keeps tight.
     const QList<QAbstractButton*> buttons = alert->buttons();
     for (QAbstractButton* button : buttons)
@@ -56,9 +60,10 @@ QuitConfirmation::Response QuitConfirmation::ask(QWidget* parent) {
     alert->setWindowModality(Qt::ApplicationModal);
     alert->exec();
     QAbstractButton* clicked = alert->clickedButton();
-    if (clicked != nullptr && clicked->text() == quitTitle())
+    const QString answer = clicked != nullptr ? clicked->objectName() : QString();
+    if (answer == QLatin1String("quitButton"))
         return Response::Quit;
-    if (clicked != nullptr && clicked->text() == runInBackgroundTitle())
+    if (answer == QLatin1String("runInBackgroundButton"))
         return Response::RunInBackground;
     return Response::Cancel;
 }

@@ -8,6 +8,8 @@
 #include <QGuiApplication>
 #include <algorithm>
 #include <QScreen>
+#include <QShortcut>
+#include <QTextBrowser>
 #include <QVBoxLayout>
 
 namespace {
@@ -26,7 +28,11 @@ std::unique_ptr<QWidget> makeWindow(const QString& title, QSize size, QWidget* c
     auto* layout = new QVBoxLayout(window.get());
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(content, 0, Qt::AlignCenter);
-
+    // Closed like any small desktop window: Escape or Ctrl+W.
+    for (const QKeySequence& keys : {QKeySequence(Qt::Key_Escape), QKeySequence(Qt::CTRL | Qt::Key_W)}) {
+        auto* close = new QShortcut(keys, window.get());
+        QObject::connect(close, &QShortcut::activated, window.get(), &QWidget::close);
+    }
     return window;
 }
 
@@ -81,4 +87,18 @@ void ShellWindows::openAboutWindow() {
         return;
     }
     bringForward(m_aboutWindow.get());
+}
+
+void ShellWindows::openHelpWindow() {
+    if (!m_helpWindow) {
+        auto* page = new QTextBrowser();
+        page->setObjectName(QStringLiteral("helpPage"));
+        page->setAccessibleName(tr("Typolet Help"));
+        page->setSource(QUrl(QStringLiteral("qrc:/typolet/help.html")));
+        page->setFixedSize(helpSize);
+        m_helpWindow = makeWindow(tr("Typolet Help"), helpSize, page);
+        m_helpWindow->setObjectName(QStringLiteral("helpWindow"));
+        centre(m_helpWindow.get());
+    }
+    bringForward(m_helpWindow.get());
 }

@@ -11,7 +11,7 @@ class Preferences;
 class PreferencesView;
 class SyncFolder;
 
-// The Preferences and About windows. Each is built the first time it is asked for and kept
+// The Preferences, About and help windows. Each is built the first time it is asked for and kept
 // for the life of the process: closing one only hides it, and the next request brings the
 // same window back with its state.
 class ShellWindows {
@@ -30,14 +30,19 @@ public:
     // The same for the About window (240 x 220, "About Typolet", only a close button).
     void openAboutWindow();
 
+    // The same for the help page ("Typolet Help").
+    void openHelpWindow();
+
     // Null until first opened.
     QWidget* preferencesWindow() const { return m_preferencesWindow.get(); }
     QWidget* aboutWindow() const { return m_aboutWindow.get(); }
+    QWidget* helpWindow() const { return m_helpWindow.get(); }
     PreferencesView* preferencesView() const { return m_preferencesView; }
     AboutView* aboutView() const { return m_aboutView; }
 
     static constexpr QSize preferencesSize{500, 690};
     static constexpr QSize aboutSize{240, 220};
+    static constexpr QSize helpSize{560, 520};
 
 private:
     Autostart& m_autostart;
@@ -45,6 +50,7 @@ private:
     SyncFolder* m_sync = nullptr;
     std::unique_ptr<QWidget> m_preferencesWindow;
     std::unique_ptr<QWidget> m_aboutWindow;
+    std::unique_ptr<QWidget> m_helpWindow;
     PreferencesView* m_preferencesView = nullptr;
     AboutView* m_aboutView = nullptr;
 };

@@ -37,6 +37,7 @@ TrayController::~TrayController() {
 void TrayController::applicationDidFinishLaunching(QMainWindow* mainWindow) {
     // Closing the last window hides it; Typolet keeps running in the tray.
     QApplication::setQuitOnLastWindowClosed(false);
+    m_appWindows.setMainWindow(mainWindow);
     // One action for both menus, so they always agree; the preference is what it shows.
     m_pauseAction = new QAction(tr("Pause Expansion"), this);
     m_pauseAction->setCheckable(true);
@@ -53,8 +54,10 @@ void TrayController::applicationDidFinishLaunching(QMainWindow* mainWindow) {
     });
     connect(&m_preferences, &Preferences::pausedChanged, this, [this](bool paused) {
         m_pauseAction->setChecked(paused);
-        if (m_statusItem)
+        if (m_statusItem) {
             m_statusItem->setIcon(SymbolImage::trayIcon(paused));
+            m_statusItem->setToolTip(toolTipText(paused));
+        }
     });
     setupMainMenu(mainWindow);
     setupStatusItem();
@@ -67,47 +70,73 @@ void TrayController::showPauseKeys(const QKeySequence& keys) {
 }
 
 void TrayController::addLibraryActions(const QList<QAction*>& actions) {
-    m_fileMenu->insertActions(m_pauseAction, actions);
-    m_fileMenu->insertSeparator(m_pauseAction);
+    m_fileMenu->insertActions(m_libraryActionsEnd, actions);
 }
 
 void TrayController::setupMainMenu(QMainWindow* mainWindow) {
-    m_applicationMenu = mainWindow->menuBar()->addMenu(QStringLiteral("Typolet"));
+    auto* content = qobject_cast<ContentView*>(mainWindow->centralWidget());
+    m_editor = content;
 
-    QAction* about = m_applicationMenu->addAction(tr("About Typolet"));
-    connect(about, &QAction::triggered, this, &TrayController::showAbout);
-    m_applicationMenu->addSeparator();
-    QAction* preferences = m_applicationMenu->addAction(tr("Preferences..."));
-    preferences->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
-    connect(preferences, &QAction::triggered, this, &TrayController::showPreferences);
-    m_applicationMenu->addSeparator();
-    QAction* quit = m_applicationMenu->addAction(tr("Quit Typolet"));
+    // File: what the library holds and what leaves it; Quit last.
+    m_fileMenu = mainWindow->menuBar()->addMenu(tr("&File"));
+    if (content) {
+        QAction* newSnippet = m_fileMenu->addAction(tr("New Snippet\u2026"));
+        newSnippet->setObjectName(QStringLiteral("newSnippet"));
+        newSnippet->setShortcut(QKeySequence::New);
+        connect(newSnippet, &QAction::triggered, content, &ContentView::showAddSheet);
+        QAction* newCategory = m_fileMenu->addAction(tr("New Category\u2026"));
+        newCategory->setObjectName(QStringLiteral("newCategory"));
+        newCategory->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N));
+        connect(newCategory, &QAction::triggered, content, &ContentView::showAddCategorySheet);
+        m_fileMenu->addSeparator();
+    }
+    m_libraryActionsEnd = m_fileMenu->addSeparator();
+    m_fileMenu->addAction(m_pauseAction);
+    m_fileMenu->addSeparator();
+    QAction* quit = m_fileMenu->addAction(tr("Quit"));
+    quit->setObjectName(QStringLiteral("quit"));
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     quit->setMenuRole(QAction::NoRole);
     connect(quit, &QAction::triggered, this, &TrayController::quitApp);
 
-    m_fileMenu = mainWindow->menuBar()->addMenu(tr("&File"));
-    if (auto* content = qobject_cast<ContentView*>(mainWindow->centralWidget())) {
-        QAction* newSnippet = m_fileMenu->addAction(tr("New Snippet..."));
-        newSnippet->setShortcut(QKeySequence::New);
-        connect(newSnippet, &QAction::triggered, content, &ContentView::showAddSheet);
-        QAction* newCategory = m_fileMenu->addAction(tr("New Category..."));
-        newCategory->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N));
-        connect(newCategory, &QAction::triggered, content, &ContentView::showAddCategorySheet);
-        QAction* find = m_fileMenu->addAction(tr("Find Snippets"));
+    // Edit: the editor's own, then the preferences.
+    m_editMenu = mainWindow->menuBar()->addMenu(tr("&Edit"));
+    if (content) {
+        QAction* find = m_editMenu->addAction(tr("Find"));
+        find->setObjectName(QStringLiteral("find"));
         find->setShortcut(QKeySequence::Find);
         connect(find, &QAction::triggered, content, [content] {
             content->searchField()->setFocus(Qt::ShortcutFocusReason);
             content->searchField()->selectAll();
         });
-        m_fileMenu->addSeparator();
+        QAction* remove = m_editMenu->addAction(tr("Delete\u2026"));
+        remove->setObjectName(QStringLiteral("delete"));
+        // Text fields keep the key for themselves; elsewhere it deletes what is selected.
+        remove->setShortcut(QKeySequence::Delete);
+        connect(remove, &QAction::triggered, content, &ContentView::deleteSelection);
+        m_editMenu->addSeparator();
     }
-    m_fileMenu->addAction(m_pauseAction);
+    QAction* preferences = m_editMenu->addAction(tr("Preferences\u2026"));
+    preferences->setObjectName(QStringLiteral("preferences"));
+    preferences->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    preferences->setMenuRole(QAction::NoRole);
+    connect(preferences, &QAction::triggered, this, &TrayController::showPreferences);
+
+    m_helpMenu = mainWindow->menuBar()->addMenu(tr("&Help"));
+    QAction* help = m_helpMenu->addAction(tr("Typolet Help"));
+    help->setObjectName(QStringLiteral("help"));
+    help->setShortcut(QKeySequence(Qt::Key_F1));
+    connect(help, &QAction::triggered, this, [this] { m_windows.openHelpWindow(); });
+    QAction* about = m_helpMenu->addAction(tr("About Typolet"));
+    about->setObjectName(QStringLiteral("about"));
+    about->setMenuRole(QAction::NoRole);
+    connect(about, &QAction::triggered, this, &TrayController::showAbout);
 
     // The key bindings work in the main window (they live on its menu bar) and are also given to
     // the Preferences and About windows when those are built; they stay window-wide rather
     // than application-wide so the tray menu's own Ctrl+Q is never ambiguous with them.
-    for (QAction* action : {about, preferences, quit})
+    m_windowActions = {preferences, quit, help};
+    for (QAction* action : std::as_const(m_windowActions))
         action->setShortcutContext(Qt::WindowShortcut);
 }
 
@@ -124,16 +153,30 @@ void TrayController::setupStatusItem() {
         const QString name = m_lastApplication ? m_lastApplication() : QString();
         const bool excluded =
             m_preferences.excludedApplications().contains(name, Qt::CaseInsensitive);
-        m_excludeAction->setText(name.isEmpty() ? tr("Exclude This Application")
-                                 : excluded     ? tr("“%1” Is Excluded").arg(name)
-                                                : tr("Exclude “%1”").arg(name));
-        m_excludeAction->setEnabled(!name.isEmpty() && !excluded);
+        // Typolet's own windows never expand anything; there is nothing to exclude.
+        const bool own = name.compare(QCoreApplication::applicationName(), Qt::CaseInsensitive) == 0 ||
+                         name.compare(QGuiApplication::desktopFileName(), Qt::CaseInsensitive) == 0;
+        const bool known = !name.isEmpty() && !own;
+        m_excludeAction->setText(!known    ? tr("Exclude This Application")
+                                 : excluded ? tr("Include “%1” Again").arg(name)
+                                            : tr("Exclude “%1”").arg(name));
+        m_excludeAction->setEnabled(known);
         m_excludeAction->setData(name);
+        fillExcludedMenu();
     });
     connect(m_excludeAction, &QAction::triggered, this, [this] {
-        m_preferences.setExcludedApplications(m_preferences.excludedApplications()
-                                              << m_excludeAction->data().toString());
+        const QString name = m_excludeAction->data().toString();
+        QStringList names = m_preferences.excludedApplications();
+        if (names.removeIf([&name](const QString& n) {
+                return n.compare(name, Qt::CaseInsensitive) == 0;
+            }) == 0)
+            names << name;
+        m_preferences.setExcludedApplications(names);
     });
+    // Every excluded application, each to be included again.
+    m_excludedMenu = m_statusMenu->addMenu(tr("Excluded Applications"));
+    m_excludedMenu->setObjectName(QStringLiteral("excludedMenu"));
+    fillExcludedMenu();
     m_statusMenu->addSeparator();
     QAction* quit = m_statusMenu->addAction(tr("Quit"));
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
@@ -152,6 +195,7 @@ void TrayController::setupStatusItem() {
         return;
     m_statusItem = std::make_unique<QSystemTrayIcon>();
     m_statusItem->setIcon(SymbolImage::trayIcon(m_preferences.paused()));
+    m_statusItem->setToolTip(toolTipText(m_preferences.paused()));
     m_statusItem->setContextMenu(m_statusMenu.get());
     // A left click opens the same menu as a right click does; a quick second click arrives as
     // a double click and must open it too.
@@ -161,6 +205,24 @@ void TrayController::setupStatusItem() {
                     popUpStatusMenu();
             });
     m_statusItem->show();
+}
+
+void TrayController::fillExcludedMenu() {
+    m_excludedMenu->clear();
+    const QStringList names = m_preferences.excludedApplications();
+    for (const QString& name : names) {
+        QAction* include = m_excludedMenu->addAction(tr("Include “%1” Again").arg(name));
+        connect(include, &QAction::triggered, this, [this, name] {
+            QStringList left = m_preferences.excludedApplications();
+            left.removeAll(name);
+            m_preferences.setExcludedApplications(left);
+        });
+    }
+    m_excludedMenu->menuAction()->setVisible(!names.isEmpty());
+}
+
+QString TrayController::toolTipText(bool paused) {
+    return paused ? tr("Typolet \u2014 paused") : tr("Typolet \u2014 expanding");
 }
 
 void TrayController::popUpStatusMenu() {
@@ -185,15 +247,15 @@ void TrayController::popUpStatusMenu() {
 void TrayController::showPreferences() {
     const bool firstTime = m_windows.preferencesWindow() == nullptr;
     m_windows.openPreferencesWindow();
-    if (firstTime && m_applicationMenu != nullptr)
-        m_windows.preferencesWindow()->addActions(m_applicationMenu->actions());
+    if (firstTime)
+        m_windows.preferencesWindow()->addActions(m_windowActions);
 }
 
 void TrayController::showAbout() {
     const bool firstTime = m_windows.aboutWindow() == nullptr;
     m_windows.openAboutWindow();
-    if (firstTime && m_applicationMenu != nullptr)
-        m_windows.aboutWindow()->addActions(m_applicationMenu->actions());
+    if (firstTime)
+        m_windows.aboutWindow()->addActions(m_windowActions);
 }
 
 void TrayController::openApp() {
@@ -214,7 +276,9 @@ QuitConfirmation::TerminateReply TrayController::applicationShouldTerminate() {
     if (m_asking)
         return QuitConfirmation::TerminateReply::Cancel;
     m_asking = true;
-    const QuitConfirmation::TerminateReply reply = m_confirmation.confirmQuit();
+    QuitConfirmation::TerminateReply reply = m_confirmation.confirmQuit();
+    if (reply == QuitConfirmation::TerminateReply::Now && m_editor && !m_editor->settleEdits())
+        reply = QuitConfirmation::TerminateReply::Cancel;
     m_asking = false;
     if (reply == QuitConfirmation::TerminateReply::Now) {
         m_terminationApproved = true;

@@ -5,10 +5,12 @@
 #include "ShellWindows.h"
 
 #include <QObject>
+#include <QPointer>
 #include <functional>
 #include <memory>
 
 class Autostart;
+class ContentView;
 class Preferences;
 class QAction;
 class QMainWindow;
@@ -16,13 +18,14 @@ class QMenu;
 class QSessionManager;
 class QSystemTrayIcon;
 
-// Everything the user reaches around the main window: the "Typolet" application menu, the
+// Everything the user reaches around the main window: its File, Edit and Help menus, the
 // tray icon with its menu, the Preferences and About windows, and the question that stands
 // in front of every way of quitting.
 //
 // Quitting: every termination request (the two Quit entries, Ctrl+Q, a quit request from the
 // desktop, the end of the session) goes through applicationShouldTerminate(), which asks the
-// quit question. Only "Quit" ends the program; "Run in Background" hides every window and
+// quit question. Only "Quit" ends the program, once the editor's edits not yet saved are
+// saved or discarded (cancelling that question cancels the quit); "Run in Background" hides every window and
 // leaves the tray icon and the engine running; "Cancel" leaves everything as it was. Closing
 // the main window does not quit either.
 class TrayController : public QObject {
@@ -54,9 +57,10 @@ public:
 
     // The menus, built at launch (the tray menu exists even without a tray, so it can be
     // inspected).
-    QMenu* applicationMenu() const { return m_applicationMenu; }
     QMenu* statusMenu() const { return m_statusMenu.get(); }
     QMenu* fileMenu() const { return m_fileMenu; }
+    QMenu* editMenu() const { return m_editMenu; }
+    QMenu* helpMenu() const { return m_helpMenu; }
     // "Pause Expansion", checked while paused; in the tray menu and the File menu.
     QAction* pauseAction() const { return m_pauseAction; }
     // "Exclude “name”" in the tray menu, for the application in use when the menu opens, which
@@ -65,11 +69,15 @@ public:
     // Shows the desktop-wide keys that pause, beside "Pause Expansion" (shown, not bound:
     // the keys reach Typolet through their grab, not through the menus).
     void showPauseKeys(const QKeySequence& keys);
-    // Puts the library's import and export entries at the top of the File menu.
+    // Puts the library's import and export entries in the File menu, after the New entries.
     void addLibraryActions(const QList<QAction*>& actions);
     void setLastApplicationSource(std::function<QString()> source) {
         m_lastApplication = std::move(source);
     }
+
+    // What the tray icon's tooltip says: "Typolet — expanding" or "Typolet — paused".
+    static QString toolTipText(bool paused);
+    QMenu* excludedMenu() const { return m_excludedMenu; }
 
     // Whether the session may end now (asks the quit question). Used for the session
     // manager's request at log-out.
@@ -90,6 +98,7 @@ private:
     void setupMainMenu(QMainWindow* mainWindow);
     void setupStatusItem();
     void popUpStatusMenu();
+    void fillExcludedMenu();
     void commitData(QSessionManager& manager);
 
     AppWindows m_appWindows;
@@ -97,10 +106,17 @@ private:
     ShellWindows m_windows;
     std::unique_ptr<QSystemTrayIcon> m_statusItem;
     std::unique_ptr<QMenu> m_statusMenu;
-    QMenu* m_applicationMenu = nullptr; // owned by the main window's menu bar
-    QMenu* m_fileMenu = nullptr;        // likewise
+    QPointer<ContentView> m_editor; // the main window's, whose edits are settled before quitting
+    // The menus are owned by the main window's menu bar.
+    QMenu* m_fileMenu = nullptr;
+    QMenu* m_editMenu = nullptr;
+    QMenu* m_helpMenu = nullptr;
+    QAction* m_libraryActionsEnd = nullptr; // the separator the library's entries go before
+    // Also bound in the Preferences and About windows: Preferences, Quit, Help.
+    QList<QAction*> m_windowActions;
     QAction* m_pauseAction = nullptr;
     QAction* m_excludeAction = nullptr;
+    QMenu* m_excludedMenu = nullptr; // owned by the tray menu
     std::function<QString()> m_lastApplication;
     Preferences& m_preferences;
     bool m_asking = false;

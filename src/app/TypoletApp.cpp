@@ -40,7 +40,8 @@ bool TypoletApp::start() {
 
     m_mainWindow = std::make_unique<QMainWindow>();
     m_mainWindow->setObjectName(QStringLiteral("mainWindow"));
-    m_mainWindow->setWindowTitle(QStringLiteral("Typolet"));
+    // "[*]": the editor marks the window while a snippet has edits not yet saved.
+    m_mainWindow->setWindowTitle(QStringLiteral("Typolet[*]"));
     if (m_parts.makeMainView)
         m_mainWindow->setCentralWidget(m_parts.makeMainView().release());
     m_mainWindow->resize(m_mainWindow->sizeHint().expandedTo(QSize(mainWidth, mainHeight)));

@@ -126,6 +126,17 @@ int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store, Library
         note->setAttribute(Qt::WA_DeleteOnClose);
         note->open();
     });
+    editor->setSaveEditsOnLeave(preferences.saveEditsOnLeave());
+    // The category shown last time, or "All Snippets": never a view that looks empty.
+    if (const auto last = store.category(QUuid::fromString(preferences.lastCategory()));
+        last && !preferences.lastCategory().isEmpty())
+        editor->setSelectedCategory(last);
+    QObject::connect(&app, &QCoreApplication::aboutToQuit, editor, [editor, &preferences] {
+        const auto shown = editor->selectedCategory();
+        preferences.setLastCategory(shown ? shown->id.toString(QUuid::WithoutBraces) : QString());
+    });
+    QObject::connect(&preferences, &Preferences::saveEditsOnLeaveChanged, editor,
+                     &ContentView::setSaveEditsOnLeave);
     // Import and export in the File menu, for the library and the category the editor shows.
     LibraryTransfer transfer(store, *editor);
     typolet.trayController()->addLibraryActions(transfer.actions());

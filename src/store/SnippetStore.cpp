@@ -108,7 +108,8 @@ bool expandsWhileTyping(const QString& shorter, Snippet::Trigger trigger, const 
 
 SnippetStore::CommandClash SnippetStore::commandClash(const QString& command,
                                                       const QUuid& snippetId,
-                                                      Snippet::Trigger trigger) const {
+                                                      Snippet::Trigger trigger,
+                                                      const QSet<QUuid>& waiting) const {
     if (isBlankCommand(command))
         return {};
     // Two computers of a synced folder may each have given a snippet the same command: both
@@ -124,7 +125,9 @@ SnippetStore::CommandClash SnippetStore::commandClash(const QString& command,
     for (const Snippet& other : m_snippets) {
         if (other.id == snippetId || other.command == command || isBlankCommand(other.command))
             continue;
-        if (expandsWhileTyping(other.command, other.trigger, command))
+        const Snippet::Trigger otherTrigger =
+            waiting.contains(other.id) ? Snippet::Trigger::AfterWordEnd : other.trigger;
+        if (expandsWhileTyping(other.command, otherTrigger, command))
             return {tr("\u201C%1\u201D expands while \u201C%2\u201D is typed, so \u201C%2\u201D "
                        "cannot be typed.")
                         .arg(other.command, command),
@@ -147,6 +150,15 @@ std::optional<DataError> SnippetStore::addSnippet(const Snippet& snippet) {
 
 std::optional<DataError> SnippetStore::removeSnippet(const QUuid& id) {
     if (m_snippets.removeIf([&](const Snippet& s) { return s.id == id; }) == 0)
+        return std::nullopt;
+    ++m_snippetsRevision;
+    emit snippetsChanged();
+    return saved(saveSnippets());
+}
+
+std::optional<DataError> SnippetStore::removeSnippets(const QList<QUuid>& ids) {
+    const QSet<QUuid> removing(ids.cbegin(), ids.cend());
+    if (m_snippets.removeIf([&](const Snippet& s) { return removing.contains(s.id); }) == 0)
         return std::nullopt;
     ++m_snippetsRevision;
     emit snippetsChanged();
@@ -210,17 +222,49 @@ std::optional<DataError> SnippetStore::updateCategory(const Category& category,
     return saved(saveCategories());
 }
 
-std::optional<DataError> SnippetStore::deleteCategory(const Category& category) {
+std::optional<DataError> SnippetStore::moveSnippets(const QList<QUuid>& ids,
+                                                    const QUuid& categoryId) {
+    const QSet<QUuid> moving(ids.cbegin(), ids.cend());
+    QList<Snippet> snippets = m_snippets;
+    bool moved = false;
+    for (Snippet& snippet : snippets) {
+        if (moving.contains(snippet.id) && snippet.categoryId != categoryId) {
+            snippet.categoryId = categoryId;
+            moved = true;
+        }
+    }
+    if (!moved)
+        return std::nullopt;
+    setSnippets(std::move(snippets));
+    return saved(saveSnippets());
+}
+
+std::optional<DataError> SnippetStore::deleteCategory(const Category& category,
+                                                      bool keepSnippets) {
     const QUuid id = category.id; // `category` may refer into the list changed below
     if (id == Category::defaultCategoryId)
         return std::nullopt;
     QList<Snippet> snippets = m_snippets;
-    snippets.removeIf([&](const Snippet& s) { return s.categoryId == id; });
+    if (keepSnippets) {
+        for (Snippet& snippet : snippets)
+            if (snippet.categoryId == id)
+                snippet.categoryId = Category::defaultCategoryId;
+    } else {
+        snippets.removeIf([&](const Snippet& s) { return s.categoryId == id; });
+    }
     setSnippets(std::move(snippets));
     QList<Category> categories = m_categories;
     categories.removeIf([&](const Category& c) { return c.id == id; });
     setCategories(std::move(categories));
     return saved(save(true, true));
+}
+
+std::optional<Snippet> SnippetStore::snippet(const QUuid& id) const {
+    for (const Snippet& snippet : m_snippets) {
+        if (snippet.id == id)
+            return snippet;
+    }
+    return std::nullopt;
 }
 
 std::optional<Snippet> SnippetStore::snippetWithCommand(const QString& command) const {

@@ -52,11 +52,18 @@ public:
                                                           std::optional<Snippet::Trigger> trigger = std::nullopt);
     // Every snippet with that id.
     [[nodiscard]] std::optional<DataError> removeSnippet(const QUuid& id);
+    // Every snippet with one of these ids, as one change saved once.
+    [[nodiscard]] std::optional<DataError> removeSnippets(const QList<QUuid>& ids);
     [[nodiscard]] std::optional<DataError> addCategory(const QString& name);
     [[nodiscard]] std::optional<DataError> updateCategory(const Category& category,
                                                           const QString& newName);
-    // The category and its snippets; the default category stays.
-    [[nodiscard]] std::optional<DataError> deleteCategory(const Category& category);
+    // The category and its snippets; the default category stays. With `keepSnippets` its
+    // snippets move to the default category instead, in the same save.
+    [[nodiscard]] std::optional<DataError> deleteCategory(const Category& category,
+                                                          bool keepSnippets = false);
+    // Puts the snippets with these ids in the category, as one change saved once.
+    [[nodiscard]] std::optional<DataError> moveSnippets(const QList<QUuid>& ids,
+                                                        const QUuid& categoryId);
     // Everything `plan` adds, as one change saved once. The plan's categories are matched to
     // existing ones by name, ignoring case, and created when missing (unless every candidate
     // of theirs is skipped); a candidate whose category is neither in the plan nor in the
@@ -100,8 +107,10 @@ public:
         QString shorterCommand;
         QUuid shorterId; // null when the shorter one is `command` itself
     };
+    // Snippets in `waiting` count as waiting for a word end (a cure chosen but not yet made).
     CommandClash commandClash(const QString& command, const QUuid& snippetId,
-                              Snippet::Trigger trigger = Snippet::Trigger::Immediately) const;
+                              Snippet::Trigger trigger = Snippet::Trigger::Immediately,
+                              const QSet<QUuid>& waiting = {}) const;
 
     // Only blanks, or nothing: never a command.
     static bool isBlankCommand(const QString& command);
@@ -118,6 +127,8 @@ public:
         return m_categoryIds.contains(snippet.categoryId) ? snippet.categoryId
                                                           : Category::defaultCategoryId;
     }
+    // The first snippet with this id.
+    std::optional<Snippet> snippet(const QUuid& id) const;
     // The first snippet with this command.
     std::optional<Snippet> snippetWithCommand(const QString& command) const;
 

@@ -47,7 +47,8 @@ AddCategoryDialog::AddCategoryDialog(SnippetStore& store, AddHandler onAdd,
     m_nameFrame = new InputFieldFrame(8, 10, this);
     m_nameFrame->row()->addWidget(
         FormParts::symbol(QStringLiteral("folder"), 16, QColor(), m_nameFrame));
-    m_nameField = new FocusableTextField(tr("Enter category name..."), m_nameFrame);
+    m_nameField = new FocusableTextField(tr("Enter category name\u2026"), m_nameFrame);
+    m_nameField->setAccessibleName(tr("Category name"));
     m_nameField->setObjectName(QStringLiteral("nameField"));
     m_nameField->setFont(UiTheme::body());
     m_nameFrame->row()->addWidget(m_nameField, 1);
@@ -67,6 +68,11 @@ AddCategoryDialog::AddCategoryDialog(SnippetStore& store, AddHandler onAdd,
     root->addWidget(footer.band);
 
     connect(m_addButton, &QAbstractButton::clicked, this, &AddCategoryDialog::add);
+    // One field: Return submits it, as Ctrl+Return does.
+    connect(m_nameField, &QLineEdit::returnPressed, this, [this] {
+        if (m_addButton->isEnabled())
+            m_addButton->click();
+    });
     connect(m_nameField, &FocusableTextField::editingChanged, this, [this](bool editing) {
         m_isNameFieldFocused = editing;
         m_nameFrame->setHighlighted(editing);

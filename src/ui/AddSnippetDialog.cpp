@@ -55,11 +55,10 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
         tr("Command"),
         tr("Enter a unique shortcut command that will expand to your content"), this));
     m_commandFrame = new InputFieldFrame(8, 10, this);
-    m_commandFrame->row()->addWidget(
-        FormParts::symbol(QStringLiteral("command"), 16, QColor(), m_commandFrame));
     m_commandField =
         new FocusableTextField(tr("Enter shortcut (e.g. ;hello)"), m_commandFrame);
     m_commandField->setObjectName(QStringLiteral("commandField"));
+    m_commandField->setAccessibleName(tr("Command"));
     m_commandField->setFont(UiTheme::body());
     m_commandFrame->row()->addWidget(m_commandField, 1);
     commandSection->addWidget(m_commandFrame);
@@ -83,12 +82,13 @@ AddSnippetDialog::AddSnippetDialog(SnippetStore& store, const QUuid& categoryId,
     contentFrame->setMaximumHeight(140);
     m_contentEditor = new CustomTextEditor(contentFrame);
     m_contentEditor->setObjectName(QStringLiteral("contentEditor"));
+    m_contentEditor->setAccessibleName(tr("Content"));
     m_contentEditor->setFont(UiTheme::system(13));
     contentFrame->row()->addWidget(m_contentEditor);
     m_placeholders = new PlaceholderBar(m_contentEditor, this);
     contentFrame->row()->addWidget(m_placeholders->menuButton(), 0, Qt::AlignTop);
     // Where the first typed line appears: just inside the editor's first line.
-    m_contentPlaceholder = FormParts::secondaryText(tr("Enter your content here..."),
+    m_contentPlaceholder = FormParts::secondaryText(tr("Enter your content here\u2026"),
                                                     UiTheme::body(), contentFrame);
     m_contentPlaceholder->setObjectName(QStringLiteral("contentPlaceholder"));
     m_contentPlaceholder->setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -161,6 +161,7 @@ void AddSnippetDialog::add() {
         setShowingDuplicateError(true);
         return;
     }
+    FormParts::refused(m_triggerOption->applyChosenCure(), this);
     if (m_onAdded)
         m_onAdded(snippet);
     accept();

@@ -16,12 +16,15 @@ QSize CategoryRowDelegate::sizeHint(const QStyleOptionViewItem&, const QModelInd
 
 void CategoryRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                                 const QModelIndex&) const {
-    if (!(option.state & QStyle::State_Selected))
+    if (!(option.state & QStyle::State_Selected)) {
+        UiTheme::drawRowFocus(painter, option);
         return;
+    }
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
     QPainterPath shape;
     shape.addRoundedRect(QRectF(option.rect).adjusted(6, 1, -6, -1), 6, 6);
-    painter->fillPath(shape, UiTheme::accent(option.widget));
+    painter->fillPath(shape, UiTheme::selectionFill(option.palette));
     painter->restore();
+    UiTheme::drawRowFocus(painter, option);
 }

@@ -92,16 +92,15 @@ void CategoryRowView::applyColors() {
     const QPalette& palette = this->palette();
     const QColor accent = UiTheme::accent(this);
     const QColor onSelection = palette.color(QPalette::Active, QPalette::HighlightedText);
-    m_folder->setColor(m_isSelected ? QColor(Qt::white) : accent);
+    const QColor window = palette.color(QPalette::Window);
+    m_folder->setColor(m_isSelected ? onSelection : accent);
     m_name->setColor(m_isSelected ? onSelection : palette.color(QPalette::WindowText));
-    QColor secondary = m_isSelected ? onSelection : UiTheme::secondaryText(this);
-    if (m_isSelected)
-        secondary.setAlphaF(0.8f);
-    m_count->setColor(secondary);
+    m_count->setColor(m_isSelected ? onSelection : UiTheme::secondaryText(this));
     if (m_editButton)
-        m_editButton->setColor(m_isSelected ? QColor(Qt::white) : accent);
+        m_editButton->setColor(m_isSelected ? onSelection : UiTheme::readable(accent, window));
     if (m_deleteButton)
-        m_deleteButton->setColor(m_isSelected ? QColor(Qt::white) : UiTheme::red());
+        m_deleteButton->setColor(m_isSelected ? onSelection
+                                              : UiTheme::readable(UiTheme::red(), window));
 }
 
 void CategoryRowView::changeEvent(QEvent* event) {
@@ -132,5 +131,17 @@ void CategoryRowView::showDeleteAlert() {
     connect(confirm, &QAbstractButton::clicked, store, [store, category, window] {
         FormParts::refused(store->deleteCategory(category), window);
     });
+    // Its snippets may live on in the default category; that is the answer Return gives.
+    if (m_snippetCount > 0) {
+        const QString fallback =
+            store->category(Category::defaultCategoryId).value_or(Category::defaultCategory()).name;
+        QPushButton* keep = m_deleteAlert->addButton(
+            tr("Move Snippets to \u201C%1\u201D").arg(fallback), QMessageBox::AcceptRole);
+        keep->setObjectName(QStringLiteral("alertKeepButton"));
+        m_deleteAlert->setDefaultButton(keep);
+        connect(keep, &QAbstractButton::clicked, store, [store, category, window] {
+            FormParts::refused(store->deleteCategory(category, true), window);
+        });
+    }
     m_deleteAlert->open();
 }

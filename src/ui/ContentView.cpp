@@ -18,6 +18,9 @@
 #include "UiTheme.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QToolButton>
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QLineEdit>
@@ -64,6 +67,8 @@ ContentView::ContentView(SnippetStore& store, QWidget* parent)
       m_snippetModel(new SnippetListModel(store, this)),
       m_filterModel(new SnippetFilterModel(*m_snippetModel, this)) {
     setObjectName(QStringLiteral("contentView"));
+    // Marked while the shown snippet has edits not yet saved (also as a window of its own).
+    setWindowTitle(QStringLiteral("Typolet[*]"));
     auto* outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
     outer->setSpacing(0);
@@ -75,7 +80,10 @@ ContentView::ContentView(SnippetStore& store, QWidget* parent)
     m_problemBanner->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::LinksAccessibleByMouse |
                                              Qt::LinksAccessibleByKeyboard);
     m_problemBanner->setContentsMargins(12, 8, 12, 8);
-    m_problemBanner->setStyleSheet(QStringLiteral("background: #fff3cd; color: #664d03;"));
+    // The desktop's own colours for a note that stands apart from the window.
+    m_problemBanner->setAutoFillBackground(true);
+    m_problemBanner->setBackgroundRole(QPalette::ToolTipBase);
+    m_problemBanner->setForegroundRole(QPalette::ToolTipText);
     m_problemBanner->setVisible(false);
     outer->addWidget(m_problemBanner);
     // The link offered while damaged records have no copy anywhere: saving writes over them.
@@ -120,6 +128,7 @@ ContentView::ContentView(SnippetStore& store, QWidget* parent)
             &ContentView::updateCategoryCounts);
 
     rebuildCategoryRows();
+    updatePlaceholder();
     setSelectedCategory({});
 }
 
@@ -173,6 +182,12 @@ QWidget* ContentView::buildSidebar() {
     column->addLayout(header);
 
     m_categoryList = new QListView(sidebar);
+    m_categoryList->setAccessibleName(tr("Categories"));
+    // Snippets dragged from the middle column land on a category.
+    m_categoryList->setDragDropMode(QAbstractItemView::DropOnly);
+    m_categoryList->setDropIndicatorShown(true);
+    // Delete deletes the category after the question, F2 renames it.
+    m_categoryList->installEventFilter(this);
     m_categoryList->setObjectName(QStringLiteral("categoryList"));
     styleList(m_categoryList);
     m_categoryList->setItemDelegate(new CategoryRowDelegate(m_categoryList));
@@ -211,6 +226,11 @@ QWidget* ContentView::buildSnippetColumn() {
     m_searchField->setMaximumWidth(200);
     m_searchField->setMaxLength(std::numeric_limits<int>::max());
     m_searchField->setClearButtonEnabled(true);
+    m_searchField->setAccessibleName(tr("Search snippets"));
+    for (QToolButton* clear : m_searchField->findChildren<QToolButton*>())
+        clear->setAccessibleName(tr("Clear search"));
+    // Escape clears the search, Down goes on into the results.
+    m_searchField->installEventFilter(this);
     header->addWidget(m_searchField);
     m_addSnippetButton =
         iconButton(QStringLiteral("plus.circle.fill"), tr("Add Snippet"), panel);
@@ -219,12 +239,30 @@ QWidget* ContentView::buildSnippetColumn() {
     column->addLayout(header);
 
     m_snippetList = new QListView(panel);
+    m_snippetList->setAccessibleName(tr("Snippets"));
+    m_snippetList->setDragDropMode(QAbstractItemView::DragOnly);
+    m_snippetList->setDefaultDropAction(Qt::MoveAction);
+    m_snippetList->setContextMenuPolicy(Qt::CustomContextMenu);
+    m_snippetList->installEventFilter(this); // Delete
+    connect(m_snippetList, &QWidget::customContextMenuRequested, this,
+            [this](const QPoint& at) { showSnippetMenu(m_snippetList->viewport()->mapToGlobal(at)); });
     m_snippetList->setObjectName(QStringLiteral("snippetList"));
     styleList(m_snippetList);
+    // Several at once (Ctrl, Shift) to drag onto a category or move from the context menu.
+    m_snippetList->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_snippetList->setItemDelegate(
         new SnippetRowDelegate([this](const QUuid& id) { requestDelete(id); }, m_snippetList));
     m_snippetList->setModel(m_filterModel);
     column->addWidget(m_snippetList, 1);
+    m_elsewhereButton = new QPushButton(panel);
+    m_elsewhereButton->setObjectName(QStringLiteral("elsewhereButton"));
+    m_elsewhereButton->setFlat(true);
+    m_elsewhereButton->setVisible(false);
+    column->addWidget(m_elsewhereButton, 0, Qt::AlignHCenter);
+    connect(m_elsewhereButton, &QAbstractButton::clicked, this, [this] {
+        setSelectedCategory(std::nullopt);
+        m_snippetList->setFocus(Qt::OtherFocusReason);
+    });
 
     connect(m_searchField, &QLineEdit::textChanged, this, &ContentView::setSearchText);
     connect(m_addSnippetButton, &QAbstractButton::clicked, this, &ContentView::showAddSheet);
@@ -240,6 +278,7 @@ QWidget* ContentView::buildDetailPane() {
         tr("Select a snippet to view details"), UiTheme::body(), m_detailStack);
     m_detailPlaceholder->setObjectName(QStringLiteral("detailPlaceholder"));
     m_detailPlaceholder->setAlignment(Qt::AlignCenter);
+    m_detailPlaceholder->setWordWrap(true);
     m_detailStack->addWidget(m_detailPlaceholder);
     return m_detailStack;
 }
@@ -274,22 +313,41 @@ void ContentView::setSelectedCategory(std::optional<Category> category) {
     m_selectedCategory = std::move(category);
     m_title->setText(m_selectedCategory ? m_selectedCategory->name
                                         : tr("All Snippets"));
-    m_addSnippetButton->setEnabled(m_selectedCategory.has_value());
     {
         QScopedValueRollback guard(m_syncing, true);
         m_filterModel->setCategoryFilter(
             m_selectedCategory ? std::optional<QUuid>(m_selectedCategory->id) : std::nullopt);
     }
     syncCategorySelection();
+    dropHiddenSnippet();
     syncSnippetSelection();
+    updateElsewhereCount();
     emit selectionChanged();
+}
+
+bool ContentView::isShown(const Snippet& snippet) const {
+    const int sourceRow = m_snippetModel->rowOf(snippet.id);
+    return sourceRow >= 0 && m_filterModel->mapFromSource(m_snippetModel->index(sourceRow)).isValid();
+}
+
+void ContentView::dropHiddenSnippet() {
+    // The detail pane shows only what the list shows; edits not yet saved stay in view.
+    if (!m_selectedSnippet || isShown(*m_selectedSnippet) ||
+        (m_detailView && m_detailView->isEdited()))
+        return;
+    m_selectedSnippet.reset();
+    updateDetailPane();
 }
 
 void ContentView::setSelectedSnippet(std::optional<Snippet> snippet) {
     m_selectedSnippet = std::move(snippet);
-    // The category follows the snippet; clearing the snippet leaves the category alone.
-    if (m_selectedSnippet)
-        setSelectedCategory(m_store.category(m_store.shownCategoryId(*m_selectedSnippet)));
+    // A snippet the list hides brings its category (or, with a search, every snippet) along;
+    // clearing the snippet leaves the category alone.
+    if (m_selectedSnippet && !isShown(*m_selectedSnippet)) {
+        const std::optional<Category> own =
+            m_store.category(m_store.shownCategoryId(*m_selectedSnippet));
+        setSelectedCategory(m_searchText.isEmpty() ? own : std::nullopt);
+    }
     syncSnippetSelection();
     updateDetailPane();
     emit selectionChanged();
@@ -303,12 +361,37 @@ void ContentView::setSearchText(const QString& text) {
         QScopedValueRollback guard(m_syncing, true);
         m_filterModel->setSearchText(text);
     }
+    dropHiddenSnippet();
     syncSnippetSelection();
+    updateElsewhereCount();
+}
+
+int ContentView::matchesElsewhere() const {
+    if (!m_selectedCategory || m_searchText.isEmpty())
+        return 0;
+    int matching = 0;
+    for (const Snippet& snippet : m_store.snippets())
+        if (SnippetFilterModel::matches(snippet.command, snippet.content, m_searchText))
+            ++matching;
+    return matching - m_filterModel->rowCount();
+}
+
+void ContentView::updateElsewhereCount() {
+    const int elsewhere = matchesElsewhere();
+    m_elsewhereButton->setText(tr("%n more in other categories", nullptr, elsewhere));
+    m_elsewhereButton->setVisible(elsewhere > 0);
+}
+
+void ContentView::updatePlaceholder() {
+    m_detailPlaceholder->setText(m_store.snippets().isEmpty()
+                                     ? tr("Add a snippet, then type its command anywhere")
+                                     : tr("Select a snippet to view details"));
 }
 
 void ContentView::syncCategorySelection() {
     QScopedValueRollback guard(m_syncing, true);
-    const int row = m_selectedCategory ? m_categoryModel->rowOf(m_selectedCategory->id) : -1;
+    const int row = m_selectedCategory ? m_categoryModel->rowOf(m_selectedCategory->id)
+                                       : CategoryListModel::allSnippetsRow;
     QItemSelectionModel* selection = m_categoryList->selectionModel();
     if (row < 0) {
         selection->clearSelection();
@@ -335,7 +418,10 @@ void ContentView::syncSnippetSelection() {
         selection->clearSelection();
         return;
     }
-    selection->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    // One of several selected keeps the others selected.
+    selection->setCurrentIndex(index, selection->isSelected(index)
+                                          ? QItemSelectionModel::NoUpdate
+                                          : QItemSelectionModel::ClearAndSelect);
     m_snippetList->scrollTo(index);
 }
 
@@ -343,20 +429,75 @@ void ContentView::userSelectedCategory() {
     if (m_syncing)
         return;
     const QModelIndexList rows = m_categoryList->selectionModel()->selectedRows();
-    setSelectedCategory(rows.isEmpty() ? std::nullopt
-                                       : m_categoryModel->categoryAt(rows.first().row()));
+    const std::optional<Category> category =
+        rows.isEmpty() ? std::nullopt : m_categoryModel->categoryAt(rows.first().row());
+    const std::optional<QUuid> id =
+        category ? std::optional<QUuid>(category->id) : std::nullopt;
+    const auto go = [this, id] { setSelectedCategory(id ? m_store.category(*id) : std::nullopt); };
+    // Only a category that hides the snippet being edited leaves it.
+    if (!id || !m_selectedSnippet || m_store.shownCategoryId(*m_selectedSnippet) == *id) {
+        go();
+        return;
+    }
+    leaveEditsThen(go);
 }
 
 void ContentView::userSelectedSnippet() {
     if (m_syncing)
         return;
-    const QModelIndexList rows = m_snippetList->selectionModel()->selectedRows();
-    if (rows.isEmpty()) {
-        setSelectedSnippet(std::nullopt);
+    // Of several selected, the detail pane shows the one the keyboard or mouse is on.
+    const QItemSelectionModel* selection = m_snippetList->selectionModel();
+    const QModelIndexList rows = selection->selectedRows();
+    const QModelIndex shown = selection->isSelected(selection->currentIndex())
+                                  ? selection->currentIndex()
+                                  : (rows.isEmpty() ? QModelIndex() : rows.first());
+    const QUuid id = shown.isValid()
+                         ? m_snippetModel->snippetAt(m_filterModel->mapToSource(shown).row()).id
+                         : QUuid();
+    if (m_selectedSnippet && m_selectedSnippet->id == id)
+        return;
+    leaveEditsThen([this, id] { setSelectedSnippet(m_store.snippet(id)); });
+}
+
+void ContentView::leaveEditsThen(std::function<void()> go) {
+    if (!m_detailView || !m_detailView->isEdited()) {
+        go();
         return;
     }
-    setSelectedSnippet(
-        m_snippetModel->snippetAt(m_filterModel->mapToSource(rows.first()).row()));
+    // The lists show the snippet being edited until the edits are settled; the question comes
+    // once the click has finished with the list.
+    syncCategorySelection();
+    syncSnippetSelection();
+    QTimer::singleShot(0, this, [this, go = std::move(go)] {
+        if (settleEdits())
+            go();
+    });
+}
+
+bool ContentView::settleEdits() {
+    if (!m_detailView || !m_detailView->isEdited() || !m_selectedSnippet)
+        return true;
+    if (m_saveEditsOnLeave)
+        return m_detailView->save();
+    QMessageBox question(QMessageBox::Warning, unsavedTitle(),
+                         tr("Do you want to save the changes to \u201C%1\u201D?")
+                             .arg(m_store.snippet(m_detailView->snippetId())
+                                      .value_or(*m_selectedSnippet)
+                                      .command),
+                         QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, window());
+    question.setInformativeText(tr("If you don't save, your changes are lost."));
+    question.setDefaultButton(QMessageBox::Save);
+    question.setEscapeButton(QMessageBox::Cancel);
+    question.setWindowModality(Qt::WindowModal);
+    switch (question.exec()) {
+    case QMessageBox::Save:
+        return m_detailView->save();
+    case QMessageBox::Discard:
+        m_detailView->revert();
+        return true;
+    default:
+        return false;
+    }
 }
 
 void ContentView::updateDetailPane() {
@@ -374,6 +515,8 @@ void ContentView::updateDetailPane() {
             },
             m_detailStack);
         m_detailStack->addWidget(m_detailView);
+        connect(m_detailView, &SnippetDetailView::editedChanged, this,
+                [this](bool edited) { window()->setWindowModified(edited); });
     } else {
         m_detailView->setSnippet(*m_selectedSnippet);
     }
@@ -386,19 +529,25 @@ void ContentView::rebuildCategoryRows() {
     // Rows are widgets (they carry buttons, sheets and alerts); categories are few.
     for (int row = 0; row < m_categoryModel->rowCount(); ++row) {
         const QModelIndex index = m_categoryModel->index(row);
-        const Category category = *m_categoryModel->categoryAt(row);
-        auto* rowView = new CategoryRowView(m_store, category,
-                                            m_categoryModel->snippetCount(category.id));
+        const std::optional<Category> category = m_categoryModel->categoryAt(row);
+        // "All Snippets" is shown like a category that cannot be renamed or deleted.
+        auto* rowView =
+            category ? new CategoryRowView(m_store, *category,
+                                           m_categoryModel->snippetCount(category->id))
+                     : new CategoryRowView(m_store, Category(Category::defaultCategoryId,
+                                                             tr("All Snippets"), 0),
+                                           m_categoryModel->totalCount());
         m_categoryList->setIndexWidget(index, rowView);
     }
 }
 
 void ContentView::updateCategoryCounts() {
     for (int row = 0; row < m_categoryModel->rowCount(); ++row) {
+        const std::optional<Category> category = m_categoryModel->categoryAt(row);
         if (auto* rowView = qobject_cast<CategoryRowView*>(
                 m_categoryList->indexWidget(m_categoryModel->index(row))))
-            rowView->setSnippetCount(
-                m_categoryModel->snippetCount(m_categoryModel->categoryAt(row)->id));
+            rowView->setSnippetCount(category ? m_categoryModel->snippetCount(category->id)
+                                              : m_categoryModel->totalCount());
     }
 }
 
@@ -412,6 +561,8 @@ void ContentView::categoriesChanged() {
 }
 
 void ContentView::snippetsChanged() {
+    updatePlaceholder();
+    updateElsewhereCount();
     if (m_selectedSnippet && m_snippetModel->rowOf(m_selectedSnippet->id) < 0) {
         // Deleted with its category, or elsewhere: there is nothing left to show.
         m_selectedSnippet.reset();
@@ -423,14 +574,8 @@ void ContentView::snippetsChanged() {
 
 // ---- actions
 
-void ContentView::showEvent(QShowEvent* event) {
-    QWidget::showEvent(event);
-    if (!m_selectedCategory && !m_store.categories().isEmpty())
-        setSelectedCategory(m_store.categories().first());
-}
-
 void ContentView::showAddSheet() {
-    if (showingAddSheet() || !m_selectedCategory)
+    if (showingAddSheet() || !settleEdits())
         return;
     m_addSheet = new AddSnippetDialog(
         m_store, m_selectedCategory ? m_selectedCategory->id : Category::defaultCategoryId,
@@ -453,6 +598,112 @@ void ContentView::showAddCategorySheet() {
     m_addCategorySheet->setAttribute(Qt::WA_DeleteOnClose);
     m_addCategorySheet->open();
     m_addCategorySheet->nameField()->setFocus(Qt::OtherFocusReason);
+}
+
+QList<QUuid> ContentView::selectedSnippetIds() const {
+    QList<QUuid> ids;
+    const QModelIndexList rows = m_snippetList->selectionModel()->selectedRows();
+    for (const QModelIndex& row : rows)
+        ids.append(m_snippetModel->snippetAt(m_filterModel->mapToSource(row).row()).id);
+    if (ids.isEmpty() && m_selectedSnippet)
+        ids.append(m_selectedSnippet->id);
+    return ids;
+}
+
+void ContentView::moveSelection(const QUuid& categoryId) {
+    FormParts::refused(m_store.moveSnippets(selectedSnippetIds(), categoryId), window());
+}
+
+QMenu* ContentView::snippetMenu() {
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    QMenu* moveTo = menu->addMenu(tr("Move to"));
+    moveTo->setObjectName(QStringLiteral("moveToMenu"));
+    const QList<QUuid> ids = selectedSnippetIds();
+    for (const Category& category : m_store.categories()) {
+        QAction* action = moveTo->addAction(category.name);
+        action->setData(category.id);
+        // Where every selected snippet already is: nothing to move.
+        bool allThere = !ids.isEmpty();
+        for (const QUuid& id : ids)
+            if (const auto snippet = m_store.snippet(id); snippet && m_store.shownCategoryId(*snippet) != category.id)
+                allThere = false;
+        action->setEnabled(!allThere);
+        connect(action, &QAction::triggered, this,
+                [this, id = category.id] { moveSelection(id); });
+    }
+    moveTo->setEnabled(!ids.isEmpty());
+    menu->addSeparator();
+    QAction* remove = menu->addAction(tr("Delete\u2026"));
+    remove->setEnabled(!ids.isEmpty());
+    connect(remove, &QAction::triggered, this, &ContentView::deleteSelection);
+    return menu;
+}
+
+void ContentView::showSnippetMenu(const QPoint& globalPosition) {
+    snippetMenu()->popup(globalPosition);
+}
+
+bool ContentView::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_searchField && event->type() == QEvent::KeyPress) {
+        const auto* press = static_cast<QKeyEvent*>(event);
+        if (press->key() == Qt::Key_Escape && !m_searchField->text().isEmpty()) {
+            setSearchText(QString());
+            return true;
+        }
+        if (press->key() == Qt::Key_Down && m_filterModel->rowCount() > 0) {
+            m_snippetList->setFocus(Qt::TabFocusReason);
+            if (!m_snippetList->selectionModel()->hasSelection())
+                m_snippetList->selectionModel()->setCurrentIndex(
+                    m_filterModel->index(0, 0), QItemSelectionModel::ClearAndSelect);
+            return true;
+        }
+    }
+    if ((watched == m_snippetList || watched == m_categoryList) &&
+        event->type() == QEvent::KeyPress) {
+        const auto* press = static_cast<QKeyEvent*>(event);
+        if (press->key() == Qt::Key_Delete && press->modifiers() == Qt::NoModifier) {
+            if (watched == m_snippetList)
+                deleteSelection();
+            else if (CategoryRowView* row =
+                         m_selectedCategory ? categoryRow(m_selectedCategory->id) : nullptr)
+                row->showDeleteAlert();
+            return true;
+        }
+        if (watched == m_categoryList && press->key() == Qt::Key_F2 && m_selectedCategory) {
+            if (CategoryRowView* row = categoryRow(m_selectedCategory->id))
+                row->showEditSheet();
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void ContentView::deleteSelection() {
+    if (m_categoryList->hasFocus()) {
+        if (m_selectedCategory) {
+            if (CategoryRowView* row = categoryRow(m_selectedCategory->id))
+                row->showDeleteAlert();
+        }
+        return;
+    }
+    const QList<QUuid> ids = selectedSnippetIds();
+    if (ids.size() == 1)
+        requestDelete(ids.first());
+    else if (ids.size() > 1 && !showingDeleteAlert())
+        requestDeleteMany(ids);
+}
+
+void ContentView::requestDeleteMany(const QList<QUuid>& ids) {
+    m_deleteAlert = FormParts::deleteAlert(
+        tr("Confirm Delete"),
+        tr("Are you sure you want to delete %n snippet(s)?", nullptr, int(ids.size())), window());
+    auto* confirm = m_deleteAlert->findChild<QPushButton*>(QStringLiteral("alertDeleteButton"));
+    connect(confirm, &QAbstractButton::clicked, this, [this, ids] {
+        FormParts::refused(m_store.removeSnippets(ids), window());
+        setSelectedSnippet(std::nullopt);
+    });
+    m_deleteAlert->open();
 }
 
 void ContentView::requestDelete(const QUuid& snippetId) {

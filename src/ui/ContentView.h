@@ -8,6 +8,7 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QWidget>
+#include <functional>
 #include <optional>
 
 class CategoryListModel;
@@ -17,6 +18,8 @@ class PlainButton;
 class QLabel;
 class QLineEdit;
 class QListView;
+class QMenu;
+class QPushButton;
 class QStackedWidget;
 class SnippetStore;
 class SnippetDetailView;
@@ -28,9 +31,11 @@ class SnippetListModel;
 // editor on the right. It owns the selection, the search text, the sheets that add snippets
 // and categories, and the confirmation before a snippet is deleted.
 //
-// Selection rules: selecting a snippet selects its category too (none when the category does
-// not exist, which shows "All Snippets"); when shown with no category selected the first one
-// is selected; a category just added becomes the selection once its sheet has closed.
+// Selection rules: "All Snippets", the first row of the category list, stands for no category
+// and is where the window starts. Selecting a snippet the list hides selects its category
+// too; the detail pane never shows a snippet the list hides (unless it has edits not yet
+// saved); a category just added becomes the selection once its sheet has closed. A search in
+// one category says how many snippets match in the others.
 class ContentView : public QWidget {
     Q_OBJECT
 public:
@@ -61,8 +66,26 @@ public:
     }
     bool showingDeleteAlert() const { return m_deleteAlert && m_deleteAlert->isVisible(); }
 
+    // Settles edits of the shown snippet that are not saved yet, before the user leaves it or
+    // the program ends: saved at once when the user chose so, otherwise the user is asked to
+    // save, discard or cancel. True when the user may go on (nothing is left unsaved).
+    bool settleEdits();
+    // Edits are saved without a question when the user leaves a snippet.
+    void setSaveEditsOnLeave(bool save) { m_saveEditsOnLeave = save; }
+    bool savesEditsOnLeave() const { return m_saveEditsOnLeave; }
+    static QString unsavedTitle() { return tr("Unsaved Changes"); }
+
     void showAddSheet();
     void showAddCategorySheet();
+    // The snippets selected in the middle column (the shown one when none is).
+    QList<QUuid> selectedSnippetIds() const;
+    // Puts the selected snippets in the category.
+    void moveSelection(const QUuid& categoryId);
+    // The snippet list's context menu ("Move to", "Delete…"), for the selection as it is.
+    QMenu* snippetMenu();
+    // Deletes what is selected, after the question: the category while the category list has
+    // the keyboard, otherwise the snippet.
+    void deleteSelection();
     // Asks for confirmation before deleting the snippet with this id.
     void requestDelete(const QUuid& snippetId);
 
@@ -80,11 +103,16 @@ public:
     AddCategoryDialog* addCategorySheet() const { return m_addCategorySheet; }
     QMessageBox* deleteAlert() const { return m_deleteAlert; }
 
+    // "N more in other categories" under a search in one category; selects "All Snippets".
+    QPushButton* elsewhereButton() const { return m_elsewhereButton; }
+    // Snippets that match the search outside the selected category.
+    int matchesElsewhere() const;
+
 signals:
     void selectionChanged();
 
 protected:
-    void showEvent(QShowEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     // Shows a problem with the library file above everything else, until the window closes.
@@ -103,8 +131,16 @@ private:
     void syncCategorySelection();
     void syncSnippetSelection();
     void updateDetailPane();
+    void showSnippetMenu(const QPoint& globalPosition);
+    void requestDeleteMany(const QList<QUuid>& ids);
+    bool isShown(const Snippet& snippet) const;
+    void dropHiddenSnippet();
+    void updateElsewhereCount();
+    void updatePlaceholder();
     void userSelectedCategory();
     void userSelectedSnippet();
+    // Once the edits are settled (asked after the click that left them has finished), `go`.
+    void leaveEditsThen(std::function<void()> go);
 
     SnippetStore& m_store;
     CategoryListModel* m_categoryModel;
@@ -116,6 +152,7 @@ private:
     std::optional<Snippet> m_snippetToDelete;
     QString m_searchText;
     bool m_syncing = false; // selection is being set by the program, not the user
+    bool m_saveEditsOnLeave = false;
 
     QListView* m_categoryList = nullptr;
     PlainButton* m_addCategoryButton = nullptr;
@@ -123,6 +160,7 @@ private:
     QLineEdit* m_searchField = nullptr;
     PlainButton* m_addSnippetButton = nullptr;
     QListView* m_snippetList = nullptr;
+    QPushButton* m_elsewhereButton = nullptr;
     QStackedWidget* m_detailStack = nullptr;
     QLabel* m_detailPlaceholder = nullptr;
     QLabel* m_problemBanner = nullptr;

@@ -1,5 +1,7 @@
 #include "CustomTextEditor.h"
 
+#include <QKeyEvent>
+
 #include <QEvent>
 #include <QScrollBar>
 
@@ -10,6 +12,8 @@ CustomTextEditor::CustomTextEditor(QWidget* parent) : QPlainTextEdit(parent) {
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     setUndoRedoEnabled(true);
+    // Tab belongs to the keyboard's way through the form, not to the text.
+    setTabChangesFocus(true);
     setBackgroundVisible(false);
     document()->setDocumentMargin(0);
     setViewportMargins(0, verticalInset, 0, verticalInset);
@@ -62,4 +66,14 @@ void CustomTextEditor::setText(const QString& text) {
     m_settingText = true;
     setPlainText(text);
     m_settingText = false;
+}
+
+void CustomTextEditor::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Tab && event->modifiers() == Qt::ControlModifier &&
+        !isReadOnly()) {
+        insertPlainText(QStringLiteral("\t"));
+        event->accept();
+        return;
+    }
+    QPlainTextEdit::keyPressEvent(event);
 }

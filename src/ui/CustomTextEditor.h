@@ -2,7 +2,7 @@
 
 #include <QPlainTextEdit>
 
-// The multi-line editor for snippet content: plain text only (pasted styled text arrives as
+// The multi-line editor for snippet content (Tab leaves it, Ctrl+Tab types a tab): plain text only (pasted styled text arrives as
 // plain text), undo and redo, lines wrapped at the editor's width so there is never a
 // horizontal scroller, a vertical scroller only while the text is taller than the editor, and
 // no border or background of its own (the form draws those). The text sits 8 pixels below the
@@ -24,6 +24,10 @@ public:
 
     QString text() const;
     void setText(const QString& text);
+
+protected:
+    // Tab moves on to the next control; Ctrl+Tab types a tab character.
+    void keyPressEvent(QKeyEvent* event) override;
 
 signals:
     // The user changed the text (typing, pasting, undo); not emitted by setText().

@@ -71,6 +71,11 @@ EditCategoryDialog::EditCategoryDialog(SnippetStore& store, Category category,
     root->addWidget(footer);
 
     connect(m_cancelButton, &QAbstractButton::clicked, this, &QDialog::reject);
+    // One field: Return submits it, as Ctrl+Return does.
+    connect(m_nameField, &QLineEdit::returnPressed, this, [this] {
+        if (m_saveButton->isEnabled())
+            m_saveButton->click();
+    });
     connect(m_saveButton, &QAbstractButton::clicked, this, &EditCategoryDialog::save);
     const auto updateSave = [this] {
         m_saveButton->setEnabled(!name().isEmpty() && name() != m_category.name);

@@ -25,14 +25,18 @@ QLabel* FormParts::text(const QString& text, const QFont& font, QWidget* parent)
 
 QLabel* FormParts::secondaryText(const QString& text, const QFont& font, QWidget* parent) {
     QLabel* label = FormParts::text(text, font, parent);
-    label->setForegroundRole(UiTheme::secondaryTextRole);
+    UiTheme::setForeground(label, UiTheme::secondaryLabel(parent ? parent->palette()
+                                                                 : label->palette()));
     return label;
 }
 
 QLabel* FormParts::coloredText(const QString& text, const QFont& font, const QColor& color,
                                QWidget* parent) {
     QLabel* label = FormParts::text(text, font, parent);
-    UiTheme::setForeground(label, color);
+    // The hue says what it is (an error, a warning); it is deepened until it reads.
+    UiTheme::setForeground(
+        label, UiTheme::readable(color, (parent ? parent->palette() : label->palette())
+                                            .color(QPalette::Window)));
     return label;
 }
 
@@ -72,7 +76,9 @@ QPushButton* FormParts::primaryButton(const QString& symbolName, const QString& 
                                       int labelMinimumWidth) {
     auto* button = new QPushButton(text, parent);
     button->setIcon(
-        QIcon(SymbolImage::pixmap(symbolName, 14, Qt::white, button->devicePixelRatioF())));
+        QIcon(SymbolImage::pixmap(symbolName, 14,
+                                  button->palette().color(QPalette::Active, QPalette::HighlightedText),
+                                  button->devicePixelRatioF())));
     button->setIconSize(QSize(14, 14));
     button->setFont(UiTheme::system(14));
     PrimaryButtonStyle::apply(button, labelPadding, iconSpacing, labelMinimumWidth);
@@ -116,7 +122,8 @@ QMessageBox* FormParts::deleteAlert(const QString& title, const QString& message
     deleteButton->setObjectName(QStringLiteral("alertDeleteButton"));
     QPushButton* cancel = alert->addButton(tr("Cancel"), QMessageBox::RejectRole);
     cancel->setObjectName(QStringLiteral("alertCancelButton"));
-    alert->setDefaultButton(deleteButton);
+    // Return never destroys: the safe answer is the default.
+    alert->setDefaultButton(cancel);
     alert->setEscapeButton(cancel);
     return alert;
 }

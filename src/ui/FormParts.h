@@ -45,8 +45,8 @@ public:
                                       int labelMinimumWidth = 0);
     // The sheets' "Cancel": "xmark.circle.fill" and the text in the secondary colour.
     static PlainButton* cancelButton(QWidget* parent);
-    // A window-modal confirmation with a destructive "Delete" (the default) and "Cancel"
-    // (Escape). The caller connects to the "Delete" button and calls open().
+    // A window-modal confirmation with a destructive "Delete" and "Cancel" (the default, and
+    // Escape). The caller connects to the "Delete" button and calls open().
     static QMessageBox* deleteAlert(const QString& title, const QString& message, QWidget* parent);
 
     // Whether the store refused a change (the form then says why). A change that was made but

@@ -57,6 +57,9 @@ ImportDialog::ImportDialog(SnippetStore& store, ImportPlan plan, QWidget* parent
     if (candidates.skipped > 0)
         summary.append(tr("%n entry(ies) of it cannot become snippets and will be left out.",
                           nullptr, candidates.skipped));
+    if (!candidates.typedAsWritten.isEmpty())
+        summary.append(tr("Typed as written: %1. Typolet has no placeholder for these.")
+                           .arg(candidates.typedAsWritten.join(QStringLiteral(", "))));
     if (clashes > 0)
         summary.append(tr("%n command(s) are already in your library: choose what to do "
                           "with each.",

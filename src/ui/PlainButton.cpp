@@ -49,7 +49,11 @@ void PlainButton::setColorRole(QPalette::ColorRole role) {
 }
 
 QColor PlainButton::color() const {
-    return m_color.isValid() ? m_color : palette().color(QPalette::Active, m_colorRole);
+    // A colour taken from a palette role is made readable on the window it sits on, with room
+    // for the shaded bands of the forms.
+    return m_color.isValid() ? m_color
+                             : UiTheme::readable(palette().color(QPalette::Active, m_colorRole),
+                                                 palette().color(QPalette::Window), 5.5);
 }
 
 QSize PlainButton::sizeHint() const {

@@ -81,14 +81,18 @@ void PrimaryButtonStyle::drawControl(ControlElement element, const QStyleOption*
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
     const bool pressed = buttonOption->state & State_Sunken;
-    painter->setOpacity(pressed ? pressedOpacity : 1.0);
+    // Disabled (Save with nothing to save) reads as such: faded.
+    const bool enabled = buttonOption->state & State_Enabled;
+    painter->setOpacity(!enabled ? 0.4 : pressed ? pressedOpacity : 1.0);
 
     QPainterPath shape;
     shape.addRoundedRect(QRectF(buttonOption->rect), cornerRadius, cornerRadius);
-    painter->fillPath(shape, UiTheme::accent(widget));
+    const QPalette& palette = buttonOption->palette;
+    const QColor onFill = palette.color(QPalette::Active, QPalette::HighlightedText);
+    painter->fillPath(shape, UiTheme::selectionFill(palette));
     if (buttonOption->state & State_HasFocus && buttonOption->state & State_KeyboardFocusChange) {
         // Keyboard focus: a thin white ring inside the fill.
-        painter->setPen(QPen(QColor(255, 255, 255, 200), 1.5));
+        painter->setPen(QPen(onFill, 1.5));
         painter->setBrush(Qt::NoBrush);
         painter->drawRoundedRect(QRectF(buttonOption->rect).adjusted(2, 2, -2, -2),
                                  cornerRadius - 2, cornerRadius - 2);
@@ -111,7 +115,7 @@ void PrimaryButtonStyle::drawControl(ControlElement element, const QStyleOption*
         painter->drawPixmap(iconRect, pixmap);
         x += iconSize.width() + spacing;
     }
-    painter->setPen(Qt::white);
+    painter->setPen(onFill);
     painter->setFont(widget ? widget->font() : painter->font());
     painter->drawText(QRect(x, bounds.y(), textWidth + 1, bounds.height()),
                       Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, buttonOption->text);

@@ -11,6 +11,7 @@
 #include "TriggerOption.h"
 #include "UiTheme.h"
 
+#include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -24,7 +25,8 @@
 #include <limits>
 
 namespace {
-constexpr int toastTop = 20;
+// Below the toolbar, so the message never covers Save or Delete.
+constexpr int toastGap = 8;
 }
 
 SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet,
@@ -42,6 +44,10 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
     auto* toolbarRow = new QHBoxLayout(toolbar);
     toolbarRow->setContentsMargins(16, 12, 16, 12);
     toolbarRow->setSpacing(8);
+    m_editedMarker = FormParts::secondaryText(tr("Edited"), UiTheme::subheadline(), toolbar);
+    m_editedMarker->setObjectName(QStringLiteral("editedMarker"));
+    m_editedMarker->setVisible(false);
+    toolbarRow->addWidget(m_editedMarker);
     toolbarRow->addStretch();
     m_saveButton =
         FormParts::primaryButton(QStringLiteral("square.and.arrow.down.fill"),
@@ -57,7 +63,8 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
     m_deleteButton->setSpacing(4);
     m_deleteButton->setPadding(QMargins(0, 6, 0, 6));
     m_deleteButton->setMinimumWidth(80);
-    m_deleteButton->setColor(UiTheme::red());
+    m_deleteButton->setColor(
+        UiTheme::readable(UiTheme::red(), UiTheme::bandBackground(toolbar)));
     m_deleteButton->setToolTip(tr("Delete Snippet"));
     toolbarRow->addWidget(m_deleteButton);
     column->addWidget(toolbar);
@@ -92,9 +99,27 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
     });
     connect(m_triggerOption, &TriggerOption::triggerEdited, this, [this] {
         if (!m_loading)
-            setEdited(true);
+            updateEdited();
     });
+    connect(m_triggerOption, &TriggerOption::chosenCureChanged, this,
+            &SnippetDetailView::updateEdited);
     form->addLayout(commandSection);
+
+    auto* categorySection = new QVBoxLayout();
+    categorySection->setSpacing(6);
+    QLabel* categoryTitle = FormParts::secondaryText(tr("Category"), UiTheme::subheadline(), this);
+    categorySection->addWidget(categoryTitle);
+    m_categoryBox = new QComboBox(this);
+    m_categoryBox->setObjectName(QStringLiteral("categoryBox"));
+    m_categoryBox->setAccessibleName(tr("Category"));
+    categoryTitle->setBuddy(m_categoryBox);
+    categorySection->addWidget(m_categoryBox, 0, Qt::AlignLeft);
+    form->addLayout(categorySection);
+    connect(m_categoryBox, &QComboBox::currentIndexChanged, this, [this] {
+        if (!m_loading)
+            updateEdited();
+    });
+    connect(&m_store, &SnippetStore::categoriesChanged, this, &SnippetDetailView::fillCategories);
 
     auto* contentSection = new QVBoxLayout();
     contentSection->setSpacing(6);
@@ -103,6 +128,7 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
     auto* contentFrame = new InputFieldFrame(6, 8, this);
     m_contentEditor = new CustomTextEditor(contentFrame);
     m_contentEditor->setObjectName(QStringLiteral("contentEditor"));
+    m_contentEditor->setAccessibleName(tr("Content"));
     m_contentEditor->setFont(UiTheme::system(13));
     contentFrame->row()->addWidget(m_contentEditor);
     m_placeholders = new PlaceholderBar(m_contentEditor, this);
@@ -138,19 +164,25 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
     connect(m_commandField, &QLineEdit::textChanged, this, [this] {
         if (m_loading)
             return;
-        setEdited(true);
+        updateEdited();
         setShowingDuplicateError(false);
     });
     connect(m_contentEditor, &CustomTextEditor::textEdited, this, [this] {
         if (!m_loading)
-            setEdited(true);
+            updateEdited();
     });
+    connect(&m_store, &SnippetStore::snippetsChanged, this, &SnippetDetailView::followStore);
+    auto* revertKey = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+    revertKey->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(revertKey, &QShortcut::activated, this, &SnippetDetailView::revert);
 
     // The texts as given, then as stored (they differ when the snippet changed meanwhile).
+    m_base = snippet;
+    fillCategories();
     m_commandField->setText(snippet.command);
     showContent(snippet.content);
     load();
-    setEdited(false);
+    updateEdited();
 }
 
 QString SnippetDetailView::command() const {
@@ -168,18 +200,70 @@ void SnippetDetailView::setSnippet(const Snippet& snippet) {
 }
 
 void SnippetDetailView::load() {
-    for (const Snippet& stored : m_store.snippets()) {
-        if (stored.id != m_snippetId)
-            continue;
-        // Loading is not an edit: Save stays as it is.
-        m_loading = true;
-        m_triggerOption->setTrigger(stored.trigger);
-        m_commandField->setText(stored.command);
-        m_commandField->setCursorPosition(0);
-        showContent(stored.content);
-        m_loading = false;
+    const std::optional<Snippet> stored = m_store.snippet(m_snippetId);
+    if (!stored)
         return;
+    // Loading is not an edit: Save stays as it is.
+    m_loading = true;
+    m_base = *stored;
+    m_triggerOption->forgetChosenCure();
+    m_triggerOption->setTrigger(stored->trigger);
+    m_commandField->setText(stored->command);
+    m_commandField->setCursorPosition(0);
+    showContent(stored->content);
+    showCategory(m_store.shownCategoryId(*stored));
+    m_loading = false;
+}
+
+QUuid SnippetDetailView::categoryId() const {
+    return m_categoryBox->currentData().toUuid();
+}
+
+void SnippetDetailView::showCategory(const QUuid& id) {
+    m_categoryBox->setCurrentIndex(m_categoryBox->findData(id));
+}
+
+void SnippetDetailView::fillCategories() {
+    // A rename or a new category keeps the choice; a chosen category that is gone falls back
+    // to the stored one.
+    const QUuid chosen = m_categoryBox->count() > 0 ? categoryId() : QUuid();
+    const bool loading = std::exchange(m_loading, true);
+    m_categoryBox->clear();
+    for (const Category& category : m_store.categories())
+        m_categoryBox->addItem(category.name, category.id);
+    const int index = m_categoryBox->findData(chosen);
+    if (index >= 0 && m_categoryBox->count() > 0 && !m_base.id.isNull())
+        m_categoryBox->setCurrentIndex(index);
+    else
+        showCategory(m_store.shownCategoryId(m_base));
+    m_loading = loading;
+    if (!m_loading)
+        updateEdited();
+}
+
+void SnippetDetailView::followStore() {
+    const std::optional<Snippet> stored = m_store.snippet(m_snippetId);
+    if (!stored)
+        return; // the window takes the pane away
+    if (stored->command == m_base.command && stored->content == m_base.content &&
+        stored->trigger == m_base.trigger && stored->categoryId == m_base.categoryId)
+        return;
+    // Fields the user left alone show the new value; edited ones keep the edit.
+    m_loading = true;
+    if (command() == m_base.command && stored->command != m_base.command) {
+        m_commandField->setText(stored->command);
+        m_commandField->setCursorPosition(0);
     }
+    if (content() == m_base.content && stored->content != m_base.content)
+        showContent(stored->content);
+    if (m_triggerOption->trigger() == m_base.trigger)
+        m_triggerOption->setTrigger(stored->trigger);
+    if (categoryId() == m_store.shownCategoryId(m_base))
+        showCategory(m_store.shownCategoryId(*stored));
+    m_base = *stored;
+    m_loading = false;
+    m_triggerOption->check(command(), m_snippetId);
+    updateEdited();
 }
 
 bool SnippetDetailView::isEditable(const QString& content) {
@@ -222,13 +306,25 @@ void SnippetDetailView::showContent(const QString& content) {
 
 void SnippetDetailView::reload() {
     load();
-    setEdited(false);
+    updateEdited();
     setShowingDuplicateError(false);
 }
 
-void SnippetDetailView::setEdited(bool edited) {
-    m_isEdited = edited;
+void SnippetDetailView::revert() {
+    reload();
+}
+
+void SnippetDetailView::updateEdited() {
+    const bool edited = command() != m_base.command || content() != m_base.content ||
+                        m_triggerOption->trigger() != m_base.trigger ||
+                        categoryId() != m_store.shownCategoryId(m_base) ||
+                        !m_triggerOption->chosenCure().isNull();
     m_saveButton->setEnabled(edited);
+    m_editedMarker->setVisible(edited);
+    if (edited == m_isEdited)
+        return;
+    m_isEdited = edited;
+    emit editedChanged(edited);
 }
 
 void SnippetDetailView::setShowingDuplicateError(bool showing) {
@@ -236,29 +332,35 @@ void SnippetDetailView::setShowingDuplicateError(bool showing) {
     m_duplicateError->setVisible(showing);
 }
 
-void SnippetDetailView::save() {
-    const QString command = this->command();
-    const QString content = this->content();
-    const QList<Snippet>& snippets = m_store.snippets();
-    const auto stored = std::find_if(snippets.cbegin(), snippets.cend(),
-                                     [&](const Snippet& s) { return s.id == m_snippetId; });
-    if (stored == snippets.cend())
-        return; // deleted meanwhile; nothing to save into
-    const Snippet original = *stored;
-    const std::optional<DataError> error = m_store.updateSnippet(
-        original, command, content, std::nullopt, m_triggerOption->trigger());
+bool SnippetDetailView::save() {
+    const std::optional<Snippet> stored = m_store.snippet(m_snippetId);
+    if (!stored)
+        return true; // deleted meanwhile; nothing to save into
+    // Only what the user changed: a field left alone keeps what the store has now.
+    const QString command = this->command() != m_base.command ? this->command() : stored->command;
+    const QString content = this->content() != m_base.content ? this->content() : stored->content;
+    const std::optional<Snippet::Trigger> trigger =
+        m_triggerOption->trigger() != m_base.trigger ? std::optional(m_triggerOption->trigger())
+                                                     : std::nullopt;
+    const std::optional<QUuid> category =
+        categoryId() != m_store.shownCategoryId(m_base) ? std::optional(categoryId()) : std::nullopt;
+    const std::optional<DataError> error =
+        m_store.updateSnippet(*stored, command, content, category, trigger);
     if (FormParts::refused(error, this)) {
         m_duplicateError->setText(error->description());
         setShowingDuplicateError(true);
-        return;
+        return false;
     }
+    FormParts::refused(m_triggerOption->applyChosenCure(), this);
+    // The store announced the saved record, which the fields already show.
+    updateEdited();
     if (m_onUpdate)
         m_onUpdate(command, content);
-    setEdited(false);
     setShowingToast(true);
     // Each save schedules its own hide; an earlier save's hide may end a later toast early,
     // which is fine for a confirmation that only says "it worked".
     QTimer::singleShot(int(toastDuration * 1000), this, [this] { setShowingToast(false); });
+    return true;
 }
 
 void SnippetDetailView::setShowingToast(bool showing) {
@@ -269,10 +371,16 @@ void SnippetDetailView::setShowingToast(bool showing) {
     emit toastVisibilityChanged(showing);
 }
 
+int SnippetDetailView::toastTop() const {
+    return m_saveButton->parentWidget()->geometry().bottom() + toastGap;
+}
+
 void SnippetDetailView::placeToast(bool shown) {
     m_toast->adjustSize();
     const int x = (width() - m_toast->width()) / 2;
-    const QPoint visible(x, toastTop - ToastView::shadowMargin);
+    // The whole widget, shadow included, stays below the toolbar: even its transparent margin
+    // would take the clicks meant for Save or Delete.
+    const QPoint visible(x, toastTop());
     const QPoint above(x, -m_toast->height());
     m_toastAnimation->stop();
     if (shown) {
@@ -293,5 +401,5 @@ void SnippetDetailView::placeToast(bool shown) {
 void SnippetDetailView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     if (m_showingToast && m_toastAnimation->state() != QAbstractAnimation::Running)
-        m_toast->move((width() - m_toast->width()) / 2, toastTop - ToastView::shadowMargin);
+        m_toast->move((width() - m_toast->width()) / 2, toastTop());
 }

@@ -8,6 +8,7 @@
 #include <optional>
 
 class CustomTextEditor;
+class QComboBox;
 class PlaceholderBar;
 class PlainButton;
 class QLabel;
@@ -19,10 +20,16 @@ class ToastView;
 class TriggerOption;
 
 // The right-hand pane for the selected snippet: its command and content in editable fields,
-// "Save" (enabled once either text has been changed; Ctrl+Return) and "Delete" (handed back
-// to the window, which asks for confirmation). A save is refused with "This command already
-// exists" when another snippet uses the same command exactly; the snippet's own command never
-// counts. A successful save shows "Changes saved successfully!" for two seconds.
+// "Save" (enabled while the texts or the option differ from the stored ones; Ctrl+Return) and
+// "Delete" (handed back to the window, which asks for confirmation). A save is refused with
+// "This command already exists" when another snippet uses the same command exactly; the
+// snippet's own command never counts. A successful save shows "Changes saved successfully!"
+// for two seconds. Escape puts the stored texts back.
+//
+// The pane always shows the store's current record: when the snippet changes elsewhere (a
+// cure chosen in another form, an import, another program), each field the user has not
+// edited takes the new value and each edited one keeps the user's. A save writes only the
+// fields the user changed, so it never takes back a change made elsewhere.
 class SnippetDetailView : public QWidget {
     Q_OBJECT
 public:
@@ -40,9 +47,11 @@ public:
     SnippetDetailView(SnippetStore& store, const Snippet& snippet,
                        UpdateHandler onUpdate, DeleteHandler onDelete, QWidget* parent = nullptr);
 
-    // Shows another snippet. Edits not yet saved are dropped: the texts come from the store.
-    // Showing the snippet already shown changes nothing.
+    // Shows another snippet. Edits not yet saved are dropped (the window settles them first):
+    // the texts come from the store. Showing the snippet already shown changes nothing.
     void setSnippet(const Snippet& snippet);
+    // Puts the stored record back in the fields, dropping every edit.
+    void revert();
 
     QUuid snippetId() const { return m_snippetId; }
     QString command() const;
@@ -55,15 +64,21 @@ public:
 
     QLineEdit* commandField() const { return m_commandField; }
     TriggerOption* triggerOption() const { return m_triggerOption; }
+    // The snippet's category: choosing another one is an edit, saved with the texts.
+    QComboBox* categoryBox() const { return m_categoryBox; }
+    QUuid categoryId() const;
     CustomTextEditor* contentEditor() const { return m_contentEditor; }
     QPushButton* saveButton() const { return m_saveButton; }
     PlainButton* deleteButton() const { return m_deleteButton; }
     ToastView* toast() const { return m_toast; }
     PlaceholderBar* placeholderBar() const { return m_placeholders; }
 
-    void save();
+    // Whether the edits are saved (also when there were none).
+    bool save();
 
 signals:
+    // The fields came to differ from the stored record, or no longer do.
+    void editedChanged(bool edited);
     // The toast appeared or went away.
     void toastVisibilityChanged(bool showing);
 
@@ -72,16 +87,22 @@ protected:
 
 private:
     void load();
+    void followStore();
+    void fillCategories();
+    void showCategory(const QUuid& id);
+    void updateEdited();
     void showContent(const QString& content);
     static bool isEditable(const QString& content);
     void reload();
-    void setEdited(bool edited);
     void setShowingDuplicateError(bool showing);
     void setShowingToast(bool showing);
     void placeToast(bool shown);
+    int toastTop() const;
 
     SnippetStore& m_store;
     QUuid m_snippetId;
+    // The record as the fields were last given it; what differs from it is the user's edit.
+    Snippet m_base;
     UpdateHandler m_onUpdate;
     DeleteHandler m_onDelete;
     bool m_isEdited = false;
@@ -92,11 +113,13 @@ private:
     QLineEdit* m_commandField;
     QLabel* m_duplicateError;
     TriggerOption* m_triggerOption;
+    QComboBox* m_categoryBox;
     CustomTextEditor* m_contentEditor;
     QLabel* m_cutContentNote;
     PlaceholderBar* m_placeholders;
     // The whole stored content while the editor shows only its start.
     std::optional<QString> m_cutContent;
+    QLabel* m_editedMarker;
     QPushButton* m_saveButton;
     PlainButton* m_deleteButton;
     ToastView* m_toast;

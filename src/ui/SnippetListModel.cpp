@@ -2,6 +2,8 @@
 
 #include "SnippetStore.h"
 
+#include <QMimeData>
+
 SnippetListModel::SnippetListModel(SnippetStore& store, QObject* parent)
     : QAbstractListModel(parent), m_store(store) {
     take(store.snippets());
@@ -62,4 +64,34 @@ int SnippetListModel::rowOf(const QUuid& id) const {
 
 QUuid SnippetListModel::shownCategoryAt(int row) const {
     return m_store.shownCategoryId(m_snippets.at(row));
+}
+
+Qt::ItemFlags SnippetListModel::flags(const QModelIndex& index) const {
+    const Qt::ItemFlags flags = QAbstractListModel::flags(index);
+    return index.isValid() ? flags | Qt::ItemIsDragEnabled : flags;
+}
+
+QStringList SnippetListModel::mimeTypes() const {
+    return {QLatin1String(idsMimeType)};
+}
+
+QMimeData* SnippetListModel::mimeData(const QModelIndexList& indexes) const {
+    QStringList ids;
+    for (const QModelIndex& index : indexes)
+        if (index.isValid() && index.row() < m_snippets.size())
+            ids << m_snippets.at(index.row()).id.toString();
+    auto* data = new QMimeData;
+    data->setData(QLatin1String(idsMimeType), ids.join(QLatin1Char('\n')).toUtf8());
+    return data;
+}
+
+QList<QUuid> SnippetListModel::idsIn(const QMimeData* data) {
+    QList<QUuid> ids;
+    if (!data)
+        return ids;
+    const QList<QByteArray> lines = data->data(QLatin1String(idsMimeType)).split('\n');
+    for (const QByteArray& line : lines)
+        if (const QUuid id = QUuid::fromString(QLatin1String(line)); !id.isNull())
+            ids.append(id);
+    return ids;
 }

@@ -4,6 +4,7 @@
 
 #include <QAbstractListModel>
 #include <QHash>
+#include <QUuid>
 
 class SnippetStore;
 
@@ -20,6 +21,14 @@ public:
 
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
+    // Rows can be dragged: the drag carries their ids (see idsMimeType), for a category.
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    QStringList mimeTypes() const override;
+    QMimeData* mimeData(const QModelIndexList& indexes) const override;
+
+    static constexpr const char* idsMimeType = "application/x-typolet-snippet-ids";
+    // The ids a drag of snippets carries.
+    static QList<QUuid> idsIn(const QMimeData* data);
 
     const Snippet& snippetAt(int row) const { return m_snippets.at(row); }
     // The category the snippet in `row` is shown in (see SnippetStore::shownCategoryId).

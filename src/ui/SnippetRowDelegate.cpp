@@ -33,11 +33,10 @@ void SnippetRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     painter->setRenderHint(QPainter::Antialiasing);
     const QRect row = option.rect;
     const bool selected = option.state & QStyle::State_Selected;
-    const QWidget* widget = option.widget;
     if (selected) {
         QPainterPath shape;
         shape.addRoundedRect(QRectF(row).adjusted(6, 1, -6, -1), 6, 6);
-        painter->fillPath(shape, UiTheme::accent(widget));
+        painter->fillPath(shape, UiTheme::selectionFill(option.palette));
     } else if (option.state & QStyle::State_MouseOver) {
         QPainterPath shape;
         shape.addRoundedRect(QRectF(row).adjusted(6, 1, -6, -1), 6, 6);
@@ -53,9 +52,7 @@ void SnippetRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     const QColor primary = selected
                                ? option.palette.color(QPalette::Active, QPalette::HighlightedText)
                                : option.palette.color(QPalette::Text);
-    QColor secondary = selected ? primary : QColor(Qt::gray);
-    if (selected)
-        secondary.setAlphaF(0.8f);
+    const QColor secondary = selected ? primary : UiTheme::secondaryLabel(option.palette);
 
     const QFont headline = UiTheme::headline();
     const QFont subheadline = UiTheme::subheadline();
@@ -88,6 +85,7 @@ void SnippetRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
                         SymbolImage::pixmap(QStringLiteral("trash"), trashSize,
                                             selected ? QColor(Qt::white) : UiTheme::red(), ratio));
     painter->restore();
+    UiTheme::drawRowFocus(painter, option);
 }
 
 bool SnippetRowDelegate::editorEvent(QEvent* event, QAbstractItemModel* model,

@@ -71,10 +71,27 @@ QIcon SymbolImage::trayIcon(bool paused) {
     const QIcon icon(QStringLiteral(":/icons/text-bubble.svg"));
     if (!paused)
         return icon;
-    QIcon faded;
-    for (const int size : {16, 22, 24, 32, 48, 64})
-        faded.addPixmap(icon.pixmap(QSize(size, size), QIcon::Disabled));
-    return faded;
+    // Paused: the same bubble with a pause badge (two bars on a disc) in its lower corner,
+    // which reads at panel size where a paler icon would not.
+    QIcon badged;
+    for (const int size : {16, 22, 24, 32, 48, 64}) {
+        QPixmap pixmap = icon.pixmap(QSize(size, size));
+        QPainter painter(&pixmap);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const qreal disc = size * 0.6;
+        const QRectF badge(size - disc, size - disc, disc, disc);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(QColor(0x20, 0x20, 0x20));
+        painter.drawEllipse(badge);
+        painter.setBrush(Qt::white);
+        const qreal bar = disc * 0.16, height = disc * 0.5;
+        const qreal top = badge.center().y() - height / 2;
+        painter.drawRect(QRectF(badge.center().x() - bar * 1.5, top, bar, height));
+        painter.drawRect(QRectF(badge.center().x() + bar * 0.5, top, bar, height));
+        painter.end();
+        badged.addPixmap(pixmap);
+    }
+    return badged;
 }
 
 QPixmap SymbolImage::tinted(const QIcon& icon, QSize size, const QColor& color,

@@ -31,8 +31,11 @@ TriggerOption::TriggerOption(SnippetStore& store, QWidget* parent)
     m_cure->setFont(UiTheme::caption());
     m_cure->setFlat(true);
     m_cure->setCursor(Qt::PointingHandCursor);
+    m_cure->setFocusPolicy(Qt::NoFocus);
     m_cure->setStyleSheet(QStringLiteral("QPushButton { color: %1; text-align: left; padding: 0; }")
-                              .arg(UiTheme::accent(this).name()));
+                              .arg(UiTheme::readable(UiTheme::accent(this),
+                                                     palette().color(QPalette::Window))
+                                       .name()));
     column->addWidget(m_cure, 0, Qt::AlignLeft);
     m_warning->setVisible(false);
     m_cure->setVisible(false);
@@ -58,16 +61,39 @@ void TriggerOption::setTrigger(Snippet::Trigger trigger) {
 bool TriggerOption::showingClash() const { return !m_clash.message.isEmpty(); }
 
 void TriggerOption::check(const QString& command, const QUuid& snippetId) {
+    // A cure was chosen for the command as it was; another command needs its own choice.
+    if (!m_chosenCure.isNull() && (command != m_command || snippetId != m_snippetId))
+        forgetChosenCure();
     m_command = command;
     m_snippetId = snippetId;
-    const QString shown = m_clash.message;
-    m_clash = m_store.commandClash(command, snippetId, trigger());
-    m_warning->setText(m_clash.message);
-    m_cure->setText(tr("Expand \u201C%1\u201D only after a word ends").arg(m_clash.shorterCommand));
-    m_warning->setVisible(showingClash());
+    const QString shown = m_warning->text();
+    QSet<QUuid> waiting;
+    if (!m_chosenCure.isNull())
+        waiting.insert(m_chosenCure);
+    m_clash = m_store.commandClash(command, snippetId, trigger(), waiting);
+    if (showingClash()) {
+        m_warning->setText(m_clash.message);
+        m_cure->setText(
+            tr("Expand \u201C%1\u201D only after a word ends").arg(m_clash.shorterCommand));
+    } else if (!m_chosenCure.isNull()) {
+        m_warning->setText(tr("When this snippet is saved, \u201C%1\u201D will expand only "
+                              "after a word ends.")
+                               .arg(m_chosenCureCommand));
+    } else {
+        m_warning->clear();
+    }
+    m_warning->setVisible(!m_warning->text().isEmpty());
     m_cure->setVisible(showingClash() && !m_clash.shorterCommand.isEmpty());
-    if (m_clash.message != shown)
+    if (m_warning->text() != shown)
         emit warningChanged();
+}
+
+void TriggerOption::forgetChosenCure() {
+    if (m_chosenCure.isNull())
+        return;
+    m_chosenCure = QUuid();
+    m_chosenCureCommand.clear();
+    emit chosenCureChanged();
 }
 
 void TriggerOption::cure() {
@@ -75,14 +101,21 @@ void TriggerOption::cure() {
         m_checkBox->setChecked(true); // this command is the shorter one
         return;
     }
-    // The other snippet waits from now on; that is a change of it, saved at once.
-    for (const Snippet& other : m_store.snippets()) {
-        if (other.id != m_clash.shorterId)
-            continue;
-        FormParts::refused(m_store.updateSnippet(other, other.command, other.content,
-                                                 std::nullopt, Snippet::Trigger::AfterWordEnd),
-                           this);
-        break;
-    }
+    // The other snippet is only changed with this form's own save.
+    m_chosenCure = m_clash.shorterId;
+    m_chosenCureCommand = m_clash.shorterCommand;
     check(m_command, m_snippetId);
+    emit chosenCureChanged();
+}
+
+std::optional<DataError> TriggerOption::applyChosenCure() {
+    const QUuid id = m_chosenCure;
+    forgetChosenCure();
+    const std::optional<Snippet> other = id.isNull() ? std::nullopt : m_store.snippet(id);
+    std::optional<DataError> error;
+    if (other && !other->expandsAfterWordEnd())
+        error = m_store.updateSnippet(*other, other->command, other->content, std::nullopt,
+                                      Snippet::Trigger::AfterWordEnd);
+    check(m_command, m_snippetId);
+    return error;
 }

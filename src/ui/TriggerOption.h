@@ -13,6 +13,11 @@ class QPushButton;
 // Under a command field: whether the command fires at once or only once a word ends after
 // it, and the warning when the command shows up inside another one, with its cure at hand
 // (let the shorter command wait for the word to end, whichever snippet it belongs to).
+//
+// A cure that changes another snippet is only chosen here; the form makes it together with its
+// own add or save (applyChosenCure()), so a form that is cancelled changes no other snippet.
+// The cure takes no keyboard stop of its own: Tab goes from the option straight on to the
+// content, and a key typed there never lands on the cure.
 class TriggerOption : public QWidget {
     Q_OBJECT
 public:
@@ -26,6 +31,11 @@ public:
     void check(const QString& command, const QUuid& snippetId);
 
     bool showingClash() const;
+    // The other snippet the chosen cure will change; null when none is chosen.
+    QUuid chosenCure() const { return m_chosenCure; }
+    void forgetChosenCure();
+    // Makes the chosen cure (a snippet deleted meanwhile needs none); says why it was not saved.
+    std::optional<DataError> applyChosenCure();
     QCheckBox* checkBox() const { return m_checkBox; }
     QPushButton* cureButton() const { return m_cure; }
 
@@ -34,6 +44,8 @@ signals:
     void triggerEdited();
     // The warning came, went or says something else: the room it takes changed.
     void warningChanged();
+    // A cure of another snippet was chosen or forgotten.
+    void chosenCureChanged();
 
 private:
     void cure();
@@ -42,6 +54,8 @@ private:
     QString m_command;
     QUuid m_snippetId;
     SnippetStore::CommandClash m_clash;
+    QUuid m_chosenCure;
+    QString m_chosenCureCommand;
     bool m_settingTrigger = false;
 
     QCheckBox* m_checkBox;

@@ -1,8 +1,12 @@
 #include "UiTheme.h"
 
 #include <QApplication>
+#include <QPainter>
 #include <QPalette>
+#include <QStyle>
+#include <QStyleOptionViewItem>
 #include <QWidget>
+#include <cmath>
 
 namespace {
 QFont sized(int pixelSize, QFont::Weight weight = QFont::Normal) {
@@ -52,11 +56,40 @@ QColor UiTheme::windowBackground(const QPalette& palette) {
 }
 
 QColor UiTheme::secondaryLabel(const QPalette& palette) {
-    return mixed(palette.color(QPalette::Window), palette.color(QPalette::WindowText), 0.6);
+    const QColor window = palette.color(QPalette::Window);
+    return readable(mixed(window, palette.color(QPalette::WindowText), 0.6), window);
 }
 
 QColor UiTheme::tertiaryLabel(const QPalette& palette) {
-    return mixed(palette.color(QPalette::Window), palette.color(QPalette::WindowText), 0.45);
+    const QColor window = palette.color(QPalette::Window);
+    return readable(mixed(window, palette.color(QPalette::WindowText), 0.45), window);
+}
+
+double UiTheme::contrast(const QColor& a, const QColor& b) {
+    const auto luminance = [](const QColor& c) {
+        const auto channel = [](float value) {
+            return value <= 0.03928f ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * channel(c.redF()) + 0.7152 * channel(c.greenF()) +
+               0.0722 * channel(c.blueF());
+    };
+    const double la = luminance(a), lb = luminance(b);
+    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+}
+
+QColor UiTheme::readable(const QColor& color, const QColor& background, double needed) {
+    const QColor away = background.lightnessF() > 0.5 ? QColor(Qt::black) : QColor(Qt::white);
+    for (int step = 0; step <= 20; ++step) {
+        const QColor candidate = mixed(color, away, step / 20.0);
+        if (contrast(candidate, background) >= needed)
+            return candidate;
+    }
+    return away;
+}
+
+QColor UiTheme::selectionFill(const QPalette& palette) {
+    const QColor text = palette.color(QPalette::Active, QPalette::HighlightedText);
+    return readable(palette.color(QPalette::Active, QPalette::Highlight), text);
 }
 
 QColor UiTheme::gray() {
@@ -69,8 +102,7 @@ QColor UiTheme::withOpacity(QColor color, qreal opacity) {
 }
 
 QColor UiTheme::secondaryText(const QWidget* widget) {
-    const QPalette palette = widget ? widget->palette() : QApplication::palette();
-    return palette.color(QPalette::Active, secondaryTextRole);
+    return secondaryLabel(widget ? widget->palette() : QApplication::palette());
 }
 
 QColor UiTheme::red() {
@@ -90,6 +122,21 @@ QColor UiTheme::bandBackground(const QWidget* widget) {
     const QPalette palette = widget ? widget->palette() : QApplication::palette();
     const QColor window = palette.color(QPalette::Window);
     return window.lightness() > 128 ? window.darker(104) : window.lighter(118);
+}
+
+void UiTheme::drawRowFocus(QPainter* painter, const QStyleOptionViewItem& option) {
+    if (!(option.state & QStyle::State_HasFocus))
+        return;
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    // On the selected row's accent fill the outline takes the selected text's colour.
+    const QColor colour = option.palette.color(
+        QPalette::Active, option.state & QStyle::State_Selected ? QPalette::HighlightedText
+                                                                : QPalette::Highlight);
+    painter->setPen(QPen(colour, 2));
+    painter->setBrush(Qt::NoBrush);
+    painter->drawRoundedRect(QRectF(option.rect).adjusted(7, 2, -7, -2), 5, 5);
+    painter->restore();
 }
 
 void UiTheme::setForeground(QWidget* widget, const QColor& color) {

@@ -4,6 +4,8 @@
 #include <QFont>
 #include <QPalette>
 
+class QPainter;
+class QStyleOptionViewItem;
 class QWidget;
 
 // The few text styles and colours the editor views share. Sizes are in device-independent
@@ -41,6 +43,19 @@ public:
     // The header and footer bands of the forms: the window colour shaded a little (darker on
     // light windows, lighter on dark ones) so the bands stand apart from the body.
     static QColor bandBackground(const QWidget* widget);
+
+    // The contrast ratio of two colours (1 to 21), as accessibility guidelines measure it.
+    static double contrast(const QColor& a, const QColor& b);
+    // `color` moved towards black or white, as little as it takes to read on `background` at
+    // `needed`:1 (4.5 for text); a colour that reads already is returned as it is.
+    static QColor readable(const QColor& color, const QColor& background, double needed = 4.5);
+    // The fill of a selected row: the palette's highlight, deepened where the highlighted
+    // text would not read on it.
+    static QColor selectionFill(const QPalette& palette);
+
+    // The keyboard focus on a list row: an outline inside the row, drawn only while the list
+    // has the focus.
+    static void drawRowFocus(QPainter* painter, const QStyleOptionViewItem& option);
 
     // Sets the foreground (window text and text roles) of `widget` to `color`.
     static void setForeground(QWidget* widget, const QColor& color);

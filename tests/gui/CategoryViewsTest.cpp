@@ -64,9 +64,11 @@ private slots:
         QVERIFY(duplicateError(sheet)->isVisible());
         QTest::keyClicks(sheet->nameField(), QStringLiteral("s"));
         QVERIFY(!duplicateError(sheet)->isVisible());
-        // Return alone does not submit; Escape cancels.
+        // Return submits the one field (here refused again); Escape cancels.
+        QTest::keyClick(sheet->nameField(), Qt::Key_Backspace);
+        QVERIFY(!duplicateError(sheet)->isVisible());
         QTest::keyClick(sheet->nameField(), Qt::Key_Return);
-        QVERIFY(sheet->isVisible());
+        QVERIFY(sheet->isVisible() && duplicateError(sheet)->isVisible());
         QPointer<AddCategoryDialog> closing = sheet;
         QTest::keyClick(sheet->nameField(), Qt::Key_Escape);
         QTRY_VERIFY(closing.isNull());
@@ -79,7 +81,7 @@ private slots:
         QTest::keyClicks(sheet->nameField(), QStringLiteral(" Work"));
         QVERIFY(GuiInput::clickCloses(sheet->addButton()));
         QTRY_COMPARE(Shown::rows(view->categoryList()),
-                     (QStringList{"Uncategory", "Work", "* Work"}));
+                     (QStringList{"All Snippets", "Uncategory", "Work", "* Work"}));
         QCOMPARE(view->title(), QStringLiteral(" Work"));
         // A name of spaces is a name; Ctrl+Return adds it.
         sheet = openAddSheet(view);
@@ -150,7 +152,7 @@ private slots:
             QCOMPARE(commandsOf(store->snippets()), QStringList{";h"});
         }
         // Nothing is left to show of the deleted category or its snippet.
-        QCOMPARE(Shown::rows(view->categoryList()), (QStringList{"Uncategory", "Home"}));
+        QCOMPARE(Shown::rows(view->categoryList()), (QStringList{"*All Snippets", "Uncategory", "Home"}));
         QCOMPARE(Shown::snippets(view), (QStringList{"All Snippets", ";h"}));
         QVERIFY(view->showingDetailPlaceholder());
     }

@@ -1,6 +1,7 @@
 // The main window: the filtered snippet list, search, the selection rules, and deleting a
 // snippet behind its confirmation.
 #include "CategoryRowView.h"
+#include "EditCategoryDialog.h"
 #include "GuiTestSupport.h"
 #include "PlainButton.h"
 #include "SnippetDetailView.h"
@@ -10,6 +11,13 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QComboBox>
+#include <QDropEvent>
+#include <QPushButton>
+#include <QToolButton>
 #include <QScopeGuard>
 
 namespace {
@@ -41,35 +49,35 @@ private slots:
         Library lib;
         ContentView* view = lib.fixture.show();
         QListView* categories = view->categoryList();
-        // Shown without a selection, the first category gets selected; no snippet is.
-        QCOMPARE(Shown::rows(categories), (QStringList{"*Uncategory", "Work", "Personal"}));
+        // It starts on "All Snippets", with no snippet selected.
+        QCOMPARE(Shown::rows(categories),
+                 (QStringList{"*All Snippets", "Uncategory", "Work", "Personal"}));
+        QCOMPARE(Shown::snippets(view), all);
         auto* placeholder = view->findChild<QLabel*>(QStringLiteral("detailPlaceholder"));
         QVERIFY(placeholder->isVisible());
-        GuiInput::clickRow(categories, 1);
+        QCOMPARE(placeholder->text(), QStringLiteral("Select a snippet to view details"));
+        GuiInput::clickRow(categories, 2);
         QCOMPARE(Shown::snippets(view), work);
-        // Ctrl-click on the selected category takes the selection away, and with it Add Snippet.
-        GuiInput::clickRow(categories, 1, Qt::ControlModifier);
-        QCOMPARE(Shown::rows(categories), (QStringList{"Uncategory", "Work", "Personal"}));
+        // Ctrl-click on the selected category goes back to every snippet.
+        GuiInput::clickRow(categories, 2, Qt::ControlModifier);
+        QCOMPARE(Shown::rows(categories),
+                 (QStringList{"*All Snippets", "Uncategory", "Work", "Personal"}));
         QCOMPARE(Shown::snippets(view), all);
-        QVERIFY(!view->addSnippetButton()->isEnabled());
-        GuiInput::click(view->addSnippetButton());
-        QVERIFY(!view->showingAddSheet());
-        // A snippet picked from another category selects that category.
+        // A snippet picked among all stays among all; a new one goes to the default category.
         GuiInput::clickRow(view->snippetList(), 1);
-        QCOMPARE(Shown::rows(categories), (QStringList{"Uncategory", "Work", "*Personal"}));
-        QCOMPARE(Shown::snippets(view), (QStringList{"Personal", "*;home"}));
+        QCOMPARE(Shown::snippets(view).first(), QStringLiteral("All Snippets"));
         QCOMPARE(view->detailView()->command(), QStringLiteral(";home"));
         QVERIFY(view->addSnippetButton()->isEnabled());
-        // Picking a category leaves the snippet in the detail pane.
-        GuiInput::clickRow(categories, 1);
+        // A category that hides the snippet takes it out of the detail pane too.
+        GuiInput::clickRow(categories, 2);
         QCOMPARE(Shown::snippets(view), work);
-        QVERIFY(!placeholder->isVisible());
-        QCOMPARE(view->detailView()->command(), QStringLiteral(";home"));
-        // One whose category record is gone shows in the default category, never in none.
-        view->setSelectedCategory({});
-        GuiInput::clickRow(view->snippetList(), 4);
+        QVERIFY(view->showingDetailPlaceholder());
+        // A snippet selected elsewhere brings its category; one whose category record is
+        // gone shows in the default category, never in none.
+        view->setSelectedSnippet(lib.fixture.store().snippets().at(4));
         QCOMPARE(view->detailView()->command(), QStringLiteral(";lost"));
-        QCOMPARE(Shown::rows(categories), (QStringList{"*Uncategory", "Work", "Personal"}));
+        QCOMPARE(Shown::rows(categories),
+                 (QStringList{"All Snippets", "*Uncategory", "Work", "Personal"}));
         QVERIFY(Shown::snippets(view).contains(QStringLiteral("*;lost")));
         view->setSelectedCategory({});
         // A snippet added meanwhile shows at once, search applied.
@@ -77,6 +85,138 @@ private slots:
         QCOMPARE(Shown::snippets(view), QStringList{"All Snippets"});
         lib.fixture.addSnippet(QStringLiteral(";new"), QStringLiteral("x"), lib.personal.id);
         QCOMPARE(Shown::snippets(view), (QStringList{"All Snippets", ";new"}));
+    }
+
+    // A search in one category says what it finds elsewhere; Escape clears it, Down goes on
+    // into the results, and the detail pane never shows what the list hides.
+    void searchingFromTheKeyboard() {
+        Library lib;
+        ContentView* view = lib.fixture.show(lib.work);
+        QPushButton* elsewhere = view->elsewhereButton();
+        GuiInput::clickRow(view->snippetList(), 0); // ;addr
+        view->searchField()->setFocus();
+        QTest::keyClicks(view->searchField(), QStringLiteral("r"));
+        // ;home (Upper Road) and ;lost (category) match outside Work.
+        QCOMPARE(Shown::snippets(view), (QStringList{"Work", "*;addr", ";Sig"}));
+        QVERIFY(elsewhere->isVisible());
+        QCOMPARE(elsewhere->text(), QStringLiteral("2 more in other categories"));
+        QTest::keyClicks(view->searchField(), QStringLiteral("o"));
+        QCOMPARE(Shown::snippets(view), (QStringList{"Work"}));
+        QVERIFY(view->showingDetailPlaceholder());
+        QCOMPARE(elsewhere->text(), QStringLiteral("1 more in another category"));
+        GuiInput::click(elsewhere);
+        QCOMPARE(Shown::snippets(view), (QStringList{"All Snippets", ";home"}));
+        QVERIFY(!elsewhere->isVisible());
+        view->searchField()->setFocus();
+        QTest::keyClick(view->searchField(), Qt::Key_Down);
+        QVERIFY(view->snippetList()->hasFocus());
+        QCOMPARE(view->detailView()->command(), QStringLiteral(";home"));
+        view->searchField()->setFocus();
+        QTest::keyClick(view->searchField(), Qt::Key_Escape);
+        QVERIFY(view->searchText().isEmpty());
+        QCOMPARE(Shown::snippets(view), (QStringList{"All Snippets", ";addr", "*;home", ";Sig",
+                                                     ";mtg", ";lost"}));
+    }
+
+    // Snippets move by drag and drop (several at once), from the context menu, and with the
+    // detail pane's category field.
+    void movingSnippets() {
+        Library lib;
+        ContentView* view = lib.fixture.show(lib.work);
+        QListView* snippets = view->snippetList();
+        QListView* categories = view->categoryList();
+        GuiInput::clickRow(snippets, 0);
+        GuiInput::clickRow(snippets, 2, Qt::ControlModifier); // ;addr and ;mtg
+        QCOMPARE(Shown::rows(snippets), (QStringList{"*;addr", ";Sig", "*;mtg"}));
+        const std::unique_ptr<QMimeData> data(
+            snippets->model()->mimeData(snippets->selectionModel()->selectedIndexes()));
+        const QPointF onPersonal =
+            categories->visualRect(categories->model()->index(3, 0)).center();
+        QDragEnterEvent enter(onPersonal.toPoint(), Qt::MoveAction, data.get(), Qt::LeftButton, {});
+        QApplication::sendEvent(categories->viewport(), &enter);
+        QDragMoveEvent move(onPersonal.toPoint(), Qt::MoveAction, data.get(), Qt::LeftButton, {});
+        QApplication::sendEvent(categories->viewport(), &move);
+        QDropEvent drop(onPersonal, Qt::MoveAction, data.get(), Qt::LeftButton, {});
+        QApplication::sendEvent(categories->viewport(), &drop);
+        QCOMPARE(Shown::snippets(view), (QStringList{"Work", ";Sig"}));
+        const auto categoryOf = [&lib](const char* command) {
+            return lib.fixture.reloaded()->snippetWithCommand(QString::fromUtf8(command))->categoryId;
+        };
+        QCOMPARE(categoryOf(";addr"), lib.personal.id);
+        QCOMPARE(categoryOf(";mtg"), lib.personal.id);
+        // "Move to" offers every category but the one the selection is in.
+        GuiInput::clickRow(snippets, 0); // ;Sig
+        const std::unique_ptr<QMenu> menu(view->snippetMenu());
+        auto* moveTo = menu->findChild<QMenu*>(QStringLiteral("moveToMenu"));
+        QStringList offered;
+        for (const QAction* action : moveTo->actions())
+            if (action->isEnabled())
+                offered << action->text();
+        QCOMPARE(offered, (QStringList{"Uncategory", "Personal"}));
+        moveTo->actions().at(0)->trigger();
+        QCOMPARE(categoryOf(";Sig"), Category::defaultCategoryId);
+        // The detail pane's field is an edit like the texts; the view follows the snippet.
+        view->setSelectedSnippet(*lib.fixture.store().snippetWithCommand(QStringLiteral(";home")));
+        SnippetDetailView* detail = view->detailView();
+        QCOMPARE(detail->categoryBox()->currentText(), QStringLiteral("Personal"));
+        QVERIFY(!detail->saveButton()->isEnabled());
+        detail->categoryBox()->setCurrentIndex(detail->categoryBox()->findText(QStringLiteral("Work")));
+        QVERIFY(detail->saveButton()->isEnabled());
+        GuiInput::click(detail->saveButton());
+        QCOMPARE(categoryOf(";home"), lib.work.id);
+        QCOMPARE(Shown::snippets(view), (QStringList{"Work", "*;home"}));
+    }
+
+    // Delete deletes the selection after the question (whose default never deletes); a
+    // category's snippets may move to the default category instead; F2 renames a category.
+    void deletingFromTheKeyboard() {
+        Library lib;
+        ContentView* view = lib.fixture.show(lib.work);
+        QListView* snippets = view->snippetList();
+        GuiInput::clickRow(snippets, 0);
+        GuiInput::clickRow(snippets, 1, Qt::ShiftModifier);
+        QTest::keyClick(snippets, Qt::Key_Delete);
+        QVERIFY(view->showingDeleteAlert());
+        QCOMPARE(view->deleteAlert()->defaultButton()->text(), QStringLiteral("Cancel"));
+        QCOMPARE(GuiInput::answerAlert(QStringLiteral("Confirm Delete"), QStringLiteral("Delete")),
+                 QStringLiteral("Are you sure you want to delete 2 snippets?"));
+        QCOMPARE(commandsOf(lib.fixture.reloaded()->snippets()),
+                 (QStringList{";home", ";mtg", ";lost"}));
+        // The category list: F2 renames, Delete offers to keep the snippets.
+        QListView* categories = view->categoryList();
+        categories->setFocus();
+        QTest::keyClick(categories, Qt::Key_F2);
+        QTRY_VERIFY(view->categoryRow(lib.work.id)->showingEditSheet());
+        view->categoryRow(lib.work.id)->editSheet()->reject();
+        QTest::keyClick(categories, Qt::Key_Delete);
+        QMessageBox* alert = view->categoryRow(lib.work.id)->deleteAlert();
+        QVERIFY(alert && alert->isVisible());
+        QCOMPARE(alert->defaultButton()->text(), QStringLiteral("Move Snippets to \u201CUncategory\u201D"));
+        QCOMPARE(GuiInput::answerAlert(QStringLiteral("Delete Category"),
+                                       QStringLiteral("Move Snippets to \u201CUncategory\u201D"))
+                     .left(35),
+                 QStringLiteral("Are you sure you want to delete 'Wo"));
+        const auto reloaded = lib.fixture.reloaded();
+        QCOMPARE(namesOf(reloaded->categories()), (QStringList{"Uncategory", "Personal"}));
+        QCOMPARE(reloaded->snippetWithCommand(QStringLiteral(";mtg"))->categoryId,
+                 Category::defaultCategoryId);
+    }
+
+    // The first start, with nothing in the library, says what to do.
+    void anEmptyLibrarySaysWhatToDo() {
+        EditorFixture fixture;
+        ContentView* view = fixture.show();
+        auto* placeholder = view->findChild<QLabel*>(QStringLiteral("detailPlaceholder"));
+        QCOMPARE(placeholder->text(), QStringLiteral("Add a snippet, then type its command anywhere"));
+        QVERIFY(placeholder->isVisible());
+        for (QWidget* control : {static_cast<QWidget*>(view->categoryList()),
+                                 static_cast<QWidget*>(view->snippetList()),
+                                 static_cast<QWidget*>(view->searchField())})
+            QVERIFY(!control->accessibleName().isEmpty());
+        const auto clear = view->searchField()->findChildren<QToolButton*>();
+        QVERIFY(!clear.isEmpty());
+        for (const QToolButton* button : clear)
+            QCOMPARE(button->accessibleName(), QStringLiteral("Clear search"));
     }
 
     void search_data() {

@@ -6,6 +6,8 @@
 #include "RecordCodec.h"
 #include "SnippetRowDelegate.h"
 
+#include <QAbstractScrollArea>
+#include <QAccessible>
 #include <QApplication>
 #include <QInputMethodEvent>
 #include <QListView>
@@ -124,6 +126,29 @@ QString GuiInput::answerAlert(const QString& title, const QString& answer) {
     return QStringLiteral("no alert");
 }
 
+AlertAnswer::AlertAnswer(const QString& title, const QString& answer)
+    : m_timer(std::make_unique<QTimer>()) {
+    m_timer->setInterval(10);
+    QObject::connect(m_timer.get(), &QTimer::timeout, [this, title, answer] {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            auto* alert = qobject_cast<QMessageBox*>(widget);
+            if (!alert || !alert->isVisible() || alert->windowTitle() != title)
+                continue;
+            for (QAbstractButton* button : alert->buttons()) {
+                if (QString(button->text()).remove(QLatin1Char('&')) != answer)
+                    continue;
+                m_message = alert->text();
+                m_timer->stop();
+                button->click();
+                return;
+            }
+        }
+    });
+    m_timer->start();
+}
+
+AlertAnswer::~AlertAnswer() = default;
+
 QStringList Shown::rows(const QAbstractItemView* list) {
     QStringList shown;
     for (int row = 0; row < list->model()->rowCount(); ++row) {
@@ -140,6 +165,25 @@ QStringList Shown::snippets(const ContentView* view) {
 
 QString Shown::rowLabel(const CategoryRowView* row, const char* label) {
     return row->findChild<ElidedLabel*>(QString::fromLatin1(label))->text();
+}
+
+QStringList unnamedControls(QWidget* root) {
+    QStringList unnamed;
+    const QList<QWidget*> widgets = root->findChildren<QWidget*>();
+    for (QWidget* widget : widgets) {
+        if (!widget->isVisibleTo(root))
+            continue;
+        const bool control = (widget->focusPolicy() & Qt::TabFocus) ||
+                             qobject_cast<QAbstractButton*>(widget) != nullptr;
+        if (!control || qobject_cast<QAbstractScrollArea*>(widget->parentWidget()))
+            continue;
+        QAccessibleInterface* access = QAccessible::queryAccessibleInterface(widget);
+        if (access && !access->text(QAccessible::Name).trimmed().isEmpty())
+            continue;
+        unnamed << QString::fromLatin1(widget->metaObject()->className()) + QLatin1Char(' ') +
+                       widget->objectName();
+    }
+    return unnamed;
 }
 
 QStringList commandsOf(const QList<Snippet>& snippets) {

@@ -8,6 +8,7 @@
 
 #include <QAbstractButton>
 #include <QTest>
+#include <QTimer>
 #include <memory>
 
 class CategoryRowView;
@@ -69,6 +70,21 @@ public:
     static QString answerAlert(const QString& title, const QString& answer);
 };
 
+// Answers the alert titled `title` with the button labelled `answer` (mnemonic marks ignored)
+// as soon as it shows, also while it blocks in a loop of its own; gives up when destroyed.
+class AlertAnswer {
+public:
+    AlertAnswer(const QString& title, const QString& answer);
+    ~AlertAnswer();
+    // The alert's message once it was answered; empty until then.
+    QString message() const { return m_message; }
+    bool answered() const { return !m_message.isEmpty(); }
+
+private:
+    std::unique_ptr<QTimer> m_timer;
+    QString m_message;
+};
+
 // What the user reads.
 namespace Shown {
 // The rows of a list view by their display text, selected ones marked: {";a", "*;b"}.
@@ -78,6 +94,10 @@ QStringList snippets(const ContentView* view);
 // A category row's "categoryName" or "categoryCount" label.
 QString rowLabel(const CategoryRowView* row, const char* label);
 } // namespace Shown
+
+// The controls under `root` that the keyboard can reach (or that are shown as buttons) but
+// that assistive technology would announce without a name: class and object name of each.
+QStringList unnamedControls(QWidget* root);
 
 QStringList commandsOf(const QList<Snippet>& snippets);
 QStringList namesOf(const QList<Category>& categories);

@@ -49,7 +49,9 @@ private slots:
             writeFile(dir, "work.yml",
                       "matches:\n  - trigger: \";a\"\n    replace: \"new\"\n  - trigger: \";b\"\n"
                       "    replace: \"bee\"\n  - trigger: \";c\"\n    replace: \"see\"\n"
-                      "  - regex: \"x\"\n    replace: y\n");
+                      "  - regex: \"x\"\n    replace: y\n"
+                      "  - trigger: \";up\"\n    replace: \"{{up}}\"\n"
+                      "    vars:\n      - name: up\n        type: shell\n");
 
         // Read on its own thread: the dialog comes once the window's loop has run.
         LibraryTransfer transfer(fixture.store(), *view);
@@ -66,6 +68,8 @@ private slots:
         QVERIFY(!(model->flags(model->index(1, ImportCandidateModel::clashColumn)) &
                   Qt::ItemIsEditable));
         QVERIFY(dialog->summary()->text().contains("1 entry"));
+        // What Typolet has no placeholder for is named before the import.
+        QVERIFY(dialog->summary()->text().contains("Typed as written: up (shell)."));
 
         // "Replace" for every clash, from the keyboard; then ";c" alone back to "Keep Both"
         // through its row's own choice.
@@ -87,7 +91,7 @@ private slots:
             stored.append(s.command + '=' + s.content + '@' +
                           reloaded->category(s.categoryId)->name);
         QCOMPARE(stored, (QStringList{";a=new@Uncategory", ";c=sea@Uncategory", ";b=bee@work",
-                                      ";c=see@work"}));
+                                      ";c=see@work", ";up={{up}}@work"}));
     }
 
     // Cancel in the progress dialog: the reading stops, no import dialog comes, nothing is

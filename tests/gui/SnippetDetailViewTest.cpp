@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QPushButton>
+#include <QPropertyAnimation>
 #include <QSignalSpy>
 
 namespace {
@@ -69,6 +70,13 @@ private slots:
         // The confirmation shows, then goes away on its own.
         ToastView* toast = e.detail->toast();
         QVERIFY(toast->isVisible());
+        // Where it comes to rest it covers neither Save nor Delete.
+        QTRY_VERIFY(e.detail->findChild<QPropertyAnimation*>()->state() ==
+                    QAbstractAnimation::Stopped);
+        for (const QWidget* button : {static_cast<QWidget*>(e.detail->saveButton()),
+                                      static_cast<QWidget*>(e.detail->deleteButton())})
+            QVERIFY(!toast->geometry().intersects(
+                QRect(button->mapTo(e.detail, QPoint(0, 0)), button->size())));
         QCOMPARE(toastShown.size(), 1);
         QTRY_VERIFY_WITH_TIMEOUT(!toast->isVisible(), 15000);
         QCOMPARE(toastShown.size(), 2);
@@ -116,12 +124,13 @@ private slots:
         QVERIFY(e.error->isVisible());
         QTest::keyClick(e.detail->commandField(), Qt::Key_Backspace);
         QVERIFY(!e.error->isVisible());
-        // Selecting another snippet drops the pending edit and the message.
+        // Selecting another snippet, with the edit discarded, drops it and the message.
         GuiInput::retype(e.detail->commandField(), QStringLiteral(";bye"));
         GuiInput::click(e.detail->saveButton());
         QVERIFY(e.error->isVisible());
+        AlertAnswer discard(ContentView::unsavedTitle(), QStringLiteral("Discard"));
         GuiInput::clickRow(e.view->snippetList(), 1);
-        QCOMPARE(e.shown(), (QStringList{";bye", "Goodbye"}));
+        QTRY_COMPARE(e.shown(), (QStringList{";bye", "Goodbye"}));
         QVERIFY(!e.detail->saveButton()->isEnabled());
         QVERIFY(!e.error->isVisible());
         GuiInput::clickRow(e.view->snippetList(), 0);

@@ -24,7 +24,7 @@ void AlertDriver::poll() {
 QAbstractButton* AlertDriver::buttonTitled(QMessageBox* alert, const QString& title) {
     const QList<QAbstractButton*> buttons = alert->buttons();
     for (QAbstractButton* button : buttons)
-        if (button->text() == title)
+        if (QString(button->text()).remove(QLatin1Char('&')) == title) // mnemonics aside
             return button;
     return nullptr;
 }

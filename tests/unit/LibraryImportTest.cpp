@@ -106,9 +106,11 @@ private:
     std::thread m_watcher;
 };
 
-QByteArray phraseSettings(const QByteArray& abbreviations) {
-    return R"({"description": "d", "abbreviation": {"abbreviations": [)" + abbreviations +
-           R"(], "ignoreCase": false}, "hotkey": {"modifiers": [], "hotKey": null}})";
+QByteArray phraseSettings(const QByteArray& abbreviations, bool immediate = false) {
+    const QByteArray wait = immediate ? "true" : "false";
+    return "{\"description\": \"d\", \"abbreviation\": {\"abbreviations\": [" + abbreviations +
+           "], \"ignoreCase\": false, \"immediate\": " + wait +
+           "}, \"hotkey\": {\"modifiers\": [], \"hotKey\": null}}";
 }
 } // namespace
 
@@ -153,6 +155,7 @@ private slots:
         QTest::addColumn<QString>("picked"); // empty: the folder itself
         QTest::addColumn<QStringList>("snippets");
         QTest::addColumn<int>("skipped");
+        QTest::addColumn<QStringList>("typedAsWritten");
         QTest::newRow("match file") << Files{{"base.yml", R"y(global_vars:
   - name: x
     type: echo
@@ -172,10 +175,29 @@ matches:
     replace:
   - trigger: "  "
     replace: "spaces"
+  - trigger: ":now"
+    replace: "{{when}} {{ paste }} {{who}} {{up}} {{x}}"
+    vars:
+      - name: when
+        type: date
+        params:
+          format: "%Y-%m-%d at %H:%M"
+      - name: paste
+        type: clipboard
+      - name: who
+        type: echo
+        params:
+          echo: "Ada {{brace}}"
+      - name: up
+        type: shell
+        params:
+          cmd: "uptime"
 )y"}} << "base.yml"
                                     << QStringList{":sig (word)=Best regards,\n  Ada\n@base",
-                                                   ":hi=Hello!@base", ":hello=Hello!@base"}
-                                    << 4;
+                                                   ":hi=Hello!@base", ":hello=Hello!@base",
+                                                   ":now={{date:yyyy-MM-dd 'at' HH:mm}} "
+                                                   "{{clipboard}} Ada {{{{brace}} {{up}} {{x}}@base"}
+                                    << 4 << QStringList{"up (shell)", "x (echo)"};
         QTest::newRow("phrase folder")
             << Files{{"Phrases/addr.txt", "221B Baker Street\n"},
                      {"Phrases/.addr.json", phraseSettings(R"("adr", "address")")},
@@ -183,23 +205,25 @@ matches:
                      {"Phrases/.hotkey.json", phraseSettings("")},
                      {"Phrases/.folder.json", "{}"},
                      {"Phrases/Sub/sig.txt", "Ada ✓"},
-                     {"Phrases/Sub/.sig.json", phraseSettings(R"("sig")")}}
+                     {"Phrases/Sub/.sig.json", phraseSettings(R"("sig")", true)}}
             << "Phrases"
-            << QStringList{"sig=Ada ✓@Phrases", "adr=221B Baker Street\n@Phrases",
-                           "address=221B Baker Street\n@Phrases"}
-            << 1;
+            << QStringList{"sig=Ada ✓@Phrases/Sub", "adr (word)=221B Baker Street\n@Phrases",
+                           "address (word)=221B Baker Street\n@Phrases"}
+            << 1 << QStringList();
     }
     void foreignFilesGiveSnippets() {
         QFETCH(Files, files);
         QFETCH(QString, picked);
         QFETCH(QStringList, snippets);
         QFETCH(int, skipped);
+        QFETCH(QStringList, typedAsWritten);
         QTemporaryDir dir;
         writeFiles(dir, files);
         const ImportPlan plan = LibraryImport::read(dir.filePath(picked));
         QVERIFY2(!plan.failed(), qPrintable(plan.error));
         QCOMPARE(described(plan), snippets);
         QCOMPARE(plan.skipped, skipped);
+        QCOMPARE(plan.typedAsWritten, typedAsWritten);
     }
 
     // Each gives a message naming the file and what is wrong, and changes nothing.

@@ -3,6 +3,7 @@
 #include "ImportReader.h"
 
 #include <QDir>
+#include <QHash>
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -34,10 +35,23 @@ ImportPlan AutoKeyPhraseFolder::read(const QString& folder, ImportReader& reader
                        "beside it.")
                         .arg(folder));
 
-    const Category category = Category::create(folderInfo.fileName());
+    // The folder is a category, and so is each folder under it, named by its path.
+    const QDir root(folder);
+    QHash<QString, QUuid> categoryOf; // by folder path relative to the one picked
     ImportPlan plan;
     plan.source = folder;
-    plan.categories.append(category);
+    const auto categoryFor = [&](const QFileInfo& phrase) {
+        const QString relative = root.relativeFilePath(phrase.path());
+        if (const auto found = categoryOf.constFind(relative); found != categoryOf.cend())
+            return *found;
+        const QString name = relative == QLatin1String(".")
+                                 ? folderInfo.fileName()
+                                 : folderInfo.fileName() + QLatin1Char('/') + relative;
+        const Category category = Category::create(name);
+        plan.categories.append(category);
+        categoryOf.insert(relative, category.id);
+        return category.id;
+    };
     for (qsizetype i = 0; i < phrases.size(); ++i) {
         reader.report(i, phrases.size());
         const QString& phrase = phrases[i];
@@ -65,17 +79,22 @@ ImportPlan AutoKeyPhraseFolder::read(const QString& folder, ImportReader& reader
                                                    ? parseError.errorString()
                                                    : tr("it holds another JSON value"))
                             .arg(parseError.offset));
-        const QJsonArray abbreviations = document.object()
-                                             .value(QLatin1String("abbreviation"))
-                                             .toObject()
-                                             .value(QLatin1String("abbreviations"))
-                                             .toArray();
+        const QJsonObject settingsOfAbbreviation =
+            document.object().value(QLatin1String("abbreviation")).toObject();
+        const QJsonArray abbreviations =
+            settingsOfAbbreviation.value(QLatin1String("abbreviations")).toArray();
+        // Unless "immediate", a phrase waits for a trigger key after its abbreviation (a space,
+        // Tab, Return or punctuation): our "Expand only after a word ends".
+        const Snippet::Trigger trigger =
+            settingsOfAbbreviation.value(QLatin1String("immediate")).toBool(false)
+                ? Snippet::Trigger::Immediately
+                : Snippet::Trigger::AfterWordEnd;
         int taken = 0;
         for (const QJsonValue& abbreviation : abbreviations) {
             if (!abbreviation.isString())
                 continue;
-            plan.addSnippet(
-                Snippet::create(abbreviation.toString(), QString::fromUtf8(content), category.id));
+            plan.addSnippet(Snippet::create(abbreviation.toString(), QString::fromUtf8(content),
+                                            categoryFor(txt), trigger));
             ++taken;
         }
         if (taken == 0)

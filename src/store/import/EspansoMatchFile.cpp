@@ -4,6 +4,8 @@
 #include "YamlInputBuffer.h"
 
 #include <QFileInfo>
+#include <QHash>
+#include <QRegularExpression>
 #include <QLocale>
 #include <istream>
 #include <optional>
@@ -35,7 +37,7 @@ struct OverLimit {
 // comparing key text in place (yaml-cpp's own lookup copies every key it compares, a large
 // one named by an alias included).
 struct MatchKeys {
-    Entry trigger, triggers, replace, word;
+    Entry trigger, triggers, replace, word, vars;
 };
 
 // Counts what converting the file visits and makes, against the limits.
@@ -89,9 +91,88 @@ MatchKeys keysOf(const YAML::Node& match, Budget& budget) {
             {{"trigger", &keys.trigger},
              {"triggers", &keys.triggers},
              {"replace", &keys.replace},
-             {"word", &keys.word}},
+             {"word", &keys.word},
+             {"vars", &keys.vars}},
             budget);
     return keys;
+}
+
+// A strftime format as a QDateTime one: the common conversions; other letters are quoted,
+// so they are typed as they stand (punctuation, digits and spaces need no quotes).
+QString qtDateFormat(const QString& strftime) {
+    static const QHash<QChar, QString> conversions{
+        {u'Y', QStringLiteral("yyyy")}, {u'y', QStringLiteral("yy")}, {u'm', QStringLiteral("MM")},
+        {u'd', QStringLiteral("dd")},   {u'e', QStringLiteral("d")},  {u'H', QStringLiteral("HH")},
+        {u'I', QStringLiteral("hh")},   {u'M', QStringLiteral("mm")}, {u'S', QStringLiteral("ss")},
+        {u'p', QStringLiteral("AP")},   {u'b', QStringLiteral("MMM")}, {u'B', QStringLiteral("MMMM")},
+        {u'a', QStringLiteral("ddd")},  {u'A', QStringLiteral("dddd")}};
+    QString format, literal;
+    const auto flush = [&] {
+        if (!literal.isEmpty())
+            format += QLatin1Char('\'') + QString(literal).replace(QLatin1Char('\''), QStringLiteral("''")) +
+                      QLatin1Char('\'');
+        literal.clear();
+    };
+    for (qsizetype i = 0; i < strftime.size(); ++i) {
+        if (strftime[i] == u'%' && i + 1 < strftime.size() && conversions.contains(strftime[i + 1])) {
+            flush();
+            format += conversions.value(strftime[++i]);
+        } else if (strftime[i] == u'%' && i + 1 < strftime.size() && strftime[i + 1] == u'%') {
+            literal += QLatin1Char('%');
+            ++i;
+        } else if (strftime[i].isLetter() || strftime[i] == u'\'') {
+            literal += strftime[i]; // a letter would be read as a field
+        } else {
+            flush();
+            format += strftime[i];
+        }
+    }
+    flush();
+    return format;
+}
+
+// What each variable of a match (or of the file) becomes in the content: a placeholder of
+// ours, or its echoed text; those of other kinds stay as written and are named in `unknown`.
+void readVars(const Entry& vars, QHash<QString, QString>& values, QStringList& unknown,
+              Budget& budget) {
+    if (!isSequence(vars))
+        return;
+    for (const YAML::Node& var : *vars) {
+        budget.visit();
+        if (!var.IsMap())
+            continue;
+        Entry name, type, params;
+        collect(var, {{"name", &name}, {"type", &type}, {"params", &params}}, budget);
+        if (!isScalar(name) || !isScalar(type))
+            continue;
+        Entry format, echo;
+        if (params && params->IsMap())
+            collect(*params, {{"format", &format}, {"echo", &echo}}, budget);
+        const std::string& kind = type->Scalar();
+        if (kind == "date")
+            values.insert(text(*name), isScalar(format)
+                                           ? QStringLiteral("{{date:%1}}").arg(qtDateFormat(text(*format)))
+                                           : QStringLiteral("{{date}}"));
+        else if (kind == "clipboard")
+            values.insert(text(*name), QStringLiteral("{{clipboard}}"));
+        else if (kind == "echo" && isScalar(echo))
+            // Braces in the echoed text are literal ones.
+            values.insert(text(*name), text(*echo).replace(QStringLiteral("{{"), QStringLiteral("{{{{")));
+        else if (const QString named = QStringLiteral("%1 (%2)").arg(text(*name), text(*type));
+                 !unknown.contains(named))
+            unknown.append(named);
+    }
+}
+
+// `content` with each {{name}} (spaces inside the braces allowed) of a known variable replaced.
+QString withValues(QString content, const QHash<QString, QString>& values) {
+    for (auto it = values.cbegin(); it != values.cend(); ++it) {
+        const QRegularExpression use(QStringLiteral("\\{\\{\\s*%1\\s*\\}\\}")
+                                         .arg(QRegularExpression::escape(it.key())));
+        QString value = it.value();
+        content.replace(use, value.replace(QLatin1Char('\\'), QStringLiteral("\\\\")));
+    }
+    return content;
 }
 
 // The triggers of one match, or none when it has no usable trigger.
@@ -132,9 +213,12 @@ ImportPlan EspansoMatchFile::decode(const QString& path, const QByteArray& yaml,
         if (reader.cancelled())
             return ImportPlan::failure(path, ImportReader::cancelledMessage());
         Budget budget(path);
-        Entry matches;
+        Entry matches, globals;
         if (root.IsMap())
-            collect(root, {{"matches", &matches}}, budget);
+            collect(root, {{"matches", &matches}, {"global_vars", &globals}}, budget);
+        QHash<QString, QString> globalValues;
+        QStringList unknownGlobals; // named only where a match uses them
+        readVars(globals, globalValues, unknownGlobals, budget);
         if (!isSequence(matches))
             return ImportPlan::failure(
                 path, tr("%1 has no \u201Cmatches\u201D list, so it holds no snippets to import.")
@@ -159,7 +243,14 @@ ImportPlan EspansoMatchFile::decode(const QString& path, const QByteArray& yaml,
                 budget.take(qint64(trigger->size()) + contentSize);
             // `word: true` waits for the word around the trigger to end, as our option does.
             const bool wholeWord = isScalar(keys.word) && keys.word->Scalar() == "true";
-            const QString content = text(*keys.replace);
+            QHash<QString, QString> values = globalValues;
+            readVars(keys.vars, values, plan.typedAsWritten, budget);
+            const QString written = text(*keys.replace);
+            for (const QString& global : std::as_const(unknownGlobals))
+                if (written.contains(QStringLiteral("{{") + global.section(QLatin1Char(' '), 0, 0)) &&
+                    !plan.typedAsWritten.contains(global))
+                    plan.typedAsWritten.append(global);
+            const QString content = withValues(written, values);
             for (const std::string* trigger : triggers)
                 plan.addSnippet(Snippet::create(
                     QString::fromStdString(*trigger), content, category.id,

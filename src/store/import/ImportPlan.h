@@ -22,6 +22,9 @@ struct ImportPlan {
     QList<Snippet> snippets;
     QList<Resolution> resolutions; // one per snippet
     int skipped = 0;
+    // Values the source fills in that Typolet has no placeholder for: they are typed as
+    // written. Each named once, with its kind: "name (shell)".
+    QStringList typedAsWritten;
 
     static ImportPlan failure(QString source, QString error);
 

@@ -79,6 +79,13 @@ void PreferencesViewTest::switchTurnsTheEntryOnAndOffAndShowsTheTruth() {
     QCOMPARE(undo.size(), 1);
     QCOMPARE(f.settings.read(QStringLiteral("undoWithBackspace")).toBool(), false);
 
+    // Edits are asked about until automatic saving is switched on.
+    QSignalSpy saveEdits(&f.preferences, &Preferences::saveEditsOnLeaveChanged);
+    QVERIFY(!f.view.saveEditsSwitch()->isChecked() && !f.preferences.saveEditsOnLeave());
+    QTest::mouseClick(f.view.saveEditsSwitch(), Qt::LeftButton);
+    QCOMPARE(saveEdits.size(), 1);
+    QVERIFY(Preferences(f.settings.path()).saveEditsOnLeave());
+
     // Paste: on from 100 characters until changed; off, the engine is given 0 and the
     // threshold box is disabled; a threshold out of range in the file reads as the nearest.
     QSignalSpy paste(&f.preferences, &Preferences::pasteChanged);

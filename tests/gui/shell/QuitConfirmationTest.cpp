@@ -35,6 +35,9 @@ void QuitConfirmationTest::alertAsksWithThreeButtonsInOrder() {
     QAbstractButton* cancel = AlertDriver::buttonTitled(alert.get(), QStringLiteral("Cancel"));
     QVERIFY(quit && background && cancel);
     QCOMPARE(alert->buttons().size(), 3);
+    // Each has a key of its own.
+    for (const QAbstractButton* button : {quit, background, cancel})
+        QVERIFY(!QKeySequence::mnemonic(button->text()).isEmpty());
     // Left to right in this order, whatever the desktop's button conventions.
     const auto x = [&](QAbstractButton* b) { return b->mapTo(alert.get(), QPoint(0, 0)).x(); };
     QVERIFY(x(quit) < x(background));
@@ -53,6 +56,8 @@ void QuitConfirmationTest::keysAndClosingAnswerToo() {
     } cases[] = {
         {"Return", key(Qt::Key_Return), Response::Quit},
         {"Escape", key(Qt::Key_Escape), Response::Cancel},
+        {"Alt+R", [](QMessageBox* alert) { QTest::keyClick(alert, Qt::Key_R, Qt::AltModifier); },
+         Response::RunInBackground},
         {"closed", [](QMessageBox* alert) { alert->close(); }, Response::Cancel},
     };
     for (const auto& c : cases) {

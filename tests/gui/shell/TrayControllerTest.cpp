@@ -7,6 +7,14 @@
 #include "Preferences.h"
 #include "RecordingAutostartBackend.h"
 #include "TemporarySettings.h"
+#include "ContentView.h"
+#include "CustomTextEditor.h"
+#include "SnippetDetailView.h"
+#include "SnippetStore.h"
+#include "SymbolImage.h"
+
+#include <QAbstractButton>
+#include <QMessageBox>
 
 #include <QAction>
 #include <QMainWindow>
@@ -54,10 +62,14 @@ private slots:
     void withoutATrayClosingTheWindowDoesNotQuit();
     void pauseIsOneSwitchInBothMenusAndKept();
     void excludeTakesTheApplicationTypedInLast();
+    void pausedLooksPaused();
     void runInBackgroundThenOpenTypoletBringsBackEveryWindow();
     void everyQuitRequestAsksFirst_data();
     void everyQuitRequestAsksFirst();
     void signalsEndItWithoutAsking();
+    void theMenusAreFileEditHelp();
+    void quittingSettlesTheEditorsEdits_data();
+    void quittingSettlesTheEditorsEdits();
 };
 
 // Without a tray (the offscreen platform has none) Typolet runs with its window, and closing
@@ -99,21 +111,47 @@ void TrayControllerTest::excludeTakesTheApplicationTypedInLast() {
     exclude->trigger();
     QCOMPARE(f.preferences.excludedApplications(), QStringList{"XTerm"});
     f.tray.statusMenu()->hide();
+    // Once excluded, the same entry includes it again, as does the list of excluded ones.
     QVERIFY(f.openTrayMenu());
-    QVERIFY(!exclude->isEnabled()); // once is enough
+    QCOMPARE(exclude->text(), QStringLiteral("Include “XTerm” Again"));
+    QVERIFY(f.tray.excludedMenu()->menuAction()->isVisible());
+    f.tray.excludedMenu()->actions().constFirst()->trigger();
+    QVERIFY(f.preferences.excludedApplications().isEmpty());
+    f.tray.statusMenu()->hide();
+    // Typolet's own windows are never offered.
+    last = QStringLiteral("typolet");
+    QVERIFY(f.openTrayMenu());
+    QVERIFY(!exclude->isEnabled());
+    QVERIFY(!f.tray.excludedMenu()->menuAction()->isVisible());
+    f.tray.statusMenu()->hide();
+}
+
+// Paused shows: a pause badge on the icon and the word in the tooltip.
+void TrayControllerTest::pausedLooksPaused() {
+    QCOMPARE(TrayController::toolTipText(false), QStringLiteral("Typolet \u2014 expanding"));
+    QCOMPARE(TrayController::toolTipText(true), QStringLiteral("Typolet \u2014 paused"));
+    const QImage on = SymbolImage::trayIcon(false).pixmap(22, 22).toImage();
+    const QImage paused = SymbolImage::trayIcon(true).pixmap(22, 22).toImage();
+    // The badge's disc is dark and opaque in the corner, whatever the bubble has there.
+    const QColor corner = paused.pixelColor(15, 20); // below and between the bars
+    QVERIFY(corner.alpha() == 255 && corner.lightness() < 60);
+    QVERIFY(on != paused);
 }
 
 void TrayControllerTest::runInBackgroundThenOpenTypoletBringsBackEveryWindow() {
     Fixture f;
     QVERIFY(QTest::qWaitForWindowActive(&f.mainWindow));
-    QTest::keyClick(&f.mainWindow, Qt::Key_Comma, Qt::ControlModifier); // "Preferences..."
-    f.tray.applicationMenu()->actions().constFirst()->trigger();    // "About Typolet"
-    const QList<QWidget*> windows = {&f.mainWindow, f.tray.preferencesWindow(),
-                                     f.tray.aboutWindow()};
+    QTest::keyClick(&f.mainWindow, Qt::Key_Comma, Qt::ControlModifier); // "Preferences…"
+    f.tray.helpMenu()->findChild<QAction*>(QStringLiteral("about"))->trigger();
+    const QList<QWidget*> windows = {&f.mainWindow, f.tray.preferencesWindow()};
     for (const QWidget* window : windows)
         QVERIFY(window && window->isVisible());
+    QVERIFY(f.tray.aboutWindow()->isVisible());
     QVERIFY(!f.inBackground());
-    f.tray.aboutWindow()->close();     // closed by the user: kept, and brought back too
+    // Closed by the user with Ctrl+W: it stays closed when the others come back.
+    QVERIFY(QTest::qWaitForWindowActive(f.tray.aboutWindow()));
+    QTest::keyClick(f.tray.aboutWindow(), Qt::Key_W, Qt::ControlModifier);
+    QVERIFY(!f.tray.aboutWindow()->isVisible());
 
     AlertDriver driver(AlertDriver::click(QStringLiteral("Run in Background")));
     QCOMPARE(f.tray.applicationShouldTerminate(), QuitConfirmation::TerminateReply::Cancel);
@@ -129,6 +167,12 @@ void TrayControllerTest::runInBackgroundThenOpenTypoletBringsBackEveryWindow() {
     QVERIFY(!f.inBackground());
     for (const QWidget* window : windows)
         QVERIFY(window->isVisible());
+    QVERIFY(!f.tray.aboutWindow()->isVisible());
+    // Closed windows stay closed on a second launch too, but the main window always comes.
+    f.mainWindow.close();
+    f.tray.preferencesWindow()->close();
+    f.tray.openApp();
+    QVERIFY(f.mainWindow.isVisible() && !f.tray.preferencesWindow()->isVisible());
 }
 
 void TrayControllerTest::everyQuitRequestAsksFirst_data() {
@@ -187,6 +231,89 @@ void TrayControllerTest::signalsEndItWithoutAsking() {
     QCOMPARE(runLoop([&] { f.tray.terminateWithoutAsking(); }), 0);
     QCOMPARE(driver.acted(), 0);
     QCOMPARE(terminating.size(), 1);
+}
+
+// The desktop's menu layout, no menu named after the program, one ellipsis.
+void TrayControllerTest::theMenusAreFileEditHelp() {
+    TemporarySettings settings;
+    SnippetStore store(settings.path());
+    Preferences preferences(settings.path());
+    Autostart autostart(std::make_unique<RecordingAutostartBackend>());
+    QMainWindow mainWindow;
+    mainWindow.setCentralWidget(new ContentView(store));
+    TrayController tray(autostart, preferences);
+    tray.applicationDidFinishLaunching(&mainWindow);
+    QAction extra(QStringLiteral("Import\u2026"));
+    tray.addLibraryActions({&extra});
+    QStringList menus;
+    for (const QAction* menu : mainWindow.menuBar()->actions())
+        menus << menu->text();
+    QCOMPARE(menus, (QStringList{"&File", "&Edit", "&Help"}));
+    const auto entries = [](const QMenu* menu) {
+        QStringList shown;
+        for (const QAction* action : menu->actions())
+            if (!action->isSeparator())
+                shown << action->text().section(QLatin1Char('\t'), 0, 0) + QLatin1Char('|') +
+                             action->shortcut().toString();
+        return shown;
+    };
+    QCOMPARE(entries(tray.fileMenu()),
+             (QStringList{"New Snippet\u2026|Ctrl+N", "New Category\u2026|Ctrl+Shift+N",
+                          "Import\u2026|", "Pause Expansion|", "Quit|Ctrl+Q"}));
+    QCOMPARE(entries(tray.editMenu()),
+             (QStringList{"Find|Ctrl+F", "Delete\u2026|Del", "Preferences\u2026|Ctrl+,"}));
+    QCOMPARE(entries(tray.helpMenu()), (QStringList{"Typolet Help|F1", "About Typolet|"}));
+}
+
+void TrayControllerTest::quittingSettlesTheEditorsEdits_data() {
+    QTest::addColumn<QString>("answer"); // empty: saved without asking
+    QTest::addColumn<bool>("quits");
+    QTest::addColumn<QString>("stored");
+    QTest::newRow("Save") << "Save" << true << "Hello!";
+    QTest::newRow("Discard") << "Discard" << true << "Hello";
+    QTest::newRow("Cancel") << "Cancel" << false << "Hello";
+    QTest::newRow("saved without asking") << QString() << true << "Hello!";
+}
+
+// "Quit" with a snippet edited but not saved: the edit is saved, discarded, or the quit is off.
+void TrayControllerTest::quittingSettlesTheEditorsEdits() {
+    QFETCH(QString, answer);
+    QFETCH(bool, quits);
+    QFETCH(QString, stored);
+    TemporarySettings settings;
+    SnippetStore store(settings.path());
+    QVERIFY(!store.addSnippet(Snippet::create(QStringLiteral(";hi"), QStringLiteral("Hello"),
+                                              Category::defaultCategoryId)));
+    Preferences preferences(settings.path());
+    Autostart autostart(std::make_unique<RecordingAutostartBackend>());
+    QMainWindow mainWindow;
+    auto* editor = new ContentView(store);
+    mainWindow.setCentralWidget(editor);
+    mainWindow.show();
+    TrayController tray(autostart, preferences);
+    tray.applicationDidFinishLaunching(&mainWindow);
+    editor->setSaveEditsOnLeave(answer.isEmpty());
+    editor->setSelectedSnippet(store.snippets().first());
+    editor->detailView()->contentEditor()->moveCursor(QTextCursor::End);
+    QTest::keyClicks(editor->detailView()->contentEditor(), QStringLiteral("!"));
+    std::unique_ptr<AlertDriver> second;
+    int questions = 0;
+    AlertDriver driver([&](QMessageBox* alert) {
+        ++questions;
+        if (!answer.isEmpty())
+            second = std::make_unique<AlertDriver>([&, answer](QMessageBox* unsaved) {
+                ++questions;
+                QVERIFY(unsaved->text().contains(QStringLiteral(";hi")));
+                for (QAbstractButton* button : unsaved->buttons())
+                    if (QString(button->text()).remove(QLatin1Char('&')) == answer)
+                        QTest::mouseClick(button, Qt::LeftButton);
+            });
+        AlertDriver::click(QStringLiteral("Quit"))(alert);
+    });
+    const bool ended = runLoop([&] { QCoreApplication::quit(); }) == 0;
+    QCOMPARE(ended, quits);
+    QCOMPARE(questions, answer.isEmpty() ? 1 : 2);
+    QCOMPARE(store.snippets().first().content, stored);
 }
 
 TYPOLET_ISOLATED_TEST_MAIN(TrayControllerTest)

@@ -1,0 +1,207 @@
+// Work in the editor is never dropped: a warning's cure changes nothing until confirmed, a shown
+// snippet follows the store and saves only what the user changed, and edits not yet saved are
+// kept until the user says what becomes of them.
+#include "AddSnippetDialog.h"
+#include "CustomTextEditor.h"
+#include "FocusableTextField.h"
+#include "GuiTestSupport.h"
+#include "PlainButton.h"
+#include "SnippetDetailView.h"
+#include "TriggerOption.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QListView>
+#include <QPushButton>
+
+namespace {
+const QString unsavedTitle = QStringLiteral("Unsaved Changes");
+
+// Work: ;br ;hi, the window showing Work.
+struct Library {
+    EditorFixture fixture;
+    Category work = fixture.addCategory(QStringLiteral("Work"));
+    Snippet br = fixture.addSnippet(QStringLiteral(";br"), QStringLiteral("Best regards"), work.id);
+    Snippet hi = fixture.addSnippet(QStringLiteral(";hi"), QStringLiteral("Hello"), work.id);
+    ContentView* view = fixture.show(work);
+
+    Snippet stored(const QUuid& id) {
+        for (const Snippet& snippet : fixture.store().snippets())
+            if (snippet.id == id)
+                return snippet;
+        return {};
+    }
+    bool brWaits() { return stored(br.id).expandsAfterWordEnd(); }
+    SnippetDetailView* select(int row) {
+        GuiInput::clickRow(view->snippetList(), row);
+        return view->detailView();
+    }
+    // Types into whatever has the keyboard, as the user would.
+    static void typeHere(const QString& text) {
+        QTest::keyClicks(QApplication::focusWidget(), text);
+    }
+    static void tab() { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab); }
+    AddSnippetDialog* openSheet() {
+        return GuiInput::openSheet(view->addSnippetButton(), [this] { return view->addSheet(); });
+    }
+};
+} // namespace
+
+class UnsavedWorkTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    // Typing ";brb" while ";br" exists warns, and offers to let ";br" wait for a word end.
+    void theCureChangesAnotherSnippetOnlyWithTheAdd() {
+        Library lib;
+        AddSnippetDialog* sheet = lib.openSheet();
+        QVERIFY(sheet);
+        QTRY_VERIFY(sheet->commandField()->hasFocus());
+        Library::typeHere(QStringLiteral(";brb"));
+        QVERIFY(sheet->triggerOption()->showingClash());
+        // The warning takes no stop of its own: Tab, Tab reaches the content.
+        Library::tab();
+        Library::tab();
+        Library::typeHere(QStringLiteral("Be right back"));
+        QCOMPARE(sheet->content(), QStringLiteral("Be right back"));
+        QVERIFY(!lib.brWaits());
+        // Taking the cure is a choice for the sheet; Cancel leaves every snippet as it was.
+        GuiInput::click(sheet->triggerOption()->cureButton());
+        QVERIFY(!lib.brWaits());
+        QVERIFY(!sheet->triggerOption()->showingClash());
+        QVERIFY(GuiInput::clickCloses(sheet->cancelButton()));
+        QVERIFY(!lib.brWaits());
+        QVERIFY(!lib.fixture.reloaded()->snippets().first().expandsAfterWordEnd());
+        // With the snippet added, the cure is made too.
+        sheet = lib.openSheet();
+        QVERIFY(sheet);
+        QTest::keyClicks(sheet->commandField(), QStringLiteral(";brb"));
+        QTest::keyClicks(sheet->contentEditor(), QStringLiteral("Be right back"));
+        GuiInput::click(sheet->triggerOption()->cureButton());
+        QVERIFY(!lib.brWaits());
+        QVERIFY(GuiInput::clickCloses(sheet->addButton()));
+        QVERIFY(lib.brWaits());
+        QVERIFY(lib.fixture.reloaded()->snippets().first().expandsAfterWordEnd());
+    }
+
+    // The shown snippet changes elsewhere (another window, another program): the view shows
+    // the change, keeps what the user edited, and a save writes only the user's edits.
+    void aShownSnippetFollowsTheStore() {
+        Library lib;
+        SnippetDetailView* detail = lib.select(0);
+        QCheckBox* option = detail->triggerOption()->checkBox();
+        QVERIFY(!option->isChecked());
+        QVERIFY(!lib.fixture.store().updateSnippet(lib.br, lib.br.command, lib.br.content,
+                                                   std::nullopt, Snippet::Trigger::AfterWordEnd));
+        QVERIFY(option->isChecked());
+        QVERIFY(!detail->saveButton()->isEnabled());
+        // A small edit of the content, saved, keeps the option.
+        detail->contentEditor()->moveCursor(QTextCursor::End);
+        QTest::keyClicks(detail->contentEditor(), QStringLiteral(","));
+        GuiInput::click(detail->saveButton());
+        QVERIFY(lib.brWaits());
+        QCOMPARE(lib.stored(lib.br.id).content, QStringLiteral("Best regards,"));
+        // An edit of the command pending while the content changes elsewhere: both stay.
+        QTest::keyClick(detail->commandField(), Qt::Key_End);
+        QTest::keyClicks(detail->commandField(), QStringLiteral("x"));
+        Snippet now = lib.stored(lib.br.id);
+        QVERIFY(!lib.fixture.store().updateSnippet(now, now.command, QStringLiteral("Regards")));
+        QCOMPARE(detail->commandField()->text(), QStringLiteral(";brx"));
+        QCOMPARE(detail->contentEditor()->toPlainText(), QStringLiteral("Regards"));
+        QVERIFY(detail->saveButton()->isEnabled());
+        GuiInput::click(detail->saveButton());
+        now = lib.stored(lib.br.id);
+        QCOMPARE((QStringList{now.command, now.content}), (QStringList{";brx", "Regards"}));
+        QVERIFY(now.expandsAfterWordEnd());
+    }
+
+    // Leaving an edited snippet asks; each answer does what it says.
+    void leavingAnEditAsks_data() {
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QString>("shownAfter");
+        QTest::addColumn<QString>("storedContent");
+        QTest::addColumn<bool>("modifiedAfter");
+        QTest::newRow("Save") << "Save" << ";hi" << "Best regards!" << false;
+        QTest::newRow("Discard") << "Discard" << ";hi" << "Best regards" << false;
+        QTest::newRow("Cancel") << "Cancel" << ";br" << "Best regards" << true;
+    }
+    void leavingAnEditAsks() {
+        QFETCH(QString, answer);
+        QFETCH(QString, shownAfter);
+        QFETCH(QString, storedContent);
+        QFETCH(bool, modifiedAfter);
+        Library lib;
+        SnippetDetailView* detail = lib.select(0);
+        // Marked as modified, with Save on, only while the texts differ from the stored ones.
+        QVERIFY(!detail->saveButton()->isEnabled() && !lib.view->isWindowModified());
+        detail->contentEditor()->moveCursor(QTextCursor::End);
+        QTest::keyClicks(detail->contentEditor(), QStringLiteral("!"));
+        QVERIFY(detail->saveButton()->isEnabled() && lib.view->isWindowModified());
+        QTest::keyClick(detail->contentEditor(), Qt::Key_Backspace);
+        QVERIFY(!detail->saveButton()->isEnabled() && !lib.view->isWindowModified());
+        QTest::keyClicks(detail->contentEditor(), QStringLiteral("!"));
+
+        AlertAnswer asked(unsavedTitle, answer);
+        lib.select(1);
+        QTRY_VERIFY(asked.answered());
+        QVERIFY(asked.message().contains(QStringLiteral(";br")));
+        QTRY_COMPARE(detail->commandField()->text(), shownAfter);
+        QCOMPARE(lib.stored(lib.br.id).content, storedContent);
+        QCOMPARE(lib.view->isWindowModified(), modifiedAfter);
+        QCOMPARE(Shown::rows(lib.view->snippetList()).contains(QStringLiteral("*") + shownAfter),
+                 true);
+        if (modifiedAfter)
+            QCOMPARE(detail->content(), QStringLiteral("Best regards!"));
+    }
+
+    // The window asks the same before it lets the program end; automatic saving asks nothing.
+    void quittingAndAutomaticSaving() {
+        Library lib;
+        SnippetDetailView* detail = lib.select(0);
+        GuiInput::retype(detail->commandField(), QStringLiteral(";bye"));
+        {
+            AlertAnswer asked(unsavedTitle, QStringLiteral("Cancel"));
+            QVERIFY(!lib.view->settleEdits());
+            QVERIFY(asked.answered());
+            QCOMPARE(detail->command(), QStringLiteral(";bye"));
+        }
+        {
+            AlertAnswer asked(unsavedTitle, QStringLiteral("Save"));
+            QVERIFY(lib.view->settleEdits());
+            QVERIFY(asked.answered());
+            QCOMPARE(lib.stored(lib.br.id).command, QStringLiteral(";bye"));
+        }
+        QVERIFY(lib.view->settleEdits()); // nothing left to ask about
+        lib.view->setSaveEditsOnLeave(true);
+        GuiInput::retype(detail->commandField(), QStringLiteral(";brr"));
+        AlertAnswer never(unsavedTitle, QStringLiteral("Cancel"));
+        lib.select(1);
+        QTRY_COMPARE(detail->commandField()->text(), QStringLiteral(";hi"));
+        QCOMPARE(lib.stored(lib.br.id).command, QStringLiteral(";brr"));
+        // A save the store refuses keeps the user there, with the reason shown.
+        GuiInput::retype(detail->commandField(), QStringLiteral(";brr"));
+        QVERIFY(!lib.view->settleEdits());
+        QVERIFY(detail->showingDuplicateError());
+        QCOMPARE(lib.stored(lib.hi.id).command, QStringLiteral(";hi"));
+        QVERIFY(!never.answered());
+    }
+
+    // Escape in the editor puts the stored texts back.
+    void escapeReverts() {
+        Library lib;
+        SnippetDetailView* detail = lib.select(0);
+        detail->triggerOption()->checkBox()->click();
+        GuiInput::retype(detail->commandField(), QStringLiteral(";x"));
+        QTest::keyClicks(detail->contentEditor(), QStringLiteral("more"));
+        QTest::keyClick(detail->contentEditor(), Qt::Key_Escape);
+        QCOMPARE((QStringList{detail->command(), detail->content()}),
+                 (QStringList{";br", "Best regards"}));
+        QVERIFY(!detail->triggerOption()->checkBox()->isChecked());
+        QVERIFY(!detail->saveButton()->isEnabled() && !lib.view->isWindowModified());
+        QVERIFY(lib.view->settleEdits());
+    }
+};
+
+QTEST_MAIN(UnsavedWorkTest)
+#include "UnsavedWorkTest.moc"
