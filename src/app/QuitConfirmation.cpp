@@ -17,9 +17,6 @@ QString QuitConfirmation::noTrayText() {
               "background. To bring its window back, start Typolet again from the application "
               "menu.");
 }
-QString QuitConfirmation::quitTitle() { return tr("Quit"); }
-QString QuitConfirmation::runInBackgroundTitle() { return tr("Run in Background"); }
-QString QuitConfirmation::cancelTitle() { return tr("Cancel"); }
 
 QuitConfirmation::QuitConfirmation(AppWindows& windows) : m_windows(windows) {}
 

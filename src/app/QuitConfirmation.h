@@ -34,9 +34,6 @@ public:
     static QString messageText();
     static QString informativeText();
     static QString noTrayText();
-    static QString quitTitle();
-    static QString runInBackgroundTitle();
-    static QString cancelTitle();
 
 private:
     AppWindows& m_windows;
