@@ -276,9 +276,7 @@ void X11KeyMonitor::rawKey(int master, int source, uint32_t keyCode, unsigned lo
 }
 
 void X11KeyMonitor::followFocus() {
-    Window focus = None;
-    int revertTo = 0;
-    XGetInputFocus(m_display, &focus, &revertTo);
+    const Window focus = inputFocus();
     const Window root = DefaultRootWindow(m_display);
     if (focus == m_focusWindow)
         return;
