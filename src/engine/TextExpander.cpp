@@ -488,6 +488,19 @@ Expansion TextExpander::replacement(int erased, const QString& text, const QStri
     return steps;
 }
 
+void TextExpander::insert(const Snippet& snippet) {
+    if (m_expanding) {
+        qCInfo(lcEngine).noquote() << QStringLiteral("Insertion skipped: an expansion is under way");
+        return;
+    }
+    stopAwaiting();
+    // With no command before the caret there is nothing to erase, and nothing for BackSpace
+    // to put back.
+    Snippet uncommanded = snippet;
+    uncommanded.command.clear();
+    expand(uncommanded);
+}
+
 void TextExpander::expand(const Snippet& snippet, const QString& wordEnd, bool endReached) {
     qCInfo(lcKeys).noquote() << QStringLiteral("Match found: '") + snippet.command +
                        QStringLiteral("' -> '") + snippet.content + QLatin1Char('\'');
@@ -560,13 +573,14 @@ void TextExpander::expandWith(const Snippet& snippet, const QString& wordEnd, bo
     // Tab or Return, which may have left the field, nor once the caret has moved back into the
     // content (what stands before it is no longer what was typed).
     std::optional<Undo> undo = Undo{snippet.command + wordEnd, 0, 0, {}};
-    if (leavesTheField(wordEnd) || caretBack > 0) {
+    if (leavesTheField(wordEnd) || caretBack > 0 || snippet.command.isEmpty()) {
         undo.reset();
     } else if (!endReached && !wordEnd.isEmpty()) {
         // It is held, and reaches the application right after the content.
         undo->typed = 1;
         undo->passing = wordEnd;
     }
+    emit snippetUsed(snippet.id);
     replace(erased, typed, undo, {}, caretBack);
 }
 

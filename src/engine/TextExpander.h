@@ -69,6 +69,11 @@ public:
     // Between a match and the end of its output.
     bool isExpanding() const { return m_expanding; }
 
+    // Sends `snippet`'s content to the focused window as an expansion does (placeholders
+    // filled, {{cursor}} honoured, pasted when long), erasing nothing: no command was typed
+    // (the insert window). Nothing goes out while another expansion is under way.
+    void insert(const Snippet& snippet);
+
     // One key-down seen by the monitor: translated with its state and handed to handleKeyPress.
     void keyDown(const KeyStroke& stroke);
 
@@ -102,6 +107,10 @@ public:
     // Another window may have the focus: what was typed, an undo and a waiting command belong
     // to the window they were typed in.
     void focusChanged();
+
+signals:
+    // A snippet's content went out, as an expansion or an insertion.
+    void snippetUsed(const QUuid& id);
 
 private:
     void startMonitoring();
