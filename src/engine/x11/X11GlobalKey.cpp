@@ -25,6 +25,9 @@ KeySym keySymOf(Qt::Key key) {
         return XK_a + (key - Qt::Key_A);
     if (key >= Qt::Key_0 && key <= Qt::Key_9)
         return XK_0 + (key - Qt::Key_0);
+    // Punctuation (Period for the insert window): Qt's codes and X's keysyms are both Latin-1.
+    if (key >= Qt::Key_Exclam && key <= Qt::Key_AsciiTilde)
+        return KeySym(key);
     return NoSymbol;
 }
 } // namespace

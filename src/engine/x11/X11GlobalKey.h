@@ -5,7 +5,8 @@
 class QSocketNotifier;
 typedef struct _XDisplay Display;
 
-// One key combination for the whole desktop (Ctrl+Alt+Space for pausing), grabbed on the root
+// One key combination for the whole desktop (Ctrl+Alt+Space for pausing,
+// Ctrl+Alt+Period for the insert window), grabbed on the root
 // window through a connection of its own: the application with the focus never sees it.
 class X11GlobalKey : public QObject {
     Q_OBJECT
@@ -13,8 +14,9 @@ public:
     explicit X11GlobalKey(QObject* parent = nullptr);
     ~X11GlobalKey() override;
 
-    // Takes `keys` (a letter, digit, function key or Space with modifiers); false when another
-    // program holds it already, or when it cannot be grabbed at all (no display, no such key).
+    // Takes `keys` (a letter, digit, punctuation, function key or Space with modifiers); false
+    // when another program holds it already, or when it cannot be grabbed at all (no display,
+    // no such key).
     bool grab(QKeyCombination keys);
 
 signals:
