@@ -15,6 +15,7 @@
 #include "X11KeyboardOutput.h"
 #include "X11KeymapSource.h"
 #include "X11PermissionProbe.h"
+#include "X11WindowFocus.h"
 
 EngineBootstrap::EngineBootstrap(bool withWindows)
     : EngineHost(withWindows), m_permissions(std::make_unique<X11PermissionProbe>()),
@@ -26,7 +27,8 @@ EngineBootstrap::EngineBootstrap(bool withWindows)
       m_clipboard(std::make_unique<X11ClipboardLender>()),
       m_output(std::make_unique<X11KeyboardOutput>(*m_keymaps)),
       m_clipboardReader(std::make_unique<X11ClipboardReader>()),
-      m_clipboardText(std::make_unique<SystemClipboard>(m_clipboard.get(), m_clipboardReader.get())) {
+      m_clipboardText(std::make_unique<SystemClipboard>(m_clipboard.get(), m_clipboardReader.get())),
+      m_windowFocus(std::make_unique<X11WindowFocus>()) {
     m_output->setPasting(m_clipboard.get(), m_focus.get());
     X11KeymapSource* keymaps = m_keymaps.get();
     m_monitor->setKeymapChangedHandler([keymaps] { keymaps->keymapChanged(); });
@@ -60,16 +62,30 @@ QString EngineBootstrap::focusedApplication() const {
     return m_focus->name();
 }
 
-bool EngineBootstrap::grabGlobalKey(const QKeySequence& keys, std::function<void()> onPressed) {
-    m_globalKey.reset(); // lets go of the previous keys first
-    m_globalKey = std::make_unique<X11GlobalKey>();
-    if (keys.isEmpty() || !m_globalKey->grab(keys[0])) {
-        m_globalKey.reset();
+namespace {
+bool grabInto(std::unique_ptr<X11GlobalKey>& slot, const QKeySequence& keys,
+              std::function<void()> onPressed) {
+    slot.reset(); // lets go of the previous keys first
+    slot = std::make_unique<X11GlobalKey>();
+    if (keys.isEmpty() || !slot->grab(keys[0])) {
+        slot.reset();
         return false;
     }
-    QObject::connect(m_globalKey.get(), &X11GlobalKey::pressed, m_globalKey.get(),
-                     std::move(onPressed));
+    QObject::connect(slot.get(), &X11GlobalKey::pressed, slot.get(), std::move(onPressed));
     return true;
+}
+} // namespace
+
+bool EngineBootstrap::grabGlobalKey(const QKeySequence& keys, std::function<void()> onPressed) {
+    return grabInto(m_globalKey, keys, std::move(onPressed));
+}
+
+bool EngineBootstrap::grabInsertKey(const QKeySequence& keys, std::function<void()> onPressed) {
+    return grabInto(m_insertKey, keys, std::move(onPressed));
+}
+
+WindowFocus* EngineBootstrap::windowFocus() const {
+    return m_windowFocus.get();
 }
 
 void EngineBootstrap::restoreKeyboardMapping() { m_output->restoreSpareKeyCodes(); }

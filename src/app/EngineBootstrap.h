@@ -17,6 +17,8 @@ class X11GlobalKey;
 class X11KeyMonitor;
 class X11KeyboardOutput;
 class X11KeymapSource;
+class X11WindowFocus;
+class WindowFocus;
 class X11PermissionProbe;
 
 // Puts the expansion engine together on X11: the permission probe, the keymap source, the key
@@ -41,6 +43,10 @@ public:
     // another program holds them.
     bool grabGlobalKey(const QKeySequence& keys, std::function<void()> onPressed);
     static constexpr bool grabsGlobalKeys = true;
+    // The same for the keys that open the insert window: a grab of its own beside the pause keys.
+    bool grabInsertKey(const QKeySequence& keys, std::function<void()> onPressed);
+    // The keyboard focus, to hand back after the insert window.
+    WindowFocus* windowFocus() const;
 
     // Empties the spare keycodes the output bound (at quit).
     void restoreKeyboardMapping();
@@ -58,4 +64,6 @@ private:
     std::unique_ptr<X11ClipboardReader> m_clipboardReader;
     std::unique_ptr<SystemClipboard> m_clipboardText;
     std::unique_ptr<X11GlobalKey> m_globalKey;
+    std::unique_ptr<X11GlobalKey> m_insertKey;
+    std::unique_ptr<X11WindowFocus> m_windowFocus;
 };

@@ -22,6 +22,11 @@ bool EngineHost::startEngine(SnippetStore& store, const EnginePlatform& platform
     m_engine->setClipboard(clipboard);
     m_engine->setUndoWithBackspace(m_undoWithBackspace);
     m_engine->setPasteThreshold(m_pasteThreshold);
+    QObject::connect(m_engine.get(), &TextExpander::snippetUsed, m_engine.get(),
+                     [this](const QUuid& id) {
+                         if (m_snippetUsed)
+                             m_snippetUsed(id);
+                     });
     return m_engine->isMonitoring();
 }
 
@@ -60,4 +65,13 @@ void EngineHost::setPasteThreshold(int characters) {
     m_pasteThreshold = characters;
     if (m_engine)
         m_engine->setPasteThreshold(characters);
+}
+
+void EngineHost::setSnippetUsedHandler(std::function<void(const QUuid&)> handler) {
+    m_snippetUsed = std::move(handler);
+}
+
+void EngineHost::insertSnippet(const Snippet& snippet) {
+    if (m_engine)
+        m_engine->insert(snippet);
 }

@@ -11,6 +11,9 @@ class ConsolePermissionAlert;
 class MessageBoxPermissionAlert;
 class SnippetStore;
 class TextExpander;
+class WindowFocus;
+class QUuid;
+struct Snippet;
 struct EnginePlatform;
 
 // What the engine's set-up shares in every session: the engine itself once started, the
@@ -28,6 +31,10 @@ public:
     void setUndoWithBackspace(bool enabled);
     // Contents of at least this many characters are pasted; 0 types every content.
     void setPasteThreshold(int characters);
+    // Told the id of each snippet whose content went out (expanded or inserted).
+    void setSnippetUsedHandler(std::function<void(const QUuid&)> handler);
+    // Sends `snippet` to the focused window without erasing anything (the insert window).
+    void insertSnippet(const Snippet& snippet);
 
 protected:
     // `withWindows` is false when no window can be shown: the guidance then goes to the
@@ -53,4 +60,5 @@ private:
     bool m_undoWithBackspace = true;
     int m_pasteThreshold = 0;
     QStringList m_excluded;
+    std::function<void(const QUuid&)> m_snippetUsed;
 };

@@ -53,6 +53,11 @@ public:
     static constexpr bool grabsGlobalKeys = false;
     static constexpr bool tellsApplications = false;
     bool grabGlobalKey(const QKeySequence&, std::function<void()>) { return false; }
+    // Nor the insert window's: users bind `typolet --insert` in their desktop's settings.
+    bool grabInsertKey(const QKeySequence&, std::function<void()>) { return false; }
+    // No client may ask where another's window is or move the focus: the compositor hands the
+    // focus back when the insert window closes.
+    WindowFocus* windowFocus() const { return nullptr; }
 
     // The virtual keyboard binds no spare keys: nothing to restore.
     void restoreKeyboardMapping() {}
