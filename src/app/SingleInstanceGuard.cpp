@@ -123,6 +123,8 @@ void SingleInstanceGuard::acceptConnections() {
             const QByteArray line = socket->readLine();
             if (line == activateMessage)
                 emit activationRequested();
+            else if (line == insertMessage)
+                emit insertRequested();
             socket->disconnectFromServer();
         };
         connect(socket, &QLocalSocket::readyRead, this, handle);
@@ -138,7 +140,7 @@ bool SingleInstanceGuard::notifyPrimary() {
         QLocalSocket socket;
         socket.connectToServer(m_serverName);
         if (socket.waitForConnected(1000)) {
-            socket.write(activateMessage);
+            socket.write(m_request);
             while (socket.bytesToWrite() > 0 && socket.waitForBytesWritten(2000)) {
             }
             const bool sent = socket.bytesToWrite() == 0;

@@ -41,10 +41,17 @@ public:
     static QString displayKey(const QString& x11Display, const QString& waylandDisplay = {});
 
     static constexpr const char* activateMessage = "activate\n";
+    static constexpr const char* insertMessage = "insert\n";
+
+    // What a later launch asks of the running Typolet: activateMessage (the default) or
+    // insertMessage (`typolet --insert`). Set before claim().
+    void setRequest(const char* message) { m_request = message; }
 
 signals:
     // A later launch asked this Typolet to bring its windows forward.
     void activationRequested();
+    // A later launch asked this Typolet to open the insert window.
+    void insertRequested();
 
 private:
     bool notifyPrimary();
@@ -55,4 +62,5 @@ private:
     QLockFile m_lock;
     std::unique_ptr<QLocalServer> m_server;
     bool m_notified = false;
+    const char* m_request = activateMessage;
 };

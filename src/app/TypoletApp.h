@@ -41,6 +41,8 @@ public:
     // Null before start() or when start() returned false.
     TrayController* trayController() const { return m_trayController.get(); }
     QMainWindow* mainWindow() const { return m_mainWindow.get(); }
+    // The single-instance channel: what a later launch asks, and what this one is asked.
+    SingleInstanceGuard& instanceGuard() const { return *m_guard; }
 
     // The main window's first size.
     static constexpr int mainWidth = 1100;
