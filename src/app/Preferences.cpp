@@ -43,6 +43,10 @@ void Preferences::takeOutsideChanges(const QStringList& keys) {
         emit excludedApplicationsChanged(excludedApplications());
     if (changed(pauseKeysKey))
         emit pauseKeysChanged(pauseKeys());
+    if (changed(insertKeysKey))
+        emit insertKeysChanged(insertKeys());
+    if (changed(countUsageKey))
+        emit countUsageChanged(countUsage());
     if (changed(keyboardLayoutKey))
         emit keyboardLayoutChanged(keyboardLayout());
 }
@@ -155,6 +159,34 @@ bool Preferences::setPauseKeys(const QKeySequence& keys) {
     const bool written = write(pauseKeysKey, keys.toString(QKeySequence::PortableText));
     if (changed)
         emit pauseKeysChanged(keys);
+    return written;
+}
+
+QKeySequence Preferences::insertKeys() const {
+    // Absent: the default. Present and empty: the user chose no keys.
+    if (!m_file->contains(QLatin1String(insertKeysKey)))
+        return QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_Period);
+    return QKeySequence::fromString(stored(insertKeysKey).toString(),
+                                    QKeySequence::PortableText);
+}
+
+bool Preferences::setInsertKeys(const QKeySequence& keys) {
+    const bool changed = insertKeys() != keys;
+    const bool written = write(insertKeysKey, keys.toString(QKeySequence::PortableText));
+    if (changed)
+        emit insertKeysChanged(keys);
+    return written;
+}
+
+bool Preferences::countUsage() const {
+    return stored(countUsageKey, true).toBool();
+}
+
+bool Preferences::setCountUsage(bool enabled) {
+    const bool changed = countUsage() != enabled;
+    const bool written = write(countUsageKey, enabled);
+    if (changed)
+        emit countUsageChanged(enabled);
     return written;
 }
 

@@ -20,6 +20,10 @@ class LibraryFile;
 //  - paused: nothing expands until it is switched off again, also after a restart;
 //  - excludedApplications: the applications (by window class) where nothing expands;
 //  - pauseKeys: the desktop-wide keys that pause and resume, "Ctrl+Alt+Space" when absent;
+//  - insertKeys: the desktop-wide keys that open the insert window, "Ctrl+Alt+." when absent;
+//  - countUsage: each expansion and insertion is counted per snippet (for the insert window's
+//    order and the editor); absent reads as true. The counts live apart from this file (see
+//    UsageStore);
 //  - saveEditsOnLeave: leaving a snippet with edits not yet saved (another snippet, quitting)
 //    saves them without asking; absent reads as false (the editor asks);
 //  - lastCategory: the category the editor showed when Typolet last ended (its id); absent or
@@ -74,6 +78,14 @@ public:
     QKeySequence pauseKeys() const;
     bool setPauseKeys(const QKeySequence& keys);
 
+    QKeySequence insertKeys() const;
+    bool setInsertKeys(const QKeySequence& keys);
+
+    bool countUsage() const;
+    bool setCountUsage(bool enabled);
+    // Asks whoever keeps the usage counts to forget them (they are not kept here).
+    void clearUsage() { emit usageClearRequested(); }
+
     QStringList excludedApplications() const;
     bool setExcludedApplications(const QStringList& names);
 
@@ -116,6 +128,8 @@ public:
     static constexpr const char* saveEditsOnLeaveKey = "saveEditsOnLeave";
     static constexpr const char* excludedApplicationsKey = "excludedApplications";
     static constexpr const char* pauseKeysKey = "pauseKeys";
+    static constexpr const char* insertKeysKey = "insertKeys";
+    static constexpr const char* countUsageKey = "countUsage";
     static constexpr const char* keyboardLayoutKey = "keyboardLayout";
     static constexpr const char* remoteDesktopTokenKey = "remoteDesktopToken";
     static constexpr const char* syncFolderKey = "syncFolder";
@@ -130,6 +144,9 @@ signals:
     void saveEditsOnLeaveChanged(bool enabled);
     void excludedApplicationsChanged(const QStringList& names);
     void pauseKeysChanged(const QKeySequence& keys);
+    void insertKeysChanged(const QKeySequence& keys);
+    void countUsageChanged(bool enabled);
+    void usageClearRequested();
     void keyboardLayoutChanged(const QString& layout);
     void layoutInUseChanged(const QString& description);
 

@@ -138,8 +138,58 @@ void PreferencesView::buildGeneralCard() {
         m_pauseKeys->setKeySequence(keys);
         m_preferences.setPauseKeys(keys);
     });
+    addInsertRows();
     addLayoutRow();
     content->addStretch(1);
+}
+
+void PreferencesView::addInsertRows() {
+    auto* keysRow = new QHBoxLayout();
+    keysRow->setContentsMargins(textIndent, 0, 0, 0);
+    auto* keysTitle = new QLabel(tr("Open Insert Snippet from anywhere"), m_generalCard);
+    keysTitle->setFont(UiTheme::system(14, QFont::Medium));
+    keysTitle->setWordWrap(true);
+    keysRow->addWidget(keysTitle, 1);
+    m_insertKeys = new QKeySequenceEdit(m_preferences.insertKeys(), m_generalCard);
+    m_insertKeys->setObjectName(QStringLiteral("insertKeys"));
+    m_insertKeys->setAccessibleName(keysTitle->text());
+    m_insertKeys->setMinimumWidth(140);
+    m_insertKeys->setEnabled(m_preferences.canGrabPauseKeys());
+    keysTitle->setBuddy(m_insertKeys);
+    keysRow->addWidget(m_insertKeys);
+    m_generalCard->contentLayout()->addLayout(keysRow);
+    if (!m_preferences.canGrabPauseKeys()) {
+        auto* why = new ToneLabel(tr("Bind “typolet --insert” to keys in your desktop's keyboard "
+                                     "settings instead."),
+                                  ToneLabel::Tone::Tertiary, m_generalCard);
+        why->setFont(UiTheme::system(12));
+        why->setWordWrap(true);
+        why->setContentsMargins(textIndent, 0, 0, 0);
+        m_generalCard->contentLayout()->addWidget(why);
+    }
+    connect(m_insertKeys, &QKeySequenceEdit::editingFinished, this, [this] {
+        const QKeySequence typed = m_insertKeys->keySequence();
+        const QKeySequence keys = typed.isEmpty() ? QKeySequence() : QKeySequence(typed[0]);
+        m_insertKeys->setKeySequence(keys);
+        m_preferences.setInsertKeys(keys);
+    });
+
+    m_countUsageSwitch = addSwitchRow(tr("Count snippet use"),
+                                      tr("Snippets used often come first in Insert Snippet; the "
+                                         "counts stay on this computer"),
+                                      m_preferences.countUsage());
+    m_countUsageSwitch->setObjectName(QStringLiteral("countUsage"));
+    connect(m_countUsageSwitch, &ToggleSwitch::toggled, this,
+            [this](bool on) { m_preferences.setCountUsage(on); });
+    m_clearUsage = new QPushButton(tr("Clear Counts"), m_generalCard);
+    m_clearUsage->setObjectName(QStringLiteral("clearUsage"));
+    m_clearUsage->setAccessibleName(tr("Clear the snippet use counts"));
+    auto* clearRow = new QHBoxLayout();
+    clearRow->setContentsMargins(textIndent, 0, 0, 0);
+    clearRow->addStretch(1);
+    clearRow->addWidget(m_clearUsage);
+    m_generalCard->contentLayout()->addLayout(clearRow);
+    connect(m_clearUsage, &QPushButton::clicked, this, [this] { m_preferences.clearUsage(); });
 }
 
 void PreferencesView::addLayoutRow() {

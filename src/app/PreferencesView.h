@@ -40,6 +40,10 @@ public:
     QSpinBox* pasteThresholdBox() const { return m_pasteThreshold; }
     // The desktop-wide keys that pause and resume expansion.
     QKeySequenceEdit* pauseKeysEdit() const { return m_pauseKeys; }
+    // The desktop-wide keys that open the insert window; counting snippet use, and forgetting it.
+    QKeySequenceEdit* insertKeysEdit() const { return m_insertKeys; }
+    ToggleSwitch* countUsageSwitch() const { return m_countUsageSwitch; }
+    QPushButton* clearUsageButton() const { return m_clearUsage; }
     // The keyboard layout in use and the choice of another; shown only where it can be chosen.
     QComboBox* layoutChoice() const { return m_layoutChoice; }
     ToneLabel* layoutInUseLabel() const { return m_layoutInUse; }
@@ -60,6 +64,7 @@ private:
     void buildGeneralCard();
     void buildExclusionsCard();
     void showExclusions(const QStringList& names);
+    void addInsertRows();
     void addLayoutRow();
     void showLayoutInUse(const QString& description);
     // A titled, explained switch under the General header.
@@ -79,6 +84,9 @@ private:
     ToggleSwitch* m_saveEditsSwitch = nullptr;
     QSpinBox* m_pasteThreshold = nullptr;
     QKeySequenceEdit* m_pauseKeys = nullptr;
+    QKeySequenceEdit* m_insertKeys = nullptr;
+    ToggleSwitch* m_countUsageSwitch = nullptr;
+    QPushButton* m_clearUsage = nullptr;
     QWidget* m_layoutRow = nullptr;
     QComboBox* m_layoutChoice = nullptr;
     ToneLabel* m_layoutInUse = nullptr;
