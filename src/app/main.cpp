@@ -5,15 +5,19 @@
 #include "EvdevEngineBootstrap.h"
 #include "InputBackend.h"
 #include "InputCheck.h"
+#include "InsertSnippetWindow.h"
 #include "LibraryFile.h"
 #include "LibraryTransfer.h"
 #include "RestoreDialog.h"
 #include "Autostart.h"
 #include "Preferences.h"
+#include "SingleInstanceGuard.h"
+#include "SnippetInserter.h"
 #include "SnippetStore.h"
 #include "SyncFolder.h"
 #include "Translations.h"
 #include "TypoletApp.h"
+#include "UsageStore.h"
 #include "X11ConnectionLoss.h"
 #include "X11PermissionProbe.h"
 #include "XdgAutostartBackend.h"
@@ -22,8 +26,10 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QGuiApplication>
 #include <QKeySequence>
+#include <QMenu>
 #include <QMessageBox>
 #include <QTextStream>
 #include <QWindow>
@@ -32,6 +38,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 #include <QSocketNotifier>
+#include <QTimer>
 
 namespace {
 // Qt's own report of a broken X connection becomes our one line (Qt exits right after it).
@@ -63,6 +70,13 @@ struct CommandLine {
                                     "Prints the keyboard backend Typolet would use and whether it "
                                     "can see and type keys here, then exits: with 0 when it can, "
                                     "1 when not.")};
+    const QCommandLineOption insert{
+        QStringLiteral("insert"),
+        QCoreApplication::translate("main",
+                                    "Opens the Insert Snippet window of the running Typolet "
+                                    "(starting Typolet first if none runs); bind it to keys in "
+                                    "the desktop's keyboard settings where Typolet cannot take "
+                                    "keys itself (Wayland).")};
 
     CommandLine() {
         parser.setApplicationDescription(QCoreApplication::translate(
@@ -71,6 +85,7 @@ struct CommandLine {
         parser.addHelpOption();
         parser.addVersionOption();
         parser.addOption(checkInput);
+        parser.addOption(insert);
     }
 };
 
@@ -89,7 +104,8 @@ bool answersOnTerminal(int argc, char* argv[]) {
 
 // The application shell around either engine: the windows, the tray, the preferences.
 template <class Engine>
-int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store, LibraryFile& library) {
+int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store, LibraryFile& library,
+             bool openInsertWindow) {
     // The shell starts the pieces in order: the engine (with its permission check, which only
     // schedules its guidance), then the main window around the snippet editor, then the menus
     // and the tray icon. A second launch starts none of them; it wakes the running Typolet.
@@ -110,6 +126,8 @@ int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store, Library
     // (in the Preferences window's "Sync" card). Made after the single-instance check: a second
     // launch must not sync the same library a second time.
     SyncFolder sync(store, [&preferences] { return preferences.syncComputerId(); });
+    if (openInsertWindow)
+        typolet.instanceGuard().setRequest(SingleInstanceGuard::insertMessage);
     if (!typolet.start())
         return 0;
     typolet.trayController()->windows().setSyncFolder(&sync);
@@ -183,6 +201,52 @@ int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store, Library
         QObject::connect(&preferences, &Preferences::pauseKeysChanged, &app,
                          [grabPauseKeys] { grabPauseKeys(true); });
     }
+    // Insert Snippet: the window, what opens it (the tray, `typolet --insert`, the global
+    // keys), and the use counts that order it, kept apart from the library.
+    UsageStore usage;
+    usage.setCounting(preferences.countUsage());
+    QObject::connect(&preferences, &Preferences::countUsageChanged, &usage,
+                     &UsageStore::setCounting);
+    QObject::connect(&preferences, &Preferences::usageClearRequested, &usage, &UsageStore::clear);
+    engine.setSnippetUsedHandler([&usage](const QUuid& id) {
+        usage.recordUse(id, QDateTime::currentMSecsSinceEpoch());
+    });
+    InsertSnippetWindow insertWindow(store, usage);
+    SnippetInserter inserter(insertWindow, engine.windowFocus(),
+                             [&engine](const Snippet& snippet) { engine.insertSnippet(snippet); });
+    QAction insertAction(QCoreApplication::translate("main", "Insert Snippet\u2026"));
+    insertAction.setObjectName(QStringLiteral("insertSnippet"));
+    QObject::connect(&insertAction, &QAction::triggered, &inserter, &SnippetInserter::open);
+    typolet.trayController()->statusMenu()->insertAction(typolet.trayController()->pauseAction(),
+                                                        &insertAction);
+    QObject::connect(&typolet.instanceGuard(), &SingleInstanceGuard::insertRequested, &inserter,
+                     &SnippetInserter::open);
+    const auto grabInsertKeys = [&engine, &preferences, &inserter, &insertAction](bool tellUser) {
+        const QKeySequence keys = preferences.insertKeys();
+        const bool grabbed = engine.grabInsertKey(keys, [&inserter] { inserter.open(); });
+        const QString title = QCoreApplication::translate("main", "Insert Snippet\u2026");
+        insertAction.setText(grabbed ? title + QLatin1Char('\t') +
+                                           keys.toString(QKeySequence::NativeText)
+                                     : title);
+        if (grabbed || keys.isEmpty())
+            return;
+        const QString taken =
+            QCoreApplication::translate("main", "%1 is taken by another program; open Insert "
+                                                "Snippet from the tray menu, or choose other keys "
+                                                "in Preferences.")
+                .arg(keys.toString(QKeySequence::NativeText));
+        qCWarning(lcApp).noquote() << taken;
+        if (tellUser)
+            QMessageBox::warning(nullptr, QCoreApplication::translate("main", "Keys Taken"), taken);
+    };
+    if (Engine::grabsGlobalKeys) {
+        grabInsertKeys(false);
+        QObject::connect(&preferences, &Preferences::insertKeysChanged, &app,
+                         [grabInsertKeys] { grabInsertKeys(true); });
+    }
+    if (openInsertWindow)
+        QTimer::singleShot(0, &inserter, &SnippetInserter::open);
+
     engine.setExcludedApplications(preferences.excludedApplications());
     QObject::connect(&preferences, &Preferences::excludedApplicationsChanged, &app,
                      [&engine](const QStringList& names) { engine.setExcludedApplications(names); });
@@ -280,7 +344,7 @@ int main(int argc, char* argv[]) {
                     "main", "Typolet needs a Wayland or X11 display for its windows and could not "
                             "open one (WAYLAND_DISPLAY is \"%1\", DISPLAY is \"%2\").")
                     .arg(qEnvironmentVariable("WAYLAND_DISPLAY"), qEnvironmentVariable("DISPLAY")));
-        return runShell(*app, engine, store, library);
+        return runShell(*app, engine, store, library, commandLine.parser.isSet(commandLine.insert));
     }
     if (!hasDisplay) {
         // The X11 engine would only report that it cannot reach the extensions of a server it
@@ -292,5 +356,5 @@ int main(int argc, char* argv[]) {
         return 1;
     }
     EngineBootstrap engine(hasDisplay);
-    return runShell(*app, engine, store, library);
+    return runShell(*app, engine, store, library, commandLine.parser.isSet(commandLine.insert));
 }
