@@ -500,6 +500,17 @@ bool ContentView::settleEdits() {
     }
 }
 
+void ContentView::setUsageDescriber(std::function<QString(const QUuid&)> describe) {
+    m_describeUsage = std::move(describe);
+    if (m_detailView)
+        m_detailView->setUsageDescriber(m_describeUsage);
+}
+
+void ContentView::refreshUsage() {
+    if (m_detailView)
+        m_detailView->refreshUsage();
+}
+
 void ContentView::updateDetailPane() {
     if (!m_selectedSnippet) {
         m_detailStack->setCurrentWidget(m_detailPlaceholder);
@@ -515,6 +526,7 @@ void ContentView::updateDetailPane() {
             },
             m_detailStack);
         m_detailStack->addWidget(m_detailView);
+        m_detailView->setUsageDescriber(m_describeUsage);
         connect(m_detailView, &SnippetDetailView::editedChanged, this,
                 [this](bool edited) { window()->setWindowModified(edited); });
     } else {

@@ -97,6 +97,10 @@ public:
     PlainButton* addCategoryButton() const { return m_addCategoryButton; }
     QString title() const;
     CategoryRowView* categoryRow(const QUuid& categoryId) const;
+    // How often a snippet was used, in words, for the detail pane (see SnippetDetailView).
+    void setUsageDescriber(std::function<QString(const QUuid&)> describe);
+    // The counts changed: the detail pane says so again.
+    void refreshUsage();
     SnippetDetailView* detailView() const { return m_detailView; }
     bool showingDetailPlaceholder() const;
     AddSnippetDialog* addSheet() const { return m_addSheet; }
@@ -166,6 +170,7 @@ private:
     QLabel* m_problemBanner = nullptr;
     bool m_saveProblem = false; // the banner says a save failed
     SnippetDetailView* m_detailView = nullptr;
+    std::function<QString(const QUuid&)> m_describeUsage;
 
     QPointer<AddSnippetDialog> m_addSheet;
     QPointer<AddCategoryDialog> m_addCategorySheet;

@@ -48,6 +48,10 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const Snippet& snippet
     m_editedMarker->setObjectName(QStringLiteral("editedMarker"));
     m_editedMarker->setVisible(false);
     toolbarRow->addWidget(m_editedMarker);
+    m_usageLine = FormParts::secondaryText({}, UiTheme::subheadline(), toolbar);
+    m_usageLine->setObjectName(QStringLiteral("usageLine"));
+    m_usageLine->setVisible(false);
+    toolbarRow->addWidget(m_usageLine);
     toolbarRow->addStretch();
     m_saveButton =
         FormParts::primaryButton(QStringLiteral("square.and.arrow.down.fill"),
@@ -199,6 +203,17 @@ void SnippetDetailView::setSnippet(const Snippet& snippet) {
     reload();
 }
 
+void SnippetDetailView::setUsageDescriber(std::function<QString(const QUuid&)> describe) {
+    m_describeUsage = std::move(describe);
+    refreshUsage();
+}
+
+void SnippetDetailView::refreshUsage() {
+    const QString text = m_describeUsage ? m_describeUsage(m_snippetId) : QString();
+    m_usageLine->setText(text);
+    m_usageLine->setVisible(!text.isEmpty());
+}
+
 void SnippetDetailView::load() {
     const std::optional<Snippet> stored = m_store.snippet(m_snippetId);
     if (!stored)
@@ -212,6 +227,7 @@ void SnippetDetailView::load() {
     m_commandField->setCursorPosition(0);
     showContent(stored->content);
     showCategory(m_store.shownCategoryId(*stored));
+    refreshUsage();
     m_loading = false;
 }
 

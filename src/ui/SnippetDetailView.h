@@ -76,6 +76,13 @@ public:
     // Whether the edits are saved (also when there were none).
     bool save();
 
+    // Says how often the shown snippet was used ("Used 12 times, last yesterday"), as
+    // `describe` puts it for the snippet's id; without one the line stays hidden.
+    void setUsageDescriber(std::function<QString(const QUuid&)> describe);
+    // Asks again: the counts changed.
+    void refreshUsage();
+    QLabel* usageLine() const { return m_usageLine; }
+
 signals:
     // The fields came to differ from the stored record, or no longer do.
     void editedChanged(bool edited);
@@ -86,6 +93,9 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    QLabel* m_usageLine = nullptr;
+    std::function<QString(const QUuid&)> m_describeUsage;
+
     void load();
     void followStore();
     void fillCategories();
