@@ -17,6 +17,7 @@
 #include "SyncFolder.h"
 #include "Translations.h"
 #include "TypoletApp.h"
+#include "UsageDescription.h"
 #include "UsageStore.h"
 #include "X11ConnectionLoss.h"
 #include "X11PermissionProbe.h"
@@ -211,6 +212,11 @@ int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store, Library
     engine.setSnippetUsedHandler([&usage](const QUuid& id) {
         usage.recordUse(id, QDateTime::currentMSecsSinceEpoch());
     });
+    // The editor says how often the snippet it shows went out.
+    editor->setUsageDescriber([&usage](const QUuid& id) {
+        return UsageDescription::describe(usage.usageOf(id), QDateTime::currentDateTime());
+    });
+    QObject::connect(&usage, &UsageStore::usageChanged, editor, &ContentView::refreshUsage);
     InsertSnippetWindow insertWindow(store, usage);
     SnippetInserter inserter(insertWindow, engine.windowFocus(),
                              [&engine](const Snippet& snippet) { engine.insertSnippet(snippet); });
