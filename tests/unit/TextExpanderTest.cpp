@@ -277,6 +277,29 @@ private slots:
         QCOMPARE(rig.output.performed, expansion(4, "Regards"));
     }
 
+    // An insertion (the insert window) erases nothing, fills placeholders, honours the cursor,
+    // pastes when long, leaves nothing for BackSpace to undo, and is counted like an expansion.
+    void anInsertionErasesNothing() {
+        Rig rig;
+        rig.add(";sig", "Regards");
+        QSignalSpy used(&rig.engine, &TextExpander::snippetUsed);
+        rig.type("ab");
+        rig.engine.insert(Snippet::create(";x", "<{{cursor}}>", Category::defaultCategoryId));
+        QCoreApplication::processEvents(); // the output is done
+        rig.engine.setPasteThreshold(5);
+        rig.engine.insert(Snippet::create(";y", "long one", Category::defaultCategoryId));
+        QCoreApplication::processEvents();
+        rig.key("\b");
+        rig.type(";sig");
+        Expansion cursor = TextExpander::replacement(0, "<>");
+        cursor.append(ExpansionAction::moveLeft(1));
+        QCOMPARE(rig.output.performed, Expansions{cursor} +
+                                           Expansions{TextExpander::replacement(0, "long one", {}, 5)} +
+                                           Expansions{TextExpander::replacement(4, "Regards", {}, 5)});
+        QCOMPARE(used.size(), 3);
+        QCOMPARE(used.at(2).at(0).toUuid(), rig.store.snippets().first().id);
+    }
+
     // Placeholders are filled in as the content goes out; after a {{cursor}} the caret goes
     // back to it (a line break and keys that slipped in count once each), and BackSpace then
     // undoes nothing. Only contents that show the clipboard read it.
