@@ -107,6 +107,17 @@ void PreferencesViewTest::switchTurnsTheEntryOnAndOffAndShowsTheTruth() {
     QCOMPARE(keys.size(), 1);
     QCOMPARE(Preferences(f.settings.path()).pauseKeys(), QKeySequence(QStringLiteral("Ctrl+Alt+P")));
 
+    // Insert Snippet's keys (Ctrl+Alt+. until changed; cleared, none), counting and its Clear.
+    QCOMPARE(f.preferences.insertKeys(), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_Period));
+    f.view.insertKeysEdit()->clear();
+    emit f.view.insertKeysEdit()->editingFinished();
+    QCOMPARE(Preferences(f.settings.path()).insertKeys(), QKeySequence());
+    QSignalSpy clearing(&f.preferences, &Preferences::usageClearRequested);
+    QTest::mouseClick(f.view.countUsageSwitch(), Qt::LeftButton);
+    QVERIFY(!Preferences(f.settings.path()).countUsage());
+    f.view.clearUsageButton()->click();
+    QCOMPARE(clearing.size(), 1);
+
     // Exclusions are listed as they change, and Remove takes the selected one out.
     f.preferences.setExcludedApplications({"XTerm", "firefox"});
     QCOMPARE(f.view.exclusionList()->count(), 2);
