@@ -43,7 +43,7 @@ private slots:
     void helpListsEveryOptionAndTheManualExplainsEach() {
         const Answer answer = runTypolet({QStringLiteral("--help")});
         QCOMPARE(answer.exitCode, 0);
-        for (const char* option : {"--check-input", "--help", "--version"})
+        for (const char* option : {"--check-input", "--insert", "--help", "--version"})
             QVERIFY2(answer.out.contains(QLatin1String(option)), qPrintable(answer.out));
 
         QFile manual(QStringLiteral(TYPOLET_MANUAL));
@@ -63,9 +63,9 @@ private slots:
     }
 
     void anUnknownOptionIsRefused() {
-        const Answer answer = runTypolet({QStringLiteral("--insert")});
+        const Answer answer = runTypolet({QStringLiteral("--inserts")});
         QCOMPARE(answer.exitCode, 1);
-        QVERIFY2(answer.err.contains(QStringLiteral("insert")), qPrintable(answer.err));
+        QVERIFY2(answer.err.contains(QStringLiteral("inserts")), qPrintable(answer.err));
         QVERIFY2(answer.out.isEmpty(), qPrintable(answer.out));
     }
 };
