@@ -79,15 +79,23 @@ InsertSnippetWindow::InsertSnippetWindow(SnippetStore& store, UsageStore& usage,
     connect(m_list->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             &InsertSnippetWindow::updatePreview);
     connect(m_list, &QTreeView::activated, this, &InsertSnippetWindow::insertSelected);
+    m_prepareTimer.setSingleShot(true);
+    m_prepareTimer.setInterval(500);
+    connect(&m_prepareTimer, &QTimer::timeout, this, &InsertSnippetWindow::prepare);
     connect(&m_store, &SnippetStore::categoriesChanged, this, [this] {
         m_categoriesChanged = true;
         if (isVisible())
             search();
+        else
+            m_prepareTimer.start();
     });
     connect(&m_store, &SnippetStore::snippetsChanged, this, [this] {
         if (isVisible())
             search();
+        else
+            m_prepareTimer.start();
     });
+    m_prepareTimer.start();
     connect(&m_usage, &UsageStore::usageChanged, this, [this] { m_usageChanged = true; });
     connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this,
             [this] { m_clipboard.reset(); });
@@ -121,7 +129,8 @@ void InsertSnippetWindow::showNote(const QString& note) {
     search();
 }
 
-void InsertSnippetWindow::search() {
+void InsertSnippetWindow::prepare() {
+    m_prepareTimer.stop();
     if (m_searchedRevision != m_store.snippetsRevision() || m_categoriesChanged) {
         m_categoryNames.clear();
         for (const Category& category : m_store.categories())
@@ -131,6 +140,10 @@ void InsertSnippetWindow::search() {
         m_categoriesChanged = false;
         m_usageChanged = true;
     }
+}
+
+void InsertSnippetWindow::search() {
+    prepare();
     if (std::exchange(m_usageChanged, false))
         m_searcher.setUsage(m_usage.usage());
     const SnippetSearch::Result found = m_searcher.rank(m_search->text(), shownRows);

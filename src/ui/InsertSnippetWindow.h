@@ -3,6 +3,7 @@
 #include "Snippet.h"
 #include "SnippetSearch.h"
 
+#include <QTimer>
 #include <QWidget>
 #include <functional>
 #include <optional>
@@ -58,6 +59,8 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    // Folds the library's texts for searching, if they changed since the last time.
+    void prepare();
     void search();
     void updatePreview();
     void moveSelection(int by);
@@ -78,6 +81,9 @@ private:
     QPlainTextEdit* m_preview;
     QLabel* m_status;
     QString m_note;
+    // Prepares the search a moment after the library changes (and once after start), so that
+    // the window opens without that wait.
+    QTimer m_prepareTimer;
     qsizetype m_matches = 0;
     // The clipboard's text as read for the preview, until it changes.
     std::optional<std::optional<QString>> m_clipboard;
