@@ -223,8 +223,13 @@ int runShell(QCoreApplication& app, Engine& engine, SnippetStore& store, Library
     QAction insertAction(QCoreApplication::translate("main", "Insert Snippet\u2026"));
     insertAction.setObjectName(QStringLiteral("insertSnippet"));
     QObject::connect(&insertAction, &QAction::triggered, &inserter, &SnippetInserter::open);
-    typolet.trayController()->statusMenu()->insertAction(typolet.trayController()->pauseAction(),
-                                                        &insertAction);
+    // Above Quit's separator, after the entries the tray menu had before it.
+    QMenu* trayMenu = typolet.trayController()->statusMenu();
+    QAction* quitSeparator = nullptr;
+    for (QAction* entry : trayMenu->actions())
+        if (entry->isSeparator())
+            quitSeparator = entry;
+    trayMenu->insertAction(quitSeparator, &insertAction);
     QObject::connect(&typolet.instanceGuard(), &SingleInstanceGuard::insertRequested, &inserter,
                      &SnippetInserter::open);
     const auto grabInsertKeys = [&engine, &preferences, &inserter, &insertAction](bool tellUser) {
