@@ -247,8 +247,19 @@ void X11KeyMonitor::rawKey(int master, int source, uint32_t keyCode, unsigned lo
                            bool press) {
     if (source == m_ownXtestKeyboard && ownOutput())
         return; // Typolet's own typing or replay
-    if (m_keysGrabbed && m_grabbed.contains(master))
-        return; // held: it comes again as the grabbed event
+    if (m_keysGrabbed && m_grabbed.contains(master)) {
+        // Held: it comes again as the grabbed event. While a hold begins, a key-down typed just
+        // before the grab took effect has no such twin: it reached the application and counts
+        // as slipped, unless its twin turns up (holdKeys() waits for that).
+        if (press && m_slipped && !m_rawWhileGrabbing.contains({keyCode, time})) {
+            m_rawWhileGrabbing.insert({keyCode, time}, m_slipped->size());
+            KeyStroke stroke;
+            stroke.keyCode = keyCode;
+            stroke.state = m_stateOfMaster.value(master);
+            m_slipped->append(stroke);
+        }
+        return;
+    }
     if (!press && source != m_ownXtestKeyboard && m_syntheticDown.remove(keyCode)) {
         // The user let go of a modifier we had pressed again for them: let go of ours too.
         XTestFakeKeyEvent(m_display, keyCode, False, CurrentTime);
@@ -381,8 +392,14 @@ KeyMonitor::HoldResult X11KeyMonitor::holdKeys(HeldKeyFilter onHeld) {
         m_focusWhenHeld = inputFocus();
     result.holding = grabbed;
     m_slipped = &result.slipped;
+    // The grabs' round trips read every event the server sent before them; one more brings in
+    // the grabbed twin of every raw key-down read so far that came after a grab.
+    if (grabbed)
+        XSync(m_display, False);
     processQueued();
     m_slipped = nullptr;
+    m_rawWhileGrabbing.clear();
+    result.slipped.removeIf([](const KeyStroke& stroke) { return stroke.keyCode == 0; });
     return result;
 }
 
@@ -410,6 +427,14 @@ void X11KeyMonitor::heldKey(const void* deviceEvent, bool press) {
                 report(stroke);
             }
         }
+    }
+    if (press && m_slipped && m_keysGrabbed) {
+        // Its raw twin was taken for a key typed before the grab: it is held after all.
+        // (Marked with no place where the twin comes first.)
+        const qsizetype raw = m_rawWhileGrabbing.value({keyCode, event->time}, -1);
+        if (raw >= 0)
+            (*m_slipped)[raw].keyCode = 0;
+        m_rawWhileGrabbing.insert({keyCode, event->time}, -1);
     }
     if (m_droppedPresses.contains(keyCode)) {
         if (!press)

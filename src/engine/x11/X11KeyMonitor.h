@@ -141,6 +141,9 @@ private:
     QSet<uint32_t> m_droppedPresses; // held key-downs the engine kept from the application
     HeldKeyFilter m_onHeld;
     QList<KeyStroke>* m_slipped = nullptr; // while a hold begins or ends: where keys are reported
+    // While a hold begins: raw key-downs of grabbed keyboards (key code and server time), by
+    // their place in *m_slipped, until their grabbed twin shows they were held (-1 then).
+    QHash<QPair<uint32_t, unsigned long>, qsizetype> m_rawWhileGrabbing;
     QSet<uint32_t> m_syntheticDown;
     QSet<uint32_t> m_replayedDown;
 
