@@ -2,7 +2,7 @@
 
 #include <QKeySequence>
 
-#include "AtSpiSecureInputWatch.h"
+#include "AtSpiPasswordFieldWatch.h"
 #include "KeyTranslator.h"
 #include "PermissionGuidance.h"
 #include "SystemClipboard.h"
@@ -22,7 +22,7 @@ EngineBootstrap::EngineBootstrap(bool withWindows)
       m_translator(std::make_unique<KeyTranslator>(*m_keymaps)),
       m_monitor(std::make_unique<X11KeyMonitor>()),
       m_focus(std::make_unique<X11FocusedApplication>()),
-      m_secureInput(std::make_unique<AtSpiSecureInputWatch>()),
+      m_passwordField(std::make_unique<AtSpiPasswordFieldWatch>()),
       m_clipboard(std::make_unique<X11ClipboardLender>()),
       m_output(std::make_unique<X11KeyboardOutput>(*m_keymaps)),
       m_clipboardReader(std::make_unique<X11ClipboardReader>()),
@@ -45,11 +45,11 @@ bool EngineBootstrap::start(SnippetStore& store) {
     const bool listening = startEngine(
         store,
         EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), m_output.get(),
-                       m_focus.get(), m_secureInput.get()},
+                       m_focus.get(), m_passwordField.get()},
         m_clipboardText.get());
     if (listening) {
         m_output->open();
-        m_secureInput->start();
+        m_passwordField->start();
         m_clipboard->open();
     }
     guide(*m_permissions, PermissionGuidance::Backend::X11);

@@ -6,7 +6,7 @@
 #include <functional>
 #include <memory>
 
-class AtSpiSecureInputWatch;
+class AtSpiPasswordFieldWatch;
 class KeyTranslator;
 class QKeySequence;
 class SystemClipboard;
@@ -51,7 +51,7 @@ private:
     std::unique_ptr<KeyTranslator> m_translator;
     std::unique_ptr<X11KeyMonitor> m_monitor;
     std::unique_ptr<X11FocusedApplication> m_focus;
-    std::unique_ptr<AtSpiSecureInputWatch> m_secureInput;
+    std::unique_ptr<AtSpiPasswordFieldWatch> m_passwordField;
     // Before the output, which pastes through it.
     std::unique_ptr<X11ClipboardLender> m_clipboard;
     std::unique_ptr<X11KeyboardOutput> m_output;

@@ -1,6 +1,6 @@
 #include "EvdevEngineBootstrap.h"
 
-#include "AtSpiSecureInputWatch.h"
+#include "AtSpiPasswordFieldWatch.h"
 #include "EvdevKeyMonitor.h"
 #include "EvdevKeyboardFinder.h"
 #include "EvdevPermissionProbe.h"
@@ -36,7 +36,7 @@ EvdevEngineBootstrap::EvdevEngineBootstrap(bool withWindows, const QString& inpu
       m_output(std::make_unique<UinputKeyboardOutput>(*m_keymaps)),
       m_compositorOutput(std::make_unique<WaylandVirtualKeyboardOutput>()),
       m_portalOutput(std::make_unique<PortalKeyboardOutput>(QDBusConnection::sessionBus(), *m_output)),
-      m_secureInput(std::make_unique<AtSpiSecureInputWatch>()),
+      m_passwordField(std::make_unique<AtSpiPasswordFieldWatch>()),
       m_clipboard(std::make_unique<SystemClipboard>()), m_uinputPath(uinputPath) {
     EvdevKeyMonitor* monitor = m_monitor.get();
     m_output->setKeyboardStateQuery([monitor] { return monitor->currentState(); });
@@ -156,10 +156,10 @@ bool EvdevEngineBootstrap::start(SnippetStore& store) {
     const bool listening = startEngine(
         store,
         EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), output, nullptr,
-                       m_secureInput.get()},
+                       m_passwordField.get()},
         m_clipboard.get());
     if (listening)
-        m_secureInput->start();
+        m_passwordField->start();
     guide(*m_permissions, PermissionGuidance::Backend::KernelDevices);
     return listening;
 }

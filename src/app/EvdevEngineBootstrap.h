@@ -7,7 +7,7 @@
 #include <functional>
 #include <memory>
 
-class AtSpiSecureInputWatch;
+class AtSpiPasswordFieldWatch;
 class DeviceHotplugSource;
 class EvdevKeyMonitor;
 class EvdevKeyboardFinder;
@@ -89,7 +89,7 @@ private:
     std::unique_ptr<WaylandVirtualKeyboardOutput> m_compositorOutput;
     std::unique_ptr<PortalKeyboardOutput> m_portalOutput;
     Typing m_typing = Typing::Uinput;
-    std::unique_ptr<AtSpiSecureInputWatch> m_secureInput;
+    std::unique_ptr<AtSpiPasswordFieldWatch> m_passwordField;
     std::unique_ptr<SystemClipboard> m_clipboard;
     std::unique_ptr<SwayLayoutWatch> m_swayLayouts;
     std::unique_ptr<LogindSessionWatch> m_session;

@@ -47,7 +47,7 @@ bool TypoletApp::start() {
     m_mainWindow->resize(m_mainWindow->sizeHint().expandedTo(QSize(mainWidth, mainHeight)));
     m_mainWindow->show();
 
-    m_trayController->applicationDidFinishLaunching(m_mainWindow.get());
+    m_trayController->setUp(m_mainWindow.get());
     connect(m_guard.get(), &SingleInstanceGuard::activationRequested, m_trayController.get(),
             &TrayController::openApp);
     return true;

@@ -10,7 +10,7 @@
 #include "KeyboardOutput.h"
 #include "PermissionProbe.h"
 #include "PlaceholderText.h"
-#include "SecureInputWatch.h"
+#include "PasswordFieldWatch.h"
 #include "SnippetStore.h"
 
 #include <QPointer>
@@ -129,7 +129,7 @@ QString TextExpander::ignoredBecause() {
         return QStringLiteral("paused");
     if (m_keysIgnored && m_keysIgnored())
         return QStringLiteral("in Typolet's own window");
-    if (m_platform.secureInput && m_platform.secureInput->passwordFieldFocused())
+    if (m_platform.passwordField && m_platform.passwordField->passwordFieldFocused())
         return inPasswordField;
     if (!m_platform.focus || m_excluded.isEmpty())
         return {};

@@ -55,7 +55,7 @@ void PreferencesViewTest::switchTurnsTheEntryOnAndOffAndShowsTheTruth() {
     Fixture f;
     ToggleSwitch* toggle = f.view.startAtLoginSwitch();
     QVERIFY(!toggle->isChecked() && f.backend->calls.isEmpty());
-    f.show(); // the first appearance ever turns it on and registers the login item
+    f.show(); // the first appearance ever turns it on and writes the autostart entry
     QVERIFY(toggle->isChecked() && f.backend->registered);
 
     f.backend->calls.clear();
