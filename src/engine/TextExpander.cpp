@@ -139,6 +139,13 @@ QString TextExpander::ignoredBecause() {
     return {};
 }
 
+void TextExpander::apply(const EngineSettings& settings) {
+    setPaused(settings.paused);
+    m_excluded = settings.excludedApplications;
+    m_undoEnabled = settings.undoWithBackspace;
+    m_pasteThreshold = settings.pasteThreshold;
+}
+
 void TextExpander::setPaused(bool paused) {
     if (m_paused == paused)
         return;

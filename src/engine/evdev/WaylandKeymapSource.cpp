@@ -204,10 +204,15 @@ void WaylandKeymapSource::setSystemConfigurationFile(const QString& path) {
     m_systemKeymap = nullptr;
 }
 
-bool WaylandKeymapSource::setChosenLayout(const QString& layouts, const QString& variants) {
+bool WaylandKeymapSource::setChosenLayout(const QString& name) {
     xkb_keymap* chosen = nullptr;
-    if (!layouts.isEmpty()) {
-        const QByteArray layout = layouts.toUtf8(), variant = variants.toUtf8();
+    if (!name.isEmpty()) {
+        // "de(nodeadkeys)": the variant in parentheses after its layout.
+        const qsizetype open = name.indexOf(u'(');
+        const bool hasVariant = open > 0 && name.endsWith(u')');
+        const QByteArray layout = (hasVariant ? name.left(open) : name).toUtf8();
+        const QByteArray variant =
+            hasVariant ? name.mid(open + 1, name.size() - open - 2).toUtf8() : QByteArray();
         const xkb_rule_names names{"evdev", "pc105", layout.constData(), variant.constData(),
                                    ""};
         chosen = xkb_keymap_new_from_names(m_context, &names, XKB_KEYMAP_COMPILE_NO_FLAGS);

@@ -48,9 +48,9 @@ public:
 
     // Where the system's keyboard configuration is read (tests use their own file).
     void setSystemConfigurationFile(const QString& path);
-    // A layout chosen by the user ("de", variants as setxkbmap takes them); empty: automatic.
-    // False when it does not compile; the previous choice stays then.
-    bool setChosenLayout(const QString& layouts, const QString& variants = {});
+    // A layout chosen by the user, as xkb-data names it ("de", "de(nodeadkeys)"); empty:
+    // automatic. False when it does not compile; the previous choice stays then.
+    bool setChosenLayout(const QString& name);
 
     // A keymap handed over by the compositor, as the text of its wl_keyboard.keymap event.
     bool takeCompositorKeymap(const QByteArray& text);

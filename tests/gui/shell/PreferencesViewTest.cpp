@@ -137,8 +137,6 @@ void PreferencesViewTest::keyboardLayoutShowsWhatIsInUseAndKeepsTheChoice() {
     // A variant from xkb-data is offered under its layout, and the choice is stored.
     const int variant = choice->findData(QStringLiteral("de(nodeadkeys)"));
     QVERIFY(variant > 0);
-    QCOMPARE(KeyboardLayoutCatalogue::layoutAndVariant(choice->itemData(variant).toString()),
-             std::make_pair(QStringLiteral("de"), QStringLiteral("nodeadkeys")));
     QSignalSpy changes(&f.preferences, &Preferences::keyboardLayoutChanged);
     choice->setCurrentIndex(variant);
     emit choice->activated(variant);

@@ -24,14 +24,20 @@
 #include <QtTest>
 
 namespace {
+// The main window around the snippet editor, with the menus and the tray set up.
 struct Fixture {
     TemporarySettings settings;
+    SnippetStore store{settings.path()};
     Preferences preferences{settings.path()};
     Autostart autostart{std::make_unique<RecordingAutostartBackend>()};
     QMainWindow mainWindow;
+    ContentView* editor = new ContentView(store); // owned by the main window
     TrayController tray{autostart, preferences};
 
-    Fixture() {
+    explicit Fixture(const QList<Snippet>& snippets = {}) {
+        for (const Snippet& snippet : snippets)
+            QVERIFY(!store.addSnippet(snippet));
+        mainWindow.setCentralWidget(editor);
         mainWindow.show();
         tray.setUp(&mainWindow);
     }
@@ -235,18 +241,12 @@ void TrayControllerTest::signalsEndItWithoutAsking() {
 
 // The desktop's menu layout, no menu named after the program, one ellipsis.
 void TrayControllerTest::theMenusAreFileEditHelp() {
-    TemporarySettings settings;
-    SnippetStore store(settings.path());
-    Preferences preferences(settings.path());
-    Autostart autostart(std::make_unique<RecordingAutostartBackend>());
-    QMainWindow mainWindow;
-    mainWindow.setCentralWidget(new ContentView(store));
-    TrayController tray(autostart, preferences);
-    tray.setUp(&mainWindow);
+    Fixture f;
+    TrayController& tray = f.tray;
     QAction extra(QStringLiteral("Import\u2026"));
     tray.addLibraryActions({&extra});
     QStringList menus;
-    for (const QAction* menu : mainWindow.menuBar()->actions())
+    for (const QAction* menu : f.mainWindow.menuBar()->actions())
         menus << menu->text();
     QCOMPARE(menus, (QStringList{"&File", "&Edit", "&Help"}));
     const auto entries = [](const QMenu* menu) {
@@ -280,18 +280,10 @@ void TrayControllerTest::quittingSettlesTheEditorsEdits() {
     QFETCH(QString, answer);
     QFETCH(bool, quits);
     QFETCH(QString, stored);
-    TemporarySettings settings;
-    SnippetStore store(settings.path());
-    QVERIFY(!store.addSnippet(Snippet::create(QStringLiteral(";hi"), QStringLiteral("Hello"),
-                                              Category::defaultCategoryId)));
-    Preferences preferences(settings.path());
-    Autostart autostart(std::make_unique<RecordingAutostartBackend>());
-    QMainWindow mainWindow;
-    auto* editor = new ContentView(store);
-    mainWindow.setCentralWidget(editor);
-    mainWindow.show();
-    TrayController tray(autostart, preferences);
-    tray.setUp(&mainWindow);
+    Fixture f({Snippet::create(QStringLiteral(";hi"), QStringLiteral("Hello"),
+                               Category::defaultCategoryId)});
+    SnippetStore& store = f.store;
+    ContentView* editor = f.editor;
     editor->setSaveEditsOnLeave(answer.isEmpty());
     editor->setSelectedSnippet(store.snippets().first());
     editor->detailView()->contentEditor()->moveCursor(QTextCursor::End);

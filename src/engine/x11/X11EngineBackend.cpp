@@ -1,11 +1,8 @@
-#include "EngineBootstrap.h"
-
-#include <QKeySequence>
+#include "X11EngineBackend.h"
 
 #include "AtSpiPasswordFieldWatch.h"
 #include "KeyTranslator.h"
 #include "PermissionGuidance.h"
-#include "SystemClipboard.h"
 #include "TextExpander.h"
 #include "X11ClipboardLender.h"
 #include "X11ClipboardReader.h"
@@ -16,8 +13,9 @@
 #include "X11KeymapSource.h"
 #include "X11PermissionProbe.h"
 
-EngineBootstrap::EngineBootstrap(bool withWindows)
-    : EngineHost(withWindows), m_permissions(std::make_unique<X11PermissionProbe>()),
+X11EngineBackend::X11EngineBackend(PermissionAlertPresenter& guidance, QObject* parent)
+    : EngineBackend(parent), m_guidance(guidance),
+      m_permissions(std::make_unique<X11PermissionProbe>()),
       m_keymaps(std::make_unique<X11KeymapSource>()),
       m_translator(std::make_unique<KeyTranslator>(*m_keymaps)),
       m_monitor(std::make_unique<X11KeyMonitor>()),
@@ -25,8 +23,7 @@ EngineBootstrap::EngineBootstrap(bool withWindows)
       m_passwordField(std::make_unique<AtSpiPasswordFieldWatch>()),
       m_clipboard(std::make_unique<X11ClipboardLender>()),
       m_output(std::make_unique<X11KeyboardOutput>(*m_keymaps)),
-      m_clipboardReader(std::make_unique<X11ClipboardReader>()),
-      m_clipboardText(std::make_unique<SystemClipboard>(m_clipboard.get(), m_clipboardReader.get())) {
+      m_clipboardReader(std::make_unique<X11ClipboardReader>(m_clipboard.get())) {
     m_output->setPasting(m_clipboard.get(), m_focus.get());
     X11KeymapSource* keymaps = m_keymaps.get();
     m_monitor->setKeymapChangedHandler([keymaps] { keymaps->keymapChanged(); });
@@ -36,40 +33,43 @@ EngineBootstrap::EngineBootstrap(bool withWindows)
         [monitor](const QList<uint32_t>& keyCodes) { monitor->noteSyntheticKeysDown(keyCodes); });
 }
 
-EngineBootstrap::~EngineBootstrap() {
-    // The engine goes first: it may still be typing through the output.
-    m_engine.reset();
-}
+X11EngineBackend::~X11EngineBackend() = default;
 
-bool EngineBootstrap::start(SnippetStore& store) {
-    const bool listening = startEngine(
-        store,
-        EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), m_output.get(),
-                       m_focus.get(), m_passwordField.get()},
-        m_clipboardText.get());
+bool X11EngineBackend::start(SnippetStore& store, std::function<bool()> keysIgnored) {
+    m_engine = std::make_unique<TextExpander>(
+        store, EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(),
+                              m_output.get(), m_focus.get(), m_passwordField.get()});
+    m_engine->setKeysIgnoredWhen(std::move(keysIgnored));
+    m_engine->setClipboard(m_clipboardReader.get());
+    const bool listening = m_engine->isMonitoring();
     if (listening) {
         m_output->open();
         m_passwordField->start();
         m_clipboard->open();
     }
-    guide(*m_permissions, PermissionGuidance::Backend::X11);
+    PermissionGuidance(*m_permissions, m_guidance, PermissionGuidance::Backend::X11)
+        .checkAndRequestPermissions();
     return listening;
 }
 
-QString EngineBootstrap::focusedApplication() const {
-    return m_focus->name();
+void X11EngineBackend::apply(const EngineSettings& settings) {
+    if (m_engine)
+        m_engine->apply(settings);
 }
 
-bool EngineBootstrap::grabGlobalKey(const QKeySequence& keys, std::function<void()> onPressed) {
+QString X11EngineBackend::focusedApplication() const { return m_focus->name(); }
+
+bool X11EngineBackend::grabGlobalKey(QKeyCombination keys, std::function<void()> onPressed) {
     m_globalKey.reset(); // lets go of the previous keys first
+    if (keys.key() == Qt::Key(0))
+        return false;
     m_globalKey = std::make_unique<X11GlobalKey>();
-    if (keys.isEmpty() || !m_globalKey->grab(keys[0])) {
+    if (!m_globalKey->grab(keys)) {
         m_globalKey.reset();
         return false;
     }
-    QObject::connect(m_globalKey.get(), &X11GlobalKey::pressed, m_globalKey.get(),
-                     std::move(onPressed));
+    connect(m_globalKey.get(), &X11GlobalKey::pressed, m_globalKey.get(), std::move(onPressed));
     return true;
 }
 
-void EngineBootstrap::restoreKeyboardMapping() { m_output->restoreSpareKeyCodes(); }
+void X11EngineBackend::restore() { m_output->restoreSpareKeyCodes(); }
