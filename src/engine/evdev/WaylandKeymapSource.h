@@ -8,8 +8,6 @@
 #include <optional>
 
 class GnomeInputSources;
-class QSocketNotifier;
-struct wl_display;
 struct wl_keyboard;
 struct wl_registry;
 struct wl_seat;
@@ -75,7 +73,6 @@ signals:
 
 private:
     struct Wayland;
-    void readCompositor();
     void disconnect();
     xkb_keymap* systemKeymap();
 
@@ -87,6 +84,5 @@ private:
     bool m_groupReported = false;
     QString m_systemFile = QStringLiteral("/etc/default/keyboard");
     std::unique_ptr<Wayland> m_wayland;
-    QSocketNotifier* m_notifier = nullptr;
     GnomeInputSources* m_gnome = nullptr;
 };
