@@ -11,7 +11,7 @@
 #include "KeyboardOutput.h"
 #include "PermissionProbe.h"
 #include "PlaceholderText.h"
-#include "SecureInputWatch.h"
+#include "PasswordFieldWatch.h"
 #include "SnippetStore.h"
 
 #include <QPointer>
@@ -147,7 +147,7 @@ QString TextExpander::ignoredBecause() {
         return QStringLiteral("paused");
     if (m_keysIgnored && m_keysIgnored())
         return QStringLiteral("in Typolet's own window");
-    if (m_platform.secureInput && m_platform.secureInput->passwordFieldFocused())
+    if (m_platform.passwordField && m_platform.passwordField->passwordFieldFocused())
         return inPasswordField;
     if (!m_platform.focus || m_excluded.isEmpty())
         return {};
@@ -155,6 +155,13 @@ QString TextExpander::ignoredBecause() {
     if (!application.isEmpty() && m_excluded.contains(application, Qt::CaseInsensitive))
         return QStringLiteral("in an excluded application");
     return {};
+}
+
+void TextExpander::apply(const EngineSettings& settings) {
+    setPaused(settings.paused);
+    m_excluded = settings.excludedApplications;
+    m_undoEnabled = settings.undoWithBackspace;
+    m_pasteThreshold = settings.pasteThreshold;
 }
 
 void TextExpander::setPaused(bool paused) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "EnginePlatform.h"
+#include "EngineSettings.h"
 #include "ExpansionAction.h"
 #include "ExpansionLifecycle.h"
 #include "KeyStroke.h"
@@ -68,6 +69,9 @@ public:
     // Contents of at least `characters` characters are pasted through the clipboard instead of
     // typed, which is far quicker for long ones; 0 (the default) types every content.
     void setPasteThreshold(int characters) { m_pasteThreshold = characters; }
+
+    // The user's settings, all at once (the keyboard layout is the backend's to apply).
+    void apply(const EngineSettings& settings);
 
     // Whether startMonitoring() got the key monitor running.
     bool isMonitoring() const { return m_monitoring; }

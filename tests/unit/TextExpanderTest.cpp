@@ -8,7 +8,7 @@
 #include "FakeFocusedApplication.h"
 #include "FakeKeyMonitor.h"
 #include "FakePermissionProbe.h"
-#include "FakeSecureInputWatch.h"
+#include "FakePasswordFieldWatch.h"
 #include "KeyTranslator.h"
 #include "RecordingKeyboardOutput.h"
 #include "SnippetStore.h"
@@ -67,7 +67,7 @@ struct Listening {
     FakePermissionProbe permissions{true, true};
     FakeKeyMonitor monitor;
     Output output;
-    FakeSecureInputWatch secureInput;
+    FakePasswordFieldWatch passwordField;
     FakeFocusedApplication focus;
     CapturedDiagnostics diagnostics;
     std::optional<TextExpander> engine;
@@ -77,7 +77,7 @@ struct Listening {
     }
     TextExpander& start() {
         return engine.emplace(store, EnginePlatform{&permissions, &monitor, &translator, &output,
-                                                      &focus, &secureInput});
+                                                      &focus, &passwordField});
     }
     void add(const QString& command, const QString& content,
              Snippet::Trigger trigger = Snippet::Trigger::Immediately) {
@@ -460,7 +460,7 @@ private slots:
         rig.add(";as", "Thank you");
         TextExpander& engine = rig.start();
         rig.press({keySemicolon});
-        rig.secureInput.passwordField = true;
+        rig.passwordField.focused = true;
         rig.press({keyA, keyS, keySemicolon, keyA, keyS});
         QVERIFY(engine.buffer().isEmpty() && rig.output.performed.isEmpty());
         QStringList logged = rig.diagnostics.lines;
@@ -468,7 +468,7 @@ private slots:
         logged.removeDuplicates();
         QVERIFY2(logged.size() == 1 && !logged.first().contains(QRegularExpression("\\d")),
                  qPrintable(logged.join('\n')));
-        rig.secureInput.passwordField = false;
+        rig.passwordField.focused = false;
         rig.press({keySemicolon, keyA, keyS});
         QCOMPARE(rig.output.performed, expansion(3, "Thank you"));
     }
