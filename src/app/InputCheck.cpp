@@ -1,6 +1,7 @@
 #include "InputCheck.h"
 
-#include "EvdevEngineBootstrap.h"
+#include "ConsolePermissionAlert.h"
+#include "EvdevEngineBackend.h"
 #include "EvdevKeyboardFinder.h"
 #include "EvdevPermissionProbe.h"
 #include "WaylandKeymapSource.h"
@@ -48,7 +49,8 @@ int InputCheck::run(QTextStream& out, const InputBackend::Choice& backend) {
     out << tr("Backend: %1 (%2)").arg(InputBackend::name(backend.kind), backend.reason) << '\n';
     bool works = false;
     if (backend.kind == InputBackend::Kind::Evdev) {
-        EvdevEngineBootstrap engine(false);
+        ConsolePermissionAlert guidance;
+        EvdevEngineBackend engine(guidance);
         works = evdev(out, engine);
     } else {
         works = x11(out);
@@ -60,7 +62,7 @@ int InputCheck::run(QTextStream& out, const InputBackend::Choice& backend) {
     return works ? 0 : 1;
 }
 
-bool InputCheck::evdev(QTextStream& out, EvdevEngineBootstrap& engine) {
+bool InputCheck::evdev(QTextStream& out, EvdevEngineBackend& engine) {
     const EvdevKeyboardFinder& finder = engine.keyboards();
     QStringList readable, locked;
     int unreadable = 0;
@@ -93,16 +95,15 @@ bool InputCheck::evdev(QTextStream& out, EvdevEngineBootstrap& engine) {
             << '\n';
     else
         out << tr("Virtual keyboard: %1 is not writable").arg(probe.uinputPath()) << '\n';
-    // The compositor's own virtual keyboards come first where it offers them.
     // The compositor's own virtual keyboards come first where it offers them, then the
     // desktop's remote desktop portal (which asks the user once).
     WaylandVirtualKeyboardOutput compositor;
     const bool compositorTypes = compositor.connectToCompositor();
     const bool portal = !compositorTypes && hasRemoteDesktopPortal();
-    const auto typing = compositorTypes ? EvdevEngineBootstrap::Typing::Compositor
-                        : portal        ? EvdevEngineBootstrap::Typing::Portal
-                                        : EvdevEngineBootstrap::Typing::Uinput;
-    out << tr("Typing: %1").arg(EvdevEngineBootstrap::typingDescription(typing));
+    const auto typing = compositorTypes ? EvdevEngineBackend::Typing::Compositor
+                        : portal        ? EvdevEngineBackend::Typing::Portal
+                                        : EvdevEngineBackend::Typing::Uinput;
+    out << tr("Typing: %1").arg(EvdevEngineBackend::typingDescription(typing));
     if (portal)
         out << tr(", once you allow it (through %1 until then)").arg(probe.uinputPath());
     out << '\n';

@@ -4,7 +4,7 @@
 
 #include <QCoreApplication>
 
-class EvdevEngineBootstrap;
+class EvdevEngineBackend;
 class KeymapSource;
 class QTextStream;
 
@@ -17,7 +17,7 @@ public:
     static int run(QTextStream& out, const InputBackend::Choice& backend);
 
 private:
-    static bool evdev(QTextStream& out, EvdevEngineBootstrap& engine);
+    static bool evdev(QTextStream& out, EvdevEngineBackend& engine);
     static bool x11(QTextStream& out);
     static QString yesNo(bool yes);
     // Whether the session bus has a portal that gives a keyboard (RemoteDesktop).

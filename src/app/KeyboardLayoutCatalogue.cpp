@@ -56,10 +56,3 @@ QList<KeyboardLayoutCatalogue::Entry> KeyboardLayoutCatalogue::read(const QStrin
     });
     return entries;
 }
-
-std::pair<QString, QString> KeyboardLayoutCatalogue::layoutAndVariant(const QString& name) {
-    const qsizetype open = name.indexOf(u'(');
-    if (open < 0 || !name.endsWith(u')'))
-        return {name, {}};
-    return {name.left(open), name.mid(open + 1, name.size() - open - 2)};
-}

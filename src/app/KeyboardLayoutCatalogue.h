@@ -15,8 +15,5 @@ public:
     // Sorted by description; empty when the file cannot be read.
     static QList<Entry> read(const QString& rulesFile = defaultRulesFile);
 
-    // Splits "de(nodeadkeys)" into layout and variant.
-    static std::pair<QString, QString> layoutAndVariant(const QString& name);
-
     static constexpr const char* defaultRulesFile = "/usr/share/X11/xkb/rules/evdev.xml";
 };

@@ -12,6 +12,19 @@ Preferences::Preferences(const QString& settingsFile, QObject* parent)
 
 Preferences::Preferences(LibraryFile& file, QObject* parent) : QObject(parent), m_file(&file) {
     connect(m_file, &LibraryFile::changedOutside, this, &Preferences::takeOutsideChanges);
+    // Signals to signals: whoever listens to the engine's settings hears one signal.
+    connect(this, &Preferences::pausedChanged, this, &Preferences::engineSettingsChanged);
+    connect(this, &Preferences::undoWithBackspaceChanged, this,
+            &Preferences::engineSettingsChanged);
+    connect(this, &Preferences::pasteChanged, this, &Preferences::engineSettingsChanged);
+    connect(this, &Preferences::excludedApplicationsChanged, this,
+            &Preferences::engineSettingsChanged);
+    connect(this, &Preferences::keyboardLayoutChanged, this, &Preferences::engineSettingsChanged);
+}
+
+EngineSettings Preferences::engineSettings() const {
+    return {paused(), excludedApplications(), undoWithBackspace(), effectivePasteThreshold(),
+            keyboardLayout()};
 }
 
 Preferences::~Preferences() {

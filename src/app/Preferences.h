@@ -1,5 +1,7 @@
 #pragma once
 
+#include "EngineSettings.h"
+
 #include <QKeySequence>
 #include <QObject>
 #include <QString>
@@ -113,6 +115,9 @@ public:
         m_canTellApplications = tellApplications;
     }
 
+    // What the engine is given, all at once.
+    EngineSettings engineSettings() const;
+
     QString settingsPath() const;
 
     static constexpr const char* startAtLoginKey = "startAtLogin";
@@ -149,6 +154,8 @@ signals:
     void usageClearRequested();
     void keyboardLayoutChanged(const QString& layout);
     void layoutInUseChanged(const QString& description);
+    // Anything engineSettings() holds changed.
+    void engineSettingsChanged();
 
 private:
     bool write(const char* key, const QVariant& value);

@@ -65,15 +65,15 @@ QuitConfirmation::Response QuitConfirmation::ask(QWidget* parent) {
     return Response::Cancel;
 }
 
-QuitConfirmation::TerminateReply QuitConfirmation::confirmQuit() {
+bool QuitConfirmation::confirmQuit() {
     switch (ask()) {
     case Response::Quit:
-        return TerminateReply::Now;
+        return true;
     case Response::RunInBackground:
         m_windows.hideAll();
-        return TerminateReply::Cancel;
+        return false;
     case Response::Cancel:
         break;
     }
-    return TerminateReply::Cancel;
+    return false;
 }

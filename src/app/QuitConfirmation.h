@@ -14,15 +14,14 @@ class QWidget;
 class QuitConfirmation {
     Q_DECLARE_TR_FUNCTIONS(QuitConfirmation)
 public:
-    // The alert's answers, numbered in the order of its buttons.
-    enum class Response { Quit = 1000, RunInBackground = 1001, Cancel = 1002 };
-    // Whether the termination that asked may go ahead.
-    enum class TerminateReply { Cancel = 0, Now = 1 };
+    // The alert's answers, in the order of its buttons.
+    enum class Response { Quit, RunInBackground, Cancel };
 
     explicit QuitConfirmation(AppWindows& windows);
 
-    // Shows the alert and acts on the answer: "Run in Background" hides every window. Blocks (in a modal loop) until the user answers.
-    TerminateReply confirmQuit();
+    // Shows the alert and acts on the answer: "Run in Background" hides every window. Blocks
+    // (in a modal loop) until the user answers; true when the quit may go ahead.
+    bool confirmQuit();
 
     // Shows the alert modally and returns the answer; closing it counts as Cancel.
     static Response ask(QWidget* parent = nullptr);

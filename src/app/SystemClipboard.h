@@ -2,23 +2,9 @@
 
 #include "ClipboardSource.h"
 
-class X11ClipboardLender;
-
-// The desktop's clipboard: on X11 the CLIPBOARD selection, asked of the program that owns it at
-// the moment a snippet is typed, through a reader that gives up on an owner that does not
-// answer; elsewhere through Qt.
-//
-// After a paste Typolet itself holds the user's clipboard (see X11ClipboardLender); asking that
-// owner through the X server would wait for an answer that only this thread can give, so the
-// lender's copy is read instead.
+// The desktop's clipboard through Qt, for a Wayland session (X11 reads the selection's owner
+// itself, see X11ClipboardReader). Without windows (no display) there is none to ask.
 class SystemClipboard : public ClipboardSource {
 public:
-    explicit SystemClipboard(const X11ClipboardLender* lender = nullptr,
-                             ClipboardSource* reader = nullptr)
-        : m_lender(lender), m_reader(reader) {}
     void readText(TextHandler done) override;
-
-private:
-    const X11ClipboardLender* m_lender;
-    ClipboardSource* m_reader;
 };

@@ -34,7 +34,7 @@ TrayController::~TrayController() {
         qApp->removeEventFilter(this);
 }
 
-void TrayController::applicationDidFinishLaunching(QMainWindow* mainWindow) {
+void TrayController::setUp(QMainWindow* mainWindow) {
     // Closing the last window hides it; Typolet keeps running in the tray.
     QApplication::setQuitOnLastWindowClosed(false);
     m_appWindows.setMainWindow(mainWindow);
@@ -44,8 +44,8 @@ void TrayController::applicationDidFinishLaunching(QMainWindow* mainWindow) {
     m_pauseAction->setChecked(m_preferences.paused());
     connect(m_pauseAction, &QAction::toggled, this, [this](bool paused) {
         // In force at once either way; a pause that did not reach the disk is said, not lost.
-        if (!m_preferences.setPaused(paused) && m_statusItem && m_statusItem->isVisible())
-            m_statusItem->showMessage(tr("Typolet"),
+        if (!m_preferences.setPaused(paused) && m_trayIcon && m_trayIcon->isVisible())
+            m_trayIcon->showMessage(tr("Typolet"),
                                       paused ? tr("Expansion is paused, but this could not be "
                                                   "saved yet; Typolet tries again.")
                                              : tr("Expansion is on again, but this could not be "
@@ -54,13 +54,13 @@ void TrayController::applicationDidFinishLaunching(QMainWindow* mainWindow) {
     });
     connect(&m_preferences, &Preferences::pausedChanged, this, [this](bool paused) {
         m_pauseAction->setChecked(paused);
-        if (m_statusItem) {
-            m_statusItem->setIcon(SymbolImage::trayIcon(paused));
-            m_statusItem->setToolTip(toolTipText(paused));
+        if (m_trayIcon) {
+            m_trayIcon->setIcon(SymbolImage::trayIcon(paused));
+            m_trayIcon->setToolTip(toolTipText(paused));
         }
     });
     setupMainMenu(mainWindow);
-    setupStatusItem();
+    setUpTrayIcon();
 }
 
 void TrayController::showPauseKeys(const QKeySequence& keys) {
@@ -71,6 +71,11 @@ void TrayController::showPauseKeys(const QKeySequence& keys) {
 
 void TrayController::addLibraryActions(const QList<QAction*>& actions) {
     m_fileMenu->insertActions(m_libraryActionsEnd, actions);
+}
+
+void TrayController::addInsertAction(QAction* action) {
+    // Last before Quit: the entries above keep their places (and their keys in the menu).
+    m_trayMenu->insertAction(m_quitSeparator, action);
 }
 
 void TrayController::setupMainMenu(QMainWindow* mainWindow) {
@@ -140,16 +145,16 @@ void TrayController::setupMainMenu(QMainWindow* mainWindow) {
         action->setShortcutContext(Qt::WindowShortcut);
 }
 
-void TrayController::setupStatusItem() {
-    m_statusMenu = std::make_unique<QMenu>();
-    QAction* open = m_statusMenu->addAction(tr("Open Typolet"));
+void TrayController::setUpTrayIcon() {
+    m_trayMenu = std::make_unique<QMenu>();
+    QAction* open = m_trayMenu->addAction(tr("Open Typolet"));
     open->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
     connect(open, &QAction::triggered, this, &TrayController::openApp);
-    m_statusMenu->addAction(m_pauseAction);
-    m_excludeAction = m_statusMenu->addAction(tr("Exclude This Application"));
+    m_trayMenu->addAction(m_pauseAction);
+    m_excludeAction = m_trayMenu->addAction(tr("Exclude This Application"));
     m_excludeAction->setEnabled(false);
     // Named as the menu opens, before it takes the keyboard: the application in use.
-    connect(m_statusMenu.get(), &QMenu::aboutToShow, this, [this] {
+    connect(m_trayMenu.get(), &QMenu::aboutToShow, this, [this] {
         const QString name = m_lastApplication ? m_lastApplication() : QString();
         const bool excluded =
             m_preferences.excludedApplications().contains(name, Qt::CaseInsensitive);
@@ -174,11 +179,11 @@ void TrayController::setupStatusItem() {
         m_preferences.setExcludedApplications(names);
     });
     // Every excluded application, each to be included again.
-    m_excludedMenu = m_statusMenu->addMenu(tr("Excluded Applications"));
+    m_excludedMenu = m_trayMenu->addMenu(tr("Excluded Applications"));
     m_excludedMenu->setObjectName(QStringLiteral("excludedMenu"));
     fillExcludedMenu();
-    m_statusMenu->addSeparator();
-    QAction* quit = m_statusMenu->addAction(tr("Quit"));
+    m_quitSeparator = m_trayMenu->addSeparator();
+    QAction* quit = m_trayMenu->addAction(tr("Quit"));
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     quit->setMenuRole(QAction::NoRole);
     connect(quit, &QAction::triggered, this, &TrayController::quitApp);
@@ -186,25 +191,25 @@ void TrayController::setupStatusItem() {
     // their own they would clash with the menu bar's Ctrl+Q, so they never match as such.
     for (QAction* action : {open, quit})
         action->setShortcutContext(Qt::WidgetShortcut);
-    m_statusMenu->installEventFilter(this);
+    m_trayMenu->installEventFilter(this);
 
-    m_statusItem.reset();
+    m_trayIcon.reset();
     // No tray on this desktop: no tray icon. A later launch of Typolet still brings the
     // windows back (see SingleInstanceGuard).
     if (!QSystemTrayIcon::isSystemTrayAvailable())
         return;
-    m_statusItem = std::make_unique<QSystemTrayIcon>();
-    m_statusItem->setIcon(SymbolImage::trayIcon(m_preferences.paused()));
-    m_statusItem->setToolTip(toolTipText(m_preferences.paused()));
-    m_statusItem->setContextMenu(m_statusMenu.get());
+    m_trayIcon = std::make_unique<QSystemTrayIcon>();
+    m_trayIcon->setIcon(SymbolImage::trayIcon(m_preferences.paused()));
+    m_trayIcon->setToolTip(toolTipText(m_preferences.paused()));
+    m_trayIcon->setContextMenu(m_trayMenu.get());
     // A left click opens the same menu as a right click does; a quick second click arrives as
     // a double click and must open it too.
-    connect(m_statusItem.get(), &QSystemTrayIcon::activated, this,
+    connect(m_trayIcon.get(), &QSystemTrayIcon::activated, this,
             [this](QSystemTrayIcon::ActivationReason reason) {
                 if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)
-                    popUpStatusMenu();
+                    popUpTrayMenu();
             });
-    m_statusItem->show();
+    m_trayIcon->show();
 }
 
 void TrayController::fillExcludedMenu() {
@@ -225,23 +230,23 @@ QString TrayController::toolTipText(bool paused) {
     return paused ? tr("Typolet \u2014 paused") : tr("Typolet \u2014 expanding");
 }
 
-void TrayController::popUpStatusMenu() {
-    if (!m_statusMenu || m_statusMenu->isVisible())
+void TrayController::popUpTrayMenu() {
+    if (!m_trayMenu || m_trayMenu->isVisible())
         return;
     // Next to the icon rather than under the pointer, so the menu does not cover the icon
     // and a second click on the icon does not land on an entry: below it on a top panel,
     // above it when there is no room below.
-    const QRect icon = m_statusItem ? m_statusItem->geometry() : QRect();
+    const QRect icon = m_trayIcon ? m_trayIcon->geometry() : QRect();
     if (!icon.isValid()) {
-        m_statusMenu->popup(QCursor::pos());
+        m_trayMenu->popup(QCursor::pos());
         return;
     }
     QPoint position = icon.bottomLeft() + QPoint(0, 1);
     const QScreen* screen = QGuiApplication::screenAt(icon.center());
-    const QSize menuSize = m_statusMenu->sizeHint();
+    const QSize menuSize = m_trayMenu->sizeHint();
     if (screen != nullptr && position.y() + menuSize.height() > screen->geometry().bottom())
         position = icon.topLeft() - QPoint(0, menuSize.height() + 1);
-    m_statusMenu->popup(position);
+    m_trayMenu->popup(position);
 }
 
 void TrayController::showPreferences() {
@@ -263,32 +268,27 @@ void TrayController::openApp() {
 }
 
 void TrayController::quitApp() {
-    if (applicationShouldTerminate() != QuitConfirmation::TerminateReply::Now)
+    if (!confirmQuit())
         return;
     // Approved: the Quit event this sends must not ask again.
     QCoreApplication::quit();
 }
 
-QuitConfirmation::TerminateReply TrayController::applicationShouldTerminate() {
+bool TrayController::confirmQuit() {
     if (m_terminationApproved)
-        return QuitConfirmation::TerminateReply::Now;
+        return true;
     // One question at a time: a second request while it is open is refused.
     if (m_asking)
-        return QuitConfirmation::TerminateReply::Cancel;
+        return false;
     m_asking = true;
-    QuitConfirmation::TerminateReply reply = m_confirmation.confirmQuit();
-    if (reply == QuitConfirmation::TerminateReply::Now && m_editor && !m_editor->settleEdits())
-        reply = QuitConfirmation::TerminateReply::Cancel;
+    const bool approved =
+        m_confirmation.confirmQuit() && (!m_editor || m_editor->settleEdits());
     m_asking = false;
-    if (reply == QuitConfirmation::TerminateReply::Now) {
+    if (approved) {
         m_terminationApproved = true;
         emit terminating();
     }
-    return reply;
-}
-
-bool TrayController::allowSessionEnd() {
-    return applicationShouldTerminate() == QuitConfirmation::TerminateReply::Now;
+    return approved;
 }
 
 void TrayController::terminateWithoutAsking() {
@@ -301,27 +301,27 @@ void TrayController::commitData(QSessionManager& manager) {
     // Without interaction allowed the session ends regardless; nothing can be asked.
     if (!manager.allowsInteraction())
         return;
-    if (allowSessionEnd())
+    if (confirmQuit())
         manager.release(); // done asking; the session may end
     else
         manager.cancel(); // "Run in Background" or "Cancel": the log-out is refused
 }
 
 bool TrayController::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == m_statusMenu.get() && event->type() == QEvent::KeyPress) {
+    if (watched == m_trayMenu.get() && event->type() == QEvent::KeyPress) {
         const auto* press = static_cast<QKeyEvent*>(event);
         const QKeySequence pressed(press->keyCombination());
-        const QList<QAction*> actions = m_statusMenu->actions();
+        const QList<QAction*> actions = m_trayMenu->actions();
         for (QAction* action : actions) {
             if (!action->shortcut().isEmpty() && action->shortcut() == pressed) {
-                m_statusMenu->hide();
+                m_trayMenu->hide();
                 action->trigger();
                 return true;
             }
         }
     }
     if (watched == qApp && event->type() == QEvent::Quit) {
-        if (applicationShouldTerminate() != QuitConfirmation::TerminateReply::Now) {
+        if (!confirmQuit()) {
             event->ignore();
             return true; // refused: the application keeps running
         }

@@ -23,7 +23,7 @@ class QSystemTrayIcon;
 // in front of every way of quitting.
 //
 // Quitting: every termination request (the two Quit entries, Ctrl+Q, a quit request from the
-// desktop, the end of the session) goes through applicationShouldTerminate(), which asks the
+// desktop, the end of the session) goes through confirmQuit(), which asks the
 // quit question. Only "Quit" ends the program, once the editor's edits not yet saved are
 // saved or discarded (cancelling that question cancels the quit); "Run in Background" hides every window and
 // leaves the tray icon and the engine running; "Cancel" leaves everything as it was. Closing
@@ -35,21 +35,22 @@ public:
                 QObject* parent = nullptr);
     ~TrayController() override;
 
-    // The launch steps, once the main window exists: regular presentation, the application
-    // menu on `mainWindow`'s menu bar, the tray icon. The controller does not keep `mainWindow`.
-    void applicationDidFinishLaunching(QMainWindow* mainWindow);
+    // Once the main window exists: the menus on `mainWindow`'s menu bar and the tray icon.
+    // The controller does not keep `mainWindow`.
+    void setUp(QMainWindow* mainWindow);
 
-    // Asks the quit question and acts on it; Now means the program may end.
-    QuitConfirmation::TerminateReply applicationShouldTerminate();
+    // Asks the quit question and acts on it; true when the program may end. Also the session
+    // manager's question at log-out.
+    bool confirmQuit();
 
     // Menu actions.
     void showPreferences();
-    void openApp(); // brings every window forward, back in regular presentation
+    void openApp(); // shows every window again and brings it forward
     void quitApp(); // a termination request, as from "Quit Typolet"
     void showAbout();
 
     // The tray icon; null when the desktop offers no system tray.
-    QSystemTrayIcon* statusItem() const { return m_statusItem.get(); }
+    QSystemTrayIcon* trayIcon() const { return m_trayIcon.get(); }
     QWidget* preferencesWindow() const { return m_windows.preferencesWindow(); }
     QWidget* aboutWindow() const { return m_windows.aboutWindow(); }
     ShellWindows& windows() { return m_windows; }
@@ -57,7 +58,7 @@ public:
 
     // The menus, built at launch (the tray menu exists even without a tray, so it can be
     // inspected).
-    QMenu* statusMenu() const { return m_statusMenu.get(); }
+    QMenu* trayMenu() const { return m_trayMenu.get(); }
     QMenu* fileMenu() const { return m_fileMenu; }
     QMenu* editMenu() const { return m_editMenu; }
     QMenu* helpMenu() const { return m_helpMenu; }
@@ -71,6 +72,8 @@ public:
     void showPauseKeys(const QKeySequence& keys);
     // Puts the library's import and export entries in the File menu, after the New entries.
     void addLibraryActions(const QList<QAction*>& actions);
+    // Puts "Insert Snippet…" in the tray menu, last before Quit.
+    void addInsertAction(QAction* action);
     void setLastApplicationSource(std::function<QString()> source) {
         m_lastApplication = std::move(source);
     }
@@ -78,10 +81,6 @@ public:
     // What the tray icon's tooltip says: "Typolet — expanding" or "Typolet — paused".
     static QString toolTipText(bool paused);
     QMenu* excludedMenu() const { return m_excludedMenu; }
-
-    // Whether the session may end now (asks the quit question). Used for the session
-    // manager's request at log-out.
-    bool allowSessionEnd();
 
     // Ends the program without asking, for requests nobody can answer (SIGTERM from a
     // service manager or a shutdown script, Ctrl+C in a terminal).
@@ -96,16 +95,16 @@ protected:
 
 private:
     void setupMainMenu(QMainWindow* mainWindow);
-    void setupStatusItem();
-    void popUpStatusMenu();
+    void setUpTrayIcon();
+    void popUpTrayMenu();
     void fillExcludedMenu();
     void commitData(QSessionManager& manager);
 
     AppWindows m_appWindows;
     QuitConfirmation m_confirmation;
     ShellWindows m_windows;
-    std::unique_ptr<QSystemTrayIcon> m_statusItem;
-    std::unique_ptr<QMenu> m_statusMenu;
+    std::unique_ptr<QSystemTrayIcon> m_trayIcon;
+    std::unique_ptr<QMenu> m_trayMenu;
     QPointer<ContentView> m_editor; // the main window's, whose edits are settled before quitting
     // The menus are owned by the main window's menu bar.
     QMenu* m_fileMenu = nullptr;
@@ -117,6 +116,7 @@ private:
     QAction* m_pauseAction = nullptr;
     QAction* m_excludeAction = nullptr;
     QMenu* m_excludedMenu = nullptr; // owned by the tray menu
+    QAction* m_quitSeparator = nullptr; // owned by the tray menu
     std::function<QString()> m_lastApplication;
     Preferences& m_preferences;
     bool m_asking = false;

@@ -1,37 +1,32 @@
 #pragma once
 
+#include "EngineBackend.h"
+
+#include <QKeySequence>
 #include <QObject>
 #include <functional>
 #include <memory>
 
-class TrayController;
 class Autostart;
+class ContentView;
+class EngineBackend;
 class Preferences;
 class QMainWindow;
-class QWidget;
 class SingleInstanceGuard;
+class SnippetStore;
+class TrayController;
 
 // The program as a whole: makes sure it is the only Typolet of this user, then starts the
-// pieces in their order: the tray controller, the expansion engine, the permission
-// check, the main window, and the controller's launch steps (menu, tray icon).
-//
-// The engine, the permission check and the main window's content come in as Parts, so the
-// shell does not decide how they are made, and tests can run the shell with stand-ins.
+// pieces in their order: the tray controller, the expansion engine (with its permission
+// check), the main window around the snippet editor, the menus and the tray icon; then keeps
+// the engine in step with the preferences.
 class TypoletApp : public QObject {
     Q_OBJECT
 public:
-    struct Parts {
-        // Creates and starts the expansion engine (first use of its single instance).
-        std::function<void()> startEngine;
-        // Checks the permissions; may schedule the guidance alert on the main queue.
-        std::function<void()> checkPermissions;
-        // The main window's content, the snippet editor.
-        std::function<std::unique_ptr<QWidget>()> makeMainView;
-    };
-
     // `serverName` empty: the per-user single-instance name.
-    explicit TypoletApp(Parts parts, Autostart& autostart, Preferences& preferences,
-                        const QString& serverName = {}, QObject* parent = nullptr);
+    TypoletApp(EngineBackend& engine, SnippetStore& store, Autostart& autostart,
+               Preferences& preferences, const QString& serverName = {},
+               QObject* parent = nullptr);
     ~TypoletApp() override;
 
     // Starts everything. Returns false when another Typolet already runs: it has been asked
@@ -43,16 +38,42 @@ public:
     QMainWindow* mainWindow() const { return m_mainWindow.get(); }
     // The single-instance channel: what a later launch asks, and what this one is asked.
     SingleInstanceGuard& instanceGuard() const { return *m_guard; }
+    ContentView* editor() const { return m_editor; }
+    // The insert keys taken for the whole desktop; empty when none are (none chosen, taken by
+    // another program, or a session that lets no program take keys).
+    QKeySequence insertKeysInForce() const { return m_insertKeysInForce; }
+
+signals:
+    // The insert keys were pressed, wherever the focus is.
+    void insertKeysPressed();
+    void insertKeysInForceChanged(const QKeySequence& keys);
+public:
 
     // The main window's first size.
     static constexpr int mainWidth = 1100;
     static constexpr int mainHeight = 700;
 
 private:
-    Parts m_parts;
+    // The preferences reach the engine at once, whoever changes them.
+    void connectEngine();
+    // Takes the pause keys, or the insert keys, for the whole desktop; `tellUser`: a window
+    // says when they are taken by another program (a change made in Preferences), not only
+    // the log.
+    void grabPauseKeys(bool tellUser);
+    void grabInsertKeys(bool tellUser);
+    // The keys now in force: `keys` when grabbed, else none; `takenMessage` (with %1 for the
+    // keys) says what to do instead when another program holds them.
+    QKeySequence grabKeys(EngineBackend::GlobalKey which, const QKeySequence& keys,
+                          std::function<void()> onPressed, const QString& takenMessage,
+                          bool tellUser);
+
+    EngineBackend& m_engine;
+    SnippetStore& m_store;
     Autostart& m_autostart;
     Preferences& m_preferences;
     std::unique_ptr<SingleInstanceGuard> m_guard;
     std::unique_ptr<TrayController> m_trayController;
     std::unique_ptr<QMainWindow> m_mainWindow;
+    ContentView* m_editor = nullptr; // owned by the main window
+    QKeySequence m_insertKeysInForce;
 };

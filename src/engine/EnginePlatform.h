@@ -5,7 +5,7 @@ class KeyMonitor;
 class KeyTranslator;
 class KeyboardOutput;
 class PermissionProbe;
-class SecureInputWatch;
+class PasswordFieldWatch;
 
 // The platform pieces an engine works with, owned elsewhere (they live as long as the process).
 // Any of them may be missing: the engine then writes why it cannot listen and stays idle.
@@ -15,5 +15,5 @@ struct EnginePlatform {
     KeyTranslator* translator = nullptr;
     KeyboardOutput* output = nullptr;
     FocusedApplication* focus = nullptr; // optional: without it no application is excluded
-    SecureInputWatch* secureInput = nullptr; // optional: without it no password field is known
+    PasswordFieldWatch* passwordField = nullptr; // optional: without it no password field is known
 };

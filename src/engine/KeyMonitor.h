@@ -21,8 +21,10 @@ public:
     // not be set up; nothing is reported then.
     virtual bool start(KeyHandler handler) = 0;
 
-    // Starts holding the user's keys; `onHeld` sees each key-down as it is held (so the engine
-    // can notice Escape). Called again while holding, it holds on and returns nothing. Returns the key-downs that reached the application after the last
+    // Starts holding the user's keys (the engine does it through a KeyHold); `onHeld` sees each
+    // key-down as it is held (so the engine can notice Escape). Called again while holding, or
+    // while held keys are being let go, it holds on (the keys not let go yet stay held) and
+    // returns nothing. Returns the key-downs that reached the application after the last
     // reported one but before the hold took effect: they are not reported again. `holding` is
     // false when the keyboard could not be held (keys then go on reaching the application).
     struct HoldResult {
@@ -49,8 +51,9 @@ public:
     // reported. Keys of other programs are reported at any other time, also while holding.
     virtual void ownTypingStarts() {}
 
-    // Lets the held keys go: each reaches the focused application and is then reported. When
-    // the report of one starts another expansion (holdKeys() is called again meanwhile), the
-    // rest stay held until the next releaseKeys().
+    // Lets the held keys go, from the next turn of the event loop on: each reaches the focused
+    // application and is then reported (marked `replayed`), one per turn, never from inside this
+    // call. When the report of one starts another expansion (holdKeys() is called meanwhile),
+    // the rest stay held until the next releaseKeys().
     virtual void releaseKeys() = 0;
 };

@@ -17,4 +17,7 @@ struct KeyStroke {
     // Read well after it was typed (Typolet could not run for a moment): the application has
     // had it, and what came after it, for a while; where the caret is now is not known.
     bool late = false;
+    // Held during an expansion and let go after it: it is in the application now, and keys held
+    // after it follow on later turns of the event loop.
+    bool replayed = false;
 };

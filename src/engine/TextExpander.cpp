@@ -4,13 +4,14 @@
 
 #include "Logging.h"
 #include "GraphemeText.h"
+#include "KeyHold.h"
 #include "KeyMonitor.h"
 #include "KeyTranslator.h"
 #include "ClipboardSource.h"
 #include "KeyboardOutput.h"
 #include "PermissionProbe.h"
 #include "PlaceholderText.h"
-#include "SecureInputWatch.h"
+#include "PasswordFieldWatch.h"
 #include "SnippetStore.h"
 
 #include <QPointer>
@@ -61,7 +62,7 @@ TextExpander::TextExpander(SnippetStore& store, KeyboardOutput* output, Clock cl
     // lives.
     m_awaitTimer.setSingleShot(true);
     m_awaitTimer.setInterval(static_cast<int>(bufferTimeout * 1000));
-    connect(&m_awaitTimer, &QTimer::timeout, this, &TextExpander::stopAwaiting);
+    connect(&m_awaitTimer, &QTimer::timeout, this, [this] { stopAwaiting(); });
 }
 
 TextExpander::TextExpander(SnippetStore& store, const EnginePlatform& platform, Clock clock,
@@ -72,7 +73,7 @@ TextExpander::TextExpander(SnippetStore& store, const EnginePlatform& platform, 
 }
 
 TextExpander::~TextExpander() {
-    if (m_expanding && m_output)
+    if (m_life.expanding() && m_output)
         m_output->cancel();
 }
 
@@ -89,32 +90,49 @@ void TextExpander::startMonitoring() {
             << QStringLiteral("Cannot type: %1").arg(permissions->postProblem());
         return;
     }
+    // The monitor may outlive the engine, and keys let go after it is gone still come.
+    const QPointer<TextExpander> self(this);
     if (!m_platform.monitor || !m_platform.translator ||
-        !m_platform.monitor->start([this](const KeyStroke& stroke) { keyDown(stroke); })) {
+        !m_platform.monitor->start([self](const KeyStroke& stroke) {
+            if (self)
+                self->keyDown(stroke);
+        })) {
         qCWarning(lcEngine).noquote() << QStringLiteral("Could not start watching the keyboard");
         return;
     }
-    m_platform.monitor->setPointerPressHandler([this] { pointerPressed(); });
-    m_platform.monitor->setFocusChangeHandler([this] { focusChanged(); });
+    m_platform.monitor->setPointerPressHandler([self] {
+        if (self)
+            self->pointerPressed();
+    });
+    m_platform.monitor->setFocusChangeHandler([self] {
+        if (self)
+            self->focusChanged();
+    });
     m_monitoring = true;
 }
 
+bool TextExpander::remembersTyping() const {
+    return !m_buffer.isEmpty() || m_life.phase() == Phase::UndoWindow ||
+           m_life.phase() == Phase::AwaitingWordEnd;
+}
+
 void TextExpander::pointerPressed() {
-    if (m_buffer.isEmpty() && !m_undo && !m_awaiting)
+    if (!remembersTyping())
         return;
     qCInfo(lcKeys).noquote() << QStringLiteral("Pointer pressed: buffer cleared");
     forgetTyping();
 }
 
 void TextExpander::focusChanged() {
-    // An expansion under way keeps going, but no undo follows it into another window.
-    m_pendingUndo.reset();
-    m_focusMovedWhileReading = m_readingClipboard;
-    if (m_expanding) {
+    if (m_life.expanding()) {
+        // An expansion under way keeps going, but no undo follows it into another window; one
+        // that waits for the clipboard is off: its command is not before this caret.
+        m_life.output().pendingUndo.reset();
+        m_life.output().focusMovedWhileReading = m_life.phase() == Phase::ReadingClipboard;
         m_buffer.clear(); // what comes after the content is taken in afresh
         return;
     }
-    if (m_buffer.isEmpty() && !m_undo && !m_awaiting)
+    if (!remembersTyping())
         return;
     qCInfo(lcKeys).noquote() << QStringLiteral("Focus changed: buffer cleared");
     forgetTyping();
@@ -129,7 +147,7 @@ QString TextExpander::ignoredBecause() {
         return QStringLiteral("paused");
     if (m_keysIgnored && m_keysIgnored())
         return QStringLiteral("in Typolet's own window");
-    if (m_platform.secureInput && m_platform.secureInput->passwordFieldFocused())
+    if (m_platform.passwordField && m_platform.passwordField->passwordFieldFocused())
         return inPasswordField;
     if (!m_platform.focus || m_excluded.isEmpty())
         return {};
@@ -137,6 +155,13 @@ QString TextExpander::ignoredBecause() {
     if (!application.isEmpty() && m_excluded.contains(application, Qt::CaseInsensitive))
         return QStringLiteral("in an excluded application");
     return {};
+}
+
+void TextExpander::apply(const EngineSettings& settings) {
+    setPaused(settings.paused);
+    m_excluded = settings.excludedApplications;
+    m_undoEnabled = settings.undoWithBackspace;
+    m_pasteThreshold = settings.pasteThreshold;
 }
 
 void TextExpander::setPaused(bool paused) {
@@ -149,8 +174,8 @@ void TextExpander::setPaused(bool paused) {
 }
 
 void TextExpander::keyDown(const KeyStroke& stroke) {
-    if (m_readingClipboard) {
-        m_typedWhileReading.append(stroke);
+    if (m_life.phase() == Phase::ReadingClipboard) {
+        m_life.output().typedWhileReading.append(stroke);
         return;
     }
     KeyTranslator* translator = m_platform.translator;
@@ -176,24 +201,24 @@ void TextExpander::keyDown(const KeyStroke& stroke) {
     if (stroke.late) {
         // Typed while Typolet could not run: the application has had it, and whatever came
         // after it, for a while. It completes no command and nothing is erased for it.
-        translator->translateKeyCode(stroke.keyCode, stroke.state, deadKeyState);
+        translator->translateKeyCode(stroke.keyCode, stroke.state, m_deadKeyState);
         qCInfo(lcKeys).noquote() << QStringLiteral("Key read late: buffer cleared");
         forgetTyping();
         return;
     }
     if (stroke.repeats > 0)
-        m_undo.reset(); // a held key is more than the one BackSpace that undoes
+        m_life.handle(Event::NextKeyTaken); // a held key is more than the one BackSpace that undoes
     if (stroke.repeats > 0 && stroke.repeatCountUncertain) {
         // One repeat more or less would leave the buffer unlike the application's text.
         qCInfo(lcKeys).noquote() << QStringLiteral("Held key with an uncertain repeat count: buffer cleared");
         m_buffer.clear();
         return;
     }
-    const auto text = translator->translateKeyCode(stroke.keyCode, stroke.state, deadKeyState);
+    const auto text = translator->translateKeyCode(stroke.keyCode, stroke.state, m_deadKeyState);
     if (!text)
         return;
     if (stroke.repeats == 0) {
-        takeKey(*text); // asked above whether keys are looked at: asked once per key
+        takeKey(*text, stroke.replayed); // asked above whether keys are looked at: once per key
         return;
     }
     // The application has all the repeats already: only the buffer they leave is checked.
@@ -201,7 +226,7 @@ void TextExpander::keyDown(const KeyStroke& stroke) {
     for (int i = 0; i < stroke.repeats; ++i)
         appended = applyKey(*text) || appended;
     if (appended)
-        checkForMatch();
+        checkForMatch(stroke.replayed);
 }
 
 bool TextExpander::isAccepted(QStringView character) {
@@ -258,24 +283,28 @@ void TextExpander::handleKeyPress(const QString& character) {
     takeKey(character);
 }
 
-void TextExpander::takeKey(const QString& character) {
+void TextExpander::takeKey(const QString& character, bool replayed) {
     // A command waits for its word to end and this key was not held: it is in the application.
     // Other programs that type (xdotool, an on-screen keyboard) are not held, also while the
     // keyboards are: their key decides as it stands in the application.
-    if (m_awaiting && (!m_awaiting->keysHeld || !m_awaiting->decided) &&
+    if (m_life.phase() == Phase::AwaitingWordEnd &&
+        (!m_life.awaited().keysHeld || !m_life.awaited().decided) &&
         wordEndDecided(character, true))
         return;
     // Only the very next key may undo an expansion, and only soon: later the caret may have
     // moved (a click, another window), and erasing there would destroy the user's text.
-    std::optional<Undo> undo = std::exchange(m_undo, std::nullopt);
-    if (undo && !undo->passing.isEmpty()) {
-        // The key that ended the word comes back after the content; the undo waits for the
-        // key after it.
-        if (character == undo->passing) {
-            undo->passing.clear();
-            m_undo = undo;
+    std::optional<Undo> undo;
+    if (m_life.phase() == Phase::UndoWindow) {
+        Undo& open = m_life.undo();
+        if (open.passing.isEmpty() || character != open.passing) {
+            if (open.passing.isEmpty())
+                undo = open;
+            m_life.handle(Event::NextKeyTaken);
+        } else {
+            // The key that ended the word came back after the content; the undo waits for the
+            // key after it.
+            open.passing.clear();
         }
-        undo.reset();
     }
     if (undo && m_undoEnabled && isBackspace(character) && m_clock() - undo->at <= bufferTimeout &&
         undo->window != focusedWindow()) {
@@ -293,7 +322,7 @@ void TextExpander::takeKey(const QString& character) {
         return;
     }
     if (applyKey(character))
-        checkForMatch();
+        checkForMatch(replayed);
 }
 
 QStringList TextExpander::slippedTexts(const QList<KeyStroke>& strokes, bool& plainText) {
@@ -302,7 +331,7 @@ QStringList TextExpander::slippedTexts(const QList<KeyStroke>& strokes, bool& pl
         if (m_platform.translator->isModifierKey(stroke.keyCode))
             continue;
         const auto text =
-            m_platform.translator->translateKeyCode(stroke.keyCode, stroke.state, deadKeyState);
+            m_platform.translator->translateKeyCode(stroke.keyCode, stroke.state, m_deadKeyState);
         if (!text)
             continue;
         for (int i = 0; i <= stroke.repeats; ++i)
@@ -315,68 +344,80 @@ QStringList TextExpander::slippedTexts(const QList<KeyStroke>& strokes, bool& pl
 
 void TextExpander::forgetTyping() {
     m_buffer.clear();
-    m_undo.reset();
-    stopAwaiting();
+    if (m_life.phase() == Phase::AwaitingWordEnd)
+        stopAwaiting(Event::TypingForgotten);
+    else
+        m_life.handle(Event::TypingForgotten); // an undo window closes
 }
 
-void TextExpander::awaitWordEnd(const Snippet& snippet) {
+KeyHold& TextExpander::holdKeys() {
+    if (!m_hold) {
+        // The monitor may outlive the engine: a key held after it is gone goes on as it is.
+        m_hold = std::make_unique<KeyHold>(
+            *m_platform.monitor, [self = QPointer<TextExpander>(this)](const KeyStroke& stroke) {
+                return !self || self->heldWhileAwaiting(stroke);
+            });
+    }
+    return *m_hold;
+}
+
+void TextExpander::awaitWordEnd(const Snippet& snippet, bool replayed) {
     qCInfo(lcKeys).noquote() << QStringLiteral("Waiting for a word to end after '") +
                                     snippet.command + QLatin1Char('\'');
-    m_awaiting = AwaitedWordEnd{snippet, false, false};
+    m_life.handle(Event::CommandAwaitsWordEnd);
+    m_life.awaited().snippet = snippet;
     m_awaitTimer.start();
-    // Keys being let go have reached the application already, one by one: the next one is
-    // looked at as it is reported.
-    if (!m_monitoring || m_holding || m_releasing)
+    if (!m_monitoring || m_hold || replayed)
         return;
-    KeyMonitor::HoldResult hold = m_platform.monitor->holdKeys(
-        [this](const KeyStroke& stroke) { return heldWhileAwaiting(stroke); });
-    m_holding = true;
+    KeyHold& hold = holdKeys();
     bool plainText = true;
-    const QStringList slipped = slippedTexts(hold.slipped, plainText);
-    if (!hold.holding && slipped.isEmpty()) {
+    const QStringList slipped = slippedTexts(hold.takeSlipped(), plainText);
+    if (!hold.holding() && slipped.isEmpty()) {
         releaseHeldKeys(); // the keys go on as they come; each is looked at when reported
         return;
     }
-    m_awaiting->keysHeld = slipped.isEmpty();
+    m_life.awaited().keysHeld = slipped.isEmpty();
     if (slipped.isEmpty())
         return;
     // Keys reached the application before the hold: they decide, as they stand there.
-    m_awaiting.reset();
     m_awaitTimer.stop();
     if (plainText && !slipped.contains(QStringLiteral("\t")) && Snippet::endsWord(slipped.first())) {
+        m_life.awaited().decided = true;
         expand(snippet, slipped.join(QString()), true);
         return;
     }
+    m_life.handle(Event::WordWentOn);
     for (const QString& text : std::as_const(slipped))
         handleKeyPress(text);
     releaseHeldKeys();
 }
 
 bool TextExpander::heldWhileAwaiting(const KeyStroke& stroke) {
-    if (m_expanding)
+    if (m_life.expanding())
         return heldKey(stroke);
-    if (!m_awaiting || m_awaiting->decided || m_platform.translator->isModifierKey(stroke.keyCode))
+    if (m_life.phase() != Phase::AwaitingWordEnd || m_life.awaited().decided ||
+        m_platform.translator->isModifierKey(stroke.keyCode))
         return true;
-    m_awaiting->decided = true;
+    m_life.awaited().decided = true;
     m_awaitTimer.stop();
     // Only a look: the key is translated for real when it reaches the application. After a
     // dead key it gives a composed character, never a word end.
-    const QString next = deadKeyState != 0
+    const QString next = m_deadKeyState != 0
                              ? QString()
                              : m_platform.translator->peekText(stroke.keyCode, stroke.state)
                                    .value_or(QString());
-    // Decided after the monitor has queued the key, so letting go of it can replay it.
+    // Decided on the next turn of the event loop: the monitor has the key queued by then, so
+    // letting go of it can replay it.
     QMetaObject::invokeMethod(this, [this, next] { wordEndDecided(next, false); },
                               Qt::QueuedConnection);
     return true;
 }
 
 bool TextExpander::wordEndDecided(const QString& next, bool reachedApplication) {
-    if (!m_awaiting)
+    if (m_life.phase() != Phase::AwaitingWordEnd)
         return false;
-    const Snippet snippet = m_awaiting->snippet;
-    const bool keysHeld = m_awaiting->keysHeld;
-    m_awaiting.reset();
+    const Snippet snippet = m_life.awaited().snippet;
+    const bool keysHeld = m_life.awaited().keysHeld;
     m_awaitTimer.stop();
     // A Tab or Return that reached the application may have moved on (another field, a sent
     // message): nothing before the caret is known to be the command any more.
@@ -393,6 +434,7 @@ bool TextExpander::wordEndDecided(const QString& next, bool reachedApplication) 
     if (!ends) {
         qCInfo(lcKeys).noquote() << QStringLiteral("No word end after '") + snippet.command +
                                         QStringLiteral("': nothing expands");
+        m_life.handle(Event::WordWentOn);
         if (!reachedApplication || keysHeld)
             releaseHeldKeys();
         return false;
@@ -401,7 +443,7 @@ bool TextExpander::wordEndDecided(const QString& next, bool reachedApplication) 
         PlaceholderText(snippet.content).uses(PlaceholderText::Kind::Cursor)) {
         // Let go now, the key would land where the caret goes back to. It goes to the
         // application first instead, and the expansion takes it in after the content.
-        m_awaiting = AwaitedWordEnd{snippet, false, true};
+        m_life.awaited().keysHeld = false;
         releaseHeldKeys();
         return false;
     }
@@ -409,30 +451,28 @@ bool TextExpander::wordEndDecided(const QString& next, bool reachedApplication) 
         qCInfo(lcKeys).noquote() << QStringLiteral("Key pressed: ") + next;
         m_lastKeyDownTime = m_clock();
     }
+    m_life.awaited().decided = true;
     expand(snippet, next, reachedApplication);
     return true;
 }
 
-void TextExpander::stopAwaiting() {
-    if (!m_awaiting)
+void TextExpander::stopAwaiting(Event why) {
+    if (m_life.phase() != Phase::AwaitingWordEnd)
         return;
-    const bool held = m_awaiting->keysHeld;
-    m_awaiting.reset();
+    const bool held = m_life.awaited().keysHeld;
+    m_life.handle(why);
     m_awaitTimer.stop();
     if (held)
         releaseHeldKeys();
 }
 
 void TextExpander::releaseHeldKeys() {
-    if (!m_holding || m_expanding)
-        return;
-    m_holding = false;
-    m_releasing = true;
-    m_platform.monitor->releaseKeys();
-    m_releasing = false;
+    // Not while an expansion runs: its keys are let go when its output is done.
+    if (!m_life.expanding())
+        m_hold.reset();
 }
 
-void TextExpander::checkForMatch() {
+void TextExpander::checkForMatch(bool replayed) {
     qCInfo(lcKeys).noquote() << QStringLiteral("Checking buffer: '") + m_buffer.text() +
                        QLatin1Char('\'');
 
@@ -451,7 +491,7 @@ void TextExpander::checkForMatch() {
         m_buffer.clear();
         return;
     }
-    if (m_expanding) {
+    if (m_life.expanding()) {
         // Only when the keyboard could not be held: the keys went on into the application
         // while the last expansion was typed, so this command is not where the buffer says.
         m_buffer.clear();
@@ -459,7 +499,7 @@ void TextExpander::checkForMatch() {
     }
     // A copy: later edits don't change what is typed.
     if (snippets[*found].expandsAfterWordEnd())
-        awaitWordEnd(snippets[*found]);
+        awaitWordEnd(snippets[*found], replayed);
     else
         expand(snippets[*found]);
 }
@@ -489,7 +529,7 @@ Expansion TextExpander::replacement(int erased, const QString& text, const QStri
 }
 
 void TextExpander::insert(const Snippet& snippet) {
-    if (m_expanding) {
+    if (isExpanding()) {
         qCInfo(lcEngine).noquote() << QStringLiteral("Insertion skipped: an expansion is under way");
         return;
     }
@@ -511,24 +551,27 @@ void TextExpander::expand(const Snippet& snippet, const QString& wordEnd, bool e
     }
     // The owner may take its time or never answer: the keys go on meanwhile and are taken in
     // when the content goes out.
-    m_readingClipboard = true;
-    m_expanding = true;
+    m_life.handle(Event::ClipboardAsked);
     m_clipboard->readText([self = QPointer<TextExpander>(this), snippet, wordEnd,
                            endReached](std::optional<QString> text) {
-        if (!self)
-            return;
-        self->m_readingClipboard = false;
-        self->m_expanding = false;
-        if (std::exchange(self->m_focusMovedWhileReading, false)) {
-            // The command is not before the caret of the window that has the focus now.
-            qCInfo(lcKeys).noquote() << QStringLiteral("Expansion skipped: the focus moved");
-            self->releaseHeldKeys();
-            for (const KeyStroke& stroke : std::exchange(self->m_typedWhileReading, {}))
-                self->keyDown(stroke);
-            return;
-        }
-        self->expandWith(snippet, wordEnd, endReached, text);
+        if (self)
+            self->clipboardAnswered(snippet, wordEnd, endReached, text);
     });
+}
+
+void TextExpander::clipboardAnswered(const Snippet& snippet, const QString& wordEnd,
+                                     bool endReached, const std::optional<QString>& clipboard) {
+    if (m_life.output().focusMovedWhileReading) {
+        // The command is not before the caret of the window that has the focus now.
+        qCInfo(lcKeys).noquote() << QStringLiteral("Expansion skipped: the focus moved");
+        const QList<KeyStroke> typed = std::exchange(m_life.output().typedWhileReading, {});
+        m_life.handle(Event::ExpansionDropped);
+        releaseHeldKeys();
+        for (const KeyStroke& stroke : typed)
+            keyDown(stroke);
+        return;
+    }
+    expandWith(snippet, wordEnd, endReached, clipboard);
 }
 
 void TextExpander::expandWith(const Snippet& snippet, const QString& wordEnd, bool endReached,
@@ -586,16 +629,15 @@ void TextExpander::expandWith(const Snippet& snippet, const QString& wordEnd, bo
 
 void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
                            const QString& bufferAfter, int caretBack) {
-    m_undo.reset();
-    m_pendingUndo.reset();
-    m_cancelled = false;
+    // Keys that reached the application while the clipboard was read come first.
+    QList<KeyStroke> slippedKeys;
+    if (m_life.phase() == Phase::ReadingClipboard)
+        slippedKeys = std::exchange(m_life.output().typedWhileReading, {});
     QString retyped;
     if (m_monitoring) {
-        KeyMonitor::HoldResult hold =
-            m_platform.monitor->holdKeys([this](const KeyStroke& stroke) { return heldKey(stroke); });
-        hold.slipped = std::exchange(m_typedWhileReading, {}) + hold.slipped;
-        m_holding = true; // let go in any case: that also ends our own typing for the monitor
-        if (!hold.holding && !m_saidCannotHold) {
+        KeyHold& hold = holdKeys();
+        slippedKeys += hold.takeSlipped();
+        if (!hold.holding() && !m_saidCannotHold) {
             m_saidCannotHold = true;
             qCWarning(lcEngine).noquote()
                 << QStringLiteral("Could not hold the keyboard during an expansion (%1); keys "
@@ -606,14 +648,16 @@ void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
         }
         // Keys that reached the application after the command, before the hold began.
         bool plainText = true;
-        const QStringList slipped = slippedTexts(hold.slipped, plainText);
+        const QStringList slipped = slippedTexts(slippedKeys, plainText);
+        QStringList& keysAfter = m_life.keysAfterExpansion();
         if (!plainText) {
             // An editing key or a key chord followed the command at once: the command may no
-            // longer be before the caret, so erasing it could destroy other text.
+            // longer be before the caret, so erasing it could destroy other text. Nothing goes
+            // out, and the expansion ends at once.
             qCInfo(lcKeys).noquote() << QStringLiteral("Expansion skipped: other keys reached the "
                                               "application first");
-            m_afterExpansion = slipped + m_afterExpansion;
-            m_expanding = true;
+            keysAfter = slipped + keysAfter;
+            m_life.handle(Event::OutputStarted);
             expansionFinished();
             return;
         }
@@ -623,7 +667,7 @@ void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
         if (caretBack > 0)
             caretBack += static_cast<int>(GraphemeText::count(retyped)); // not before the caret
         else
-            m_afterExpansion = slipped + m_afterExpansion;
+            keysAfter = slipped + keysAfter;
         if (!slipped.isEmpty())
             undo.reset(); // the next key has come already
     }
@@ -634,9 +678,9 @@ void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
     if (undo) {
         undo->window = focusedWindow();
         undo->typed += static_cast<int>(GraphemeText::count(typed + retyped));
-        m_pendingUndo = undo;
     }
-    m_expanding = true;
+    m_life.handle(Event::OutputStarted);
+    m_life.output().pendingUndo = undo;
     if (!m_output) {
         expansionFinished();
         return;
@@ -650,29 +694,26 @@ void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
 }
 
 bool TextExpander::heldKey(const KeyStroke& stroke) {
-    if (!m_expanding || !m_platform.translator->isEscapeKey(stroke.keyCode))
+    if (!m_life.expanding() || !m_platform.translator->isEscapeKey(stroke.keyCode))
         return true;
     // Escape stops a long content; it was meant for Typolet, so the application never sees it.
     qCInfo(lcEngine).noquote() << QStringLiteral("Expansion cancelled with Escape");
-    m_cancelled = true;
+    m_life.handle(Event::EscapePressed);
     if (m_output)
         m_output->cancel();
     return false;
 }
 
 void TextExpander::expansionFinished() {
-    m_expanding = false;
     qCInfo(lcKeys).noquote() << QStringLiteral("Expansion done");
-    // BackSpace may put the command back only when the whole content went out and no key
-    // came in meanwhile: otherwise what to erase is not known.
-    if (std::optional<Undo> undo = std::exchange(m_pendingUndo, std::nullopt);
-        undo && !m_cancelled && m_afterExpansion.isEmpty()) {
-        undo->at = m_clock();
-        m_undo = undo;
+    if (m_life.leavesUndo()) {
+        m_life.output().pendingUndo->at = m_clock();
+        m_life.handle(Event::ContentWentOutWhole);
+    } else {
+        m_life.handle(Event::OutputFinished);
     }
-    while (!m_afterExpansion.isEmpty() && !m_expanding)
-        handleKeyPress(m_afterExpansion.takeFirst());
-    if (m_expanding || !m_holding)
-        return; // a new expansion holds on to the keys
-    releaseHeldKeys();
+    QStringList& keysAfter = m_life.keysAfterExpansion();
+    while (!keysAfter.isEmpty() && !m_life.expanding())
+        handleKeyPress(keysAfter.takeFirst());
+    releaseHeldKeys(); // unless a new expansion holds on to the keys
 }

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "EnginePlatform.h"
+#include "EngineSettings.h"
 #include "ExpansionAction.h"
+#include "ExpansionLifecycle.h"
 #include "KeyStroke.h"
 #include "KeystrokeBuffer.h"
 #include "TriggerIndex.h"
@@ -12,18 +14,22 @@
 #include <QTimer>
 #include <QVariantMap>
 #include <functional>
+#include <memory>
 #include <optional>
 
 class ClipboardSource;
+class KeyHold;
 class KeyboardOutput;
 struct Snippet;
 class SnippetStore;
 
 // The expansion engine's core: keeps what the user has just typed right before the caret (a
 // key that moves the caret, a click, another window or a key read late empties it) and, after
-// every accepted character, looks for a snippet whose command the typed text ends with. On a match it holds
-// the user's keys, has the output erase the command and type the snippet's content, then lets
-// the held keys go; they reach the application after the content and enter the buffer.
+// every accepted character, looks for a snippet whose command the typed text ends with. On a
+// match it holds the user's keys, has the output erase the command and type the snippet's
+// content, then lets the held keys go; they reach the application after the content and come
+// back, one per turn of the event loop, as ordinary keys. The life of one expansion is an
+// ExpansionLifecycle (docs/engine.md): the engine decides what happened, it keeps the phase.
 //
 // The engine keeps no copy of the snippets: every check reads the store's current list (through
 // an index that is rebuilt whenever that list has changed), so an edit takes effect at the next
@@ -64,10 +70,14 @@ public:
     // typed, which is far quicker for long ones; 0 (the default) types every content.
     void setPasteThreshold(int characters) { m_pasteThreshold = characters; }
 
+    // The user's settings, all at once (the keyboard layout is the backend's to apply).
+    void apply(const EngineSettings& settings);
+
     // Whether startMonitoring() got the key monitor running.
     bool isMonitoring() const { return m_monitoring; }
     // Between a match and the end of its output.
-    bool isExpanding() const { return m_expanding; }
+    bool isExpanding() const { return m_life.expanding(); }
+    ExpansionLifecycle::Phase phase() const { return m_life.phase(); }
 
     // Sends `snippet`'s content to the focused window as an expansion does (placeholders
     // filled, {{cursor}} honoured, pasted when long), erasing nothing: no command was typed
@@ -83,9 +93,6 @@ public:
 
     QString buffer() const { return m_buffer.text(); }
     double lastKeyDownTime() const { return m_lastKeyDownTime; }
-
-    // Dead-key state carried between translations by the key translator.
-    quint32 deadKeyState = 0;
 
     // The content without control characters other than tabs and line breaks; counts the
     // characters left out.
@@ -113,41 +120,52 @@ signals:
     void snippetUsed(const QUuid& id);
 
 private:
+    using Phase = ExpansionLifecycle::Phase;
+    using Event = ExpansionLifecycle::Event;
+    using Undo = ExpansionLifecycle::Undo;
+
     void startMonitoring();
     // Why typed keys are not looked at now; empty when they are.
     QString ignoredBecause();
-    // One key's text, once it is known that keys are looked at now.
-    void takeKey(const QString& character);
+    // One key's text, once it is known that keys are looked at now. `replayed`: it was held and
+    // let go, so it is in the application already and more held keys may follow it.
+    void takeKey(const QString& character, bool replayed = false);
     // Applies one key's text to the buffer; true when it was appended.
     bool applyKey(const QString& character);
-    void checkForMatch();
+    void checkForMatch(bool replayed = false);
     // `wordEnd`: the key that ended the command's word; `endReached`: it is in the application.
-    // A content that shows the clipboard first asks for its text (see m_readingClipboard).
+    // A content that shows the clipboard first asks for its text (ReadingClipboard).
     void expand(const Snippet& snippet, const QString& wordEnd = {}, bool endReached = false);
+    void clipboardAnswered(const Snippet& snippet, const QString& wordEnd, bool endReached,
+                           const std::optional<QString>& clipboard);
     void expandWith(const Snippet& snippet, const QString& wordEnd, bool endReached,
                     const std::optional<QString>& clipboard);
     // A command that waits for a word to end has been typed: the next key decides. The keys
     // are held meanwhile where they can be, so that a Tab or Return that ends the word
-    // reaches the application only after the content.
-    void awaitWordEnd(const Snippet& snippet);
+    // reaches the application only after the content. Not for a key let go from a hold: the
+    // keys after it have reached the application already and are looked at as they come.
+    void awaitWordEnd(const Snippet& snippet, bool replayed);
     bool heldWhileAwaiting(const KeyStroke& stroke);
     // The key after an awaited command; true when it ended the word and the snippet expands.
     // `reachedApplication`: the key is in the application already (it was not held).
     bool wordEndDecided(const QString& next, bool reachedApplication);
-    // No expansion after all: held keys go on to the application.
-    void stopAwaiting();
+    // No expansion after all (`why`: WordWentOn or TypingForgotten): held keys go on to the
+    // application.
+    void stopAwaiting(Event why = Event::WordWentOn);
     // The platform's number for the focused window; 0 where it cannot tell.
     quint64 focusedWindow() const;
     // Nothing typed so far completes a command (the buffer, an undo, a waiting command).
     void forgetTyping();
+    bool remembersTyping() const;
     // The texts of keys that reached the application before a hold began, in order; `plainText`
     // turns false when one is not plain text (an editing key, a chord, an uncertain repeat).
     QStringList slippedTexts(const QList<KeyStroke>& strokes, bool& plainText);
+    // Holds the keyboard unless it is held already; the filter sees each key held.
+    KeyHold& holdKeys();
     void releaseHeldKeys();
     // Erases `erased` characters before the caret and types `typed` in their place, holding
     // the user's keys meanwhile. `undo` is what a BackSpace right after it may put back.
     // `caretBack` characters at the end of `typed` end up after the caret.
-    struct Undo;
     void replace(int erased, QString typed, std::optional<Undo> undo, const QString& bufferAfter,
                  int caretBack = 0);
     bool heldKey(const KeyStroke& stroke);
@@ -164,43 +182,20 @@ private:
     double m_lastKeyDownTime;
     TriggerIndex m_index;
     quint64 m_indexedRevision = ~quint64(0);
+    // Carried between translations by the key translator: non-zero after a dead key.
+    quint32 m_deadKeyState = 0;
 
-    bool m_expanding = false;
     std::function<bool()> m_keysIgnored;
     bool m_paused = false;
     QStringList m_excluded;
     bool m_undoEnabled = true;
     ClipboardSource* m_clipboard = nullptr;
     int m_pasteThreshold = 0;
-    bool m_cancelled = false;
-    // After an expansion that went out whole: the command it replaced and how many characters
-    // it typed, until the next key.
-    struct Undo {
-        QString command;
-        int typed = 0;
-        double at = 0;
-        // The key that ended the word, still to come back from the keys held meanwhile: it is
-        // part of the expansion, not the next key.
-        QString passing;
-        quint64 window = 0; // where the expansion went
-    };
-    struct AwaitedWordEnd {
-        Snippet snippet;
-        bool keysHeld = false;
-        bool decided = false;
-    };
-    std::optional<AwaitedWordEnd> m_awaiting;
-    QTimer m_awaitTimer;
-    std::optional<Undo> m_undo;
-    std::optional<Undo> m_pendingUndo;
-    bool m_holding = false;
-    bool m_releasing = false; // held keys are being let go and reported
     bool m_saidCannotHold = false;
-    // Texts that reached the application during the expansion and enter the buffer after it.
-    QStringList m_afterExpansion;
-    // While the clipboard's owner is asked for its text: the keys that reach the application
-    // meanwhile count as keys that slipped in before the hold.
-    bool m_readingClipboard = false;
-    bool m_focusMovedWhileReading = false;
-    QList<KeyStroke> m_typedWhileReading;
+
+    ExpansionLifecycle m_life;
+    QTimer m_awaitTimer;
+    // From a match until the expansion's held keys are let go (also when the keyboard could not
+    // be held: letting go ends the output's typing for the monitor).
+    std::unique_ptr<KeyHold> m_hold;
 };

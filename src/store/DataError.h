@@ -18,8 +18,8 @@ public:
     }
 
     Kind kind() const { return m_kind; }
-    // The text the forms show.
-    QString description() const;
+    // For notSaved and unreadableImport: the file and the reason, as the system gave them.
+    const QString& why() const { return m_why; }
 
     friend bool operator==(const DataError& a, const DataError& b) {
         return a.m_kind == b.m_kind && a.m_why == b.m_why;

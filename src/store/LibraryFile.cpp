@@ -244,14 +244,19 @@ std::optional<QString> LibraryFile::flush(std::optional<LibraryHistory::Reason> 
 }
 
 void LibraryFile::keepVersion(LibraryHistory::Reason reason) {
-    if (!m_identity.exists || !m_history.due(reason))
+    // A file that is no longer there as a file is the save's fault to report, not the history's.
+    if (!m_identity.exists || !m_history.due(reason) || !QFileInfo(m_path).isFile())
         return;
-    QFile file(m_path);
-    if (!file.open(QIODevice::ReadOnly))
-        return;
-    if (const auto error = m_history.keep(file.readAll(), reason))
+    if (const auto error = keepOnDisk(reason))
         qCWarning(lcStore).noquote()
             << QStringLiteral("No earlier version of the library could be kept: %1").arg(*error);
+}
+
+std::optional<QString> LibraryFile::keepOnDisk(LibraryHistory::Reason reason, QString* keptPath) {
+    QFile file(m_path);
+    if (!file.open(QIODevice::ReadOnly))
+        return file.errorString();
+    return m_history.keep(file.readAll(), reason, keptPath);
 }
 
 std::optional<QString> LibraryFile::replaceFile(const QByteArray& text) {

@@ -52,6 +52,9 @@ public:
     std::optional<QString> write(const QMap<QString, QVariant>& changes,
                                  std::optional<LibraryHistory::Reason> reason = LibraryHistory::Reason::Edit);
     bool hasUnsavedChanges() const { return !m_pending.isEmpty(); }
+    // Keeps the file as it is on disk now in the history (its copy in `*keptPath`); returns why
+    // it could not.
+    std::optional<QString> keepOnDisk(LibraryHistory::Reason reason, QString* keptPath = nullptr);
     // The file as a save would write it now.
     QByteArray text() const;
 

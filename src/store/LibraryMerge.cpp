@@ -1,5 +1,6 @@
 #include "LibraryMerge.h"
 
+#include "LibraryContent.h"
 #include "LibraryKeys.h"
 #include "Logging.h"
 #include "RecordCodec.h"
@@ -19,33 +20,15 @@ bool sameRecord(const Category& a, const Category& b) {
     return a.id == b.id && a.name == b.name && a.createdAt == b.createdAt;
 }
 
+// A side's records, when every one of them reads.
 std::optional<QList<Snippet>> snippetsOf(const IniFormat::Values& values) {
-    if (!values.contains(QLatin1String(LibraryKeys::snippets)))
-        return QList<Snippet>();
-    const QByteArray json = IniFormat::decode(values.value(QLatin1String(LibraryKeys::snippets)))
-                                .toByteArray();
-    int unreadable = 0;
-    auto snippets = RecordCodec::decodeSnippets(json, &unreadable);
-    if (!snippets || unreadable > 0)
-        return std::nullopt;
-    RecordCodec::markAfterWordEnd(
-        QJsonDocument::fromJson(
-            IniFormat::decode(values.value(QLatin1String(LibraryKeys::afterWordEnd))).toByteArray())
-            .array(),
-        *snippets);
-    return snippets;
+    const LibraryContent content = LibraryContent::of(values);
+    return content.unreadableSnippets > 0 ? std::nullopt : content.snippets;
 }
 
 std::optional<QList<Category>> categoriesOf(const IniFormat::Values& values) {
-    if (!values.contains(QLatin1String(LibraryKeys::categories)))
-        return QList<Category>();
-    int unreadable = 0;
-    auto categories = RecordCodec::decodeCategories(
-        IniFormat::decode(values.value(QLatin1String(LibraryKeys::categories))).toByteArray(),
-        &unreadable);
-    if (!categories || unreadable > 0)
-        return std::nullopt;
-    return categories;
+    const LibraryContent content = LibraryContent::of(values);
+    return content.unreadableCategories > 0 ? std::nullopt : content.categories;
 }
 
 // Record by record; the order is ours, with what only they have after it in their order.

@@ -1,7 +1,8 @@
 #include "SnippetStore.h"
 
 #include "Logging.h"
-#include "IniFormat.h"
+#include "ImportMerge.h"
+#include "LibraryContent.h"
 #include "RecordCodec.h"
 
 #include <QDateTime>
@@ -117,9 +118,7 @@ SnippetStore::CommandClash SnippetStore::commandClash(const QString& command,
     if (!snippetId.isNull()) {
         for (const Snippet& other : m_snippets) {
             if (other.command == command && other.id != snippetId)
-                return {tr("Another snippet has this command too (another computer added it): "
-                           "the one changed last expands. Change one of the two commands."),
-                        {}, {}};
+                return {CommandClash::Kind::sameCommand, {}, command, {}};
         }
     }
     for (const Snippet& other : m_snippets) {
@@ -128,15 +127,9 @@ SnippetStore::CommandClash SnippetStore::commandClash(const QString& command,
         const Snippet::Trigger otherTrigger =
             waiting.contains(other.id) ? Snippet::Trigger::AfterWordEnd : other.trigger;
         if (expandsWhileTyping(other.command, otherTrigger, command))
-            return {tr("\u201C%1\u201D expands while \u201C%2\u201D is typed, so \u201C%2\u201D "
-                       "cannot be typed.")
-                        .arg(other.command, command),
-                    other.command, other.id};
+            return {CommandClash::Kind::shorterExpands, other.command, command, other.id};
         if (expandsWhileTyping(command, trigger, other.command))
-            return {tr("\u201C%1\u201D expands while \u201C%2\u201D is typed, so \u201C%2\u201D "
-                       "cannot be typed any more.")
-                        .arg(command, other.command),
-                    command, QUuid()};
+            return {CommandClash::Kind::shorterExpands, command, other.command, QUuid()};
     }
     return {};
 }
@@ -278,91 +271,16 @@ std::optional<Snippet> SnippetStore::snippetWithCommand(const QString& command) 
 std::optional<DataError> SnippetStore::importSnippets(const ImportPlan& plan) {
     if (plan.failed())
         return DataError::unreadableImport(plan.error);
-
-    // What becomes of each candidate, decided against the library as it is before the import
-    // (candidates never clash with each other).
-    enum class Action { skip, add, replace };
-    QHash<QString, qsizetype> existingCommands;
-    for (qsizetype i = m_snippets.size() - 1; i >= 0; --i)
-        existingCommands.insert(m_snippets[i].command, i);
-    QList<Action> actions;
-    QHash<QUuid, int> candidatesIn, addedIn; // by the plan's category id
-    for (qsizetype i = 0; i < plan.snippets.size(); ++i) {
-        const Snippet& candidate = plan.snippets[i];
-        const auto resolution = plan.resolutions.value(i, ImportPlan::Resolution::skip);
-        Action action = Action::add;
-        if (isBlankCommand(candidate.command))
-            action = Action::skip;
-        else if (existingCommands.contains(candidate.command))
-            action = resolution == ImportPlan::Resolution::keepBoth ? Action::add
-                     : resolution == ImportPlan::Resolution::replace ? Action::replace
-                                                                     : Action::skip;
-        actions.append(action);
-        ++candidatesIn[candidate.categoryId];
-        if (action == Action::add)
-            ++addedIn[candidate.categoryId];
-    }
-
-    // A record keeps the id it comes with unless that id is taken: two records with one id
-    // would be one record to every lookup.
-    QSet<QUuid> categoryIdsInUse, snippetIdsInUse;
-    for (const Category& category : std::as_const(m_categories))
-        categoryIdsInUse.insert(category.id);
-    for (const Snippet& snippet : std::as_const(m_snippets))
-        snippetIdsInUse.insert(snippet.id);
-    const auto freeId = [](QSet<QUuid>& inUse, const QUuid& wanted) {
-        const QUuid id = inUse.contains(wanted) ? QUuid::createUuid() : wanted;
-        inUse.insert(id);
-        return id;
-    };
-
-    QList<Category> categories = m_categories;
-    QHash<QUuid, QUuid> categoryIds; // the plan's id -> the store's
-    for (const Category& imported : plan.categories) {
-        if (categoryIds.contains(imported.id))
-            continue;
-        const QString name = imported.name.toLower();
-        const auto same = std::find_if(categories.cbegin(), categories.cend(),
-                                       [&](const Category& c) { return c.name.toLower() == name; });
-        if (same != categories.cend()) {
-            categoryIds.insert(imported.id, same->id);
-        } else if (candidatesIn.value(imported.id) == 0 || addedIn.value(imported.id) > 0) {
-            const QUuid id = freeId(categoryIdsInUse, imported.id);
-            categories.append(Category(id, imported.name, imported.createdAt));
-            categoryIds.insert(imported.id, id);
-        }
-    }
-    const auto storeCategory = [&](const QUuid& planId) {
-        if (const auto found = categoryIds.constFind(planId); found != categoryIds.cend())
-            return *found;
-        return category(planId) ? planId : Category::defaultCategoryId;
-    };
-
-    QList<Snippet> snippets = m_snippets;
-    bool snippetsChanged = false;
-    for (qsizetype i = 0; i < plan.snippets.size(); ++i) {
-        const Snippet& candidate = plan.snippets[i];
-        if (actions[i] == Action::replace) {
-            snippets[existingCommands.value(candidate.command)].content = candidate.content;
-            snippetsChanged = true;
-        } else if (actions[i] == Action::add) {
-            snippets.append(Snippet(freeId(snippetIdsInUse, candidate.id), candidate.command,
-                                    candidate.content, candidate.createdAt,
-                                    storeCategory(candidate.categoryId)));
-            snippets.last().trigger = candidate.trigger;
-            snippetsChanged = true;
-        }
-    }
-
-    const bool categoriesChanged = categories.size() != m_categories.size();
-    if (categoriesChanged)
-        setCategories(std::move(categories));
-    if (snippetsChanged)
-        setSnippets(std::move(snippets));
-    if (!categoriesChanged && !snippetsChanged)
+    ImportMerge merged = ImportMerge::apply(plan, m_categories, m_snippets);
+    if (merged.categoriesChanged)
+        setCategories(std::move(merged.categories));
+    if (merged.snippetsChanged)
+        setSnippets(std::move(merged.snippets));
+    if (!merged.categoriesChanged && !merged.snippetsChanged)
         return std::nullopt;
     // One save of what changed; the history keeps the library as it was before the import.
-    return saved(save(snippetsChanged, categoriesChanged, LibraryHistory::Reason::Import));
+    return saved(save(merged.snippetsChanged, merged.categoriesChanged,
+                      LibraryHistory::Reason::Import));
 }
 
 std::optional<DataError> SnippetStore::updateSnippet(const Snippet& snippet,
@@ -441,28 +359,12 @@ std::optional<DataError> SnippetStore::replaceLibrary(QList<Category> categories
 }
 
 std::optional<DataError> SnippetStore::restoreVersion(const QString& versionPath) {
-    QFile file(versionPath);
-    if (!file.open(QIODevice::ReadOnly))
-        return DataError::unreadableImport(
-            tr("%1 cannot be read: %2").arg(versionPath, file.errorString()));
-    const IniFormat::Values values = IniFormat::parse(file.readAll());
-    int unreadable = 0;
-    auto snippets = RecordCodec::decodeSnippets(
-        IniFormat::decode(values.value(QLatin1String(snippetsKey), "@ByteArray([])")).toByteArray(),
-        &unreadable);
-    auto categories = RecordCodec::decodeCategories(
-        IniFormat::decode(values.value(QLatin1String(categoriesKey), "@ByteArray([])")).toByteArray(),
-        &unreadable);
-    if (!snippets || !categories)
-        return DataError::unreadableImport(
-            tr("%1 holds no library Typolet can read").arg(versionPath));
-    RecordCodec::markAfterWordEnd(
-        QJsonDocument::fromJson(
-            IniFormat::decode(values.value(QLatin1String(afterWordEndKey))).toByteArray())
-            .array(),
-        *snippets);
-    setCategories(std::move(*categories));
-    setSnippets(std::move(*snippets));
+    QString error;
+    auto version = LibraryContent::read(versionPath, &error);
+    if (!version)
+        return DataError::unreadableImport(error);
+    setCategories(std::move(*version->categories));
+    setSnippets(std::move(*version->snippets));
     const bool hadDefault = category(Category::defaultCategoryId).has_value();
     if (!hadDefault) {
         QList<Category> withDefault = m_categories;
@@ -481,18 +383,15 @@ void SnippetStore::loadSnippets() {
     }
     int unreadable = 0;
     auto snippets = value.typeId() == QMetaType::QByteArray
-                         ? RecordCodec::decodeSnippets(value.toByteArray(), &unreadable)
-                         : std::nullopt;
+                        ? LibraryContent::decodeSnippets(
+                              value.toByteArray(),
+                              m_file->value(QLatin1String(afterWordEndKey)).toByteArray(),
+                              &unreadable)
+                        : std::nullopt;
     if (!snippets || unreadable > 0)
         noteUnreadable(QLatin1String(snippetsKey), snippets ? unreadable : -1);
-    if (!snippets)
-        return;
-    // Unreadable, it only loses the waiting: every snippet then fires at once.
-    RecordCodec::markAfterWordEnd(
-        QJsonDocument::fromJson(m_file->value(QLatin1String(afterWordEndKey)).toByteArray())
-            .array(),
-        *snippets);
-    setSnippets(std::move(*snippets));
+    if (snippets)
+        setSnippets(std::move(*snippets));
 }
 
 void SnippetStore::loadCategories() {
@@ -528,13 +427,8 @@ void SnippetStore::noteUnreadable(const QString& key, int records) {
 }
 
 void SnippetStore::keepDamagedFile() {
-    QFile file(settingsPath());
     QString kept;
-    const auto error = file.open(QIODevice::ReadOnly)
-                           ? m_file->history().keep(file.readAll(), LibraryHistory::Reason::Salvage,
-                                                    &kept)
-                           : std::optional<QString>(file.errorString());
-    m_damagedUnkept = error.has_value();
-    if (!error)
+    m_damagedUnkept = m_file->keepOnDisk(LibraryHistory::Reason::Salvage, &kept).has_value();
+    if (!m_damagedUnkept)
         m_backupPath = kept;
 }

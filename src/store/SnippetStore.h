@@ -103,9 +103,16 @@ public:
     // existing snippet, also another snippet with the very same command (from a synced folder);
     // there is no shorter command then.
     struct CommandClash {
-        QString message; // empty when there is none
+        enum class Kind {
+            none,
+            sameCommand,     // another snippet has the very same command
+            shorterExpands,  // `shorterCommand` expands while `longerCommand` is typed
+        };
+        Kind kind = Kind::none;
         QString shorterCommand;
+        QString longerCommand;
         QUuid shorterId; // null when the shorter one is `command` itself
+        explicit operator bool() const { return kind != Kind::none; }
     };
     // Snippets in `waiting` count as waiting for a word end (a cure chosen but not yet made).
     CommandClash commandClash(const QString& command, const QUuid& snippetId,

@@ -1,4 +1,6 @@
 #include "FormParts.h"
+
+#include "StoreMessages.h"
 #include <QDialog>
 #include <QKeySequence>
 #include <QShortcut>
@@ -133,7 +135,7 @@ bool FormParts::refused(const std::optional<DataError>& error, QWidget* parent) 
         return false;
     if (error->kind() != DataError::Kind::notSaved)
         return true;
-    QMessageBox::warning(parent, tr("Could Not Save"), error->description());
+    QMessageBox::warning(parent, tr("Could Not Save"), StoreMessages::text(*error));
     return false;
 }
 

@@ -1,5 +1,6 @@
 #include "ImportDialog.h"
 
+#include "StoreMessages.h"
 #include "ImportCandidateModel.h"
 #include "ResolutionDelegate.h"
 #include "SnippetStore.h"
@@ -108,7 +109,7 @@ void ImportDialog::import() {
     accept();
     if (!error)
         return;
-    auto* alert = new QMessageBox(QMessageBox::Warning, tr("Import Failed"), error->description(),
+    auto* alert = new QMessageBox(QMessageBox::Warning, tr("Import Failed"), StoreMessages::text(*error),
                                   QMessageBox::Ok, parentWidget());
     alert->setAttribute(Qt::WA_DeleteOnClose);
     alert->setWindowModality(Qt::WindowModal);

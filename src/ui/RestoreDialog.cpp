@@ -1,8 +1,9 @@
 #include "RestoreDialog.h"
 
+#include "StoreMessages.h"
 #include "IniFormat.h"
 #include "LibraryKeys.h"
-#include "RecordCodec.h"
+#include "LibraryContent.h"
 #include "SnippetStore.h"
 
 #include <QDialogButtonBox>
@@ -106,10 +107,11 @@ RestoreDialog::RestoreDialog(SnippetStore& store, QWidget* parent)
 }
 
 QString RestoreDialog::changesFor(const QString& versionPath) const {
-    int unreadable = 0;
-    const auto snippets = RecordCodec::decodeSnippets(snippetJson(versionPath), &unreadable);
-    if (!snippets)
+    QString error;
+    const auto version = LibraryContent::read(versionPath, &error);
+    if (!version)
         return tr("This version holds no snippets Typolet can read.");
+    const auto& snippets = version->snippets;
     QHash<QUuid, const Snippet*> now;
     for (const Snippet& snippet : m_store.snippets())
         now.insert(snippet.id, &snippet);
@@ -141,9 +143,9 @@ QString RestoreDialog::changesFor(const QString& versionPath) const {
                          .arg(someCommands(changed)));
     if (lines.isEmpty())
         lines.append(tr("The snippets are the same as now."));
-    if (unreadable > 0)
+    if (version->unreadableSnippets > 0)
         lines.append(tr("%n record(s) of this version cannot be read and are left out.", nullptr,
-                        unreadable));
+                        version->unreadableSnippets));
     return lines.join(u'\n');
 }
 
@@ -162,7 +164,7 @@ void RestoreDialog::restore() {
     if (row < 0 || row >= m_versions.size())
         return;
     if (const auto error = m_store.restoreVersion(m_versions.at(row).path)) {
-        QMessageBox::warning(this, tr("Not Restored"), error->description());
+        QMessageBox::warning(this, tr("Not Restored"), StoreMessages::text(*error));
         if (error->kind() != DataError::Kind::notSaved)
             return;
     }

@@ -1,5 +1,6 @@
 #include "SnippetDetailView.h"
 
+#include "StoreMessages.h"
 #include "CustomTextEditor.h"
 #include "FormBand.h"
 #include "FormParts.h"
@@ -363,7 +364,7 @@ bool SnippetDetailView::save() {
     const std::optional<DataError> error =
         m_store.updateSnippet(*stored, command, content, category, trigger);
     if (FormParts::refused(error, this)) {
-        m_duplicateError->setText(error->description());
+        m_duplicateError->setText(StoreMessages::text(*error));
         setShowingDuplicateError(true);
         return false;
     }

@@ -1,5 +1,6 @@
 #include "TriggerOption.h"
 
+#include "StoreMessages.h"
 #include "FormParts.h"
 #include "SnippetStore.h"
 #include "UiTheme.h"
@@ -58,7 +59,7 @@ void TriggerOption::setTrigger(Snippet::Trigger trigger) {
     m_settingTrigger = false;
 }
 
-bool TriggerOption::showingClash() const { return !m_clash.message.isEmpty(); }
+bool TriggerOption::showingClash() const { return bool(m_clash); }
 
 void TriggerOption::check(const QString& command, const QUuid& snippetId) {
     // A cure was chosen for the command as it was; another command needs its own choice.
@@ -72,7 +73,7 @@ void TriggerOption::check(const QString& command, const QUuid& snippetId) {
         waiting.insert(m_chosenCure);
     m_clash = m_store.commandClash(command, snippetId, trigger(), waiting);
     if (showingClash()) {
-        m_warning->setText(m_clash.message);
+        m_warning->setText(StoreMessages::text(m_clash));
         m_cure->setText(
             tr("Expand \u201C%1\u201D only after a word ends").arg(m_clash.shorterCommand));
     } else if (!m_chosenCure.isNull()) {

@@ -10,7 +10,7 @@ bool FakeKeyMonitor::start(KeyHandler handler) {
 
 KeyMonitor::HoldResult FakeKeyMonitor::holdKeys(HeldKeyFilter onHeld) {
     if (m_holding) {
-        m_heldAgain = true;
+        m_releasing = false; // the keys not let go yet wait for this hold
         return {{}, true};
     }
     m_holding = true;
@@ -19,11 +19,28 @@ KeyMonitor::HoldResult FakeKeyMonitor::holdKeys(HeldKeyFilter onHeld) {
 }
 
 void FakeKeyMonitor::releaseKeys() {
-    m_heldAgain = false;
-    while (!m_held.isEmpty() && !m_heldAgain)
-        m_handler(m_held.takeFirst());
-    if (!m_heldAgain)
-        m_holding = false;
+    m_releasing = true;
+    queueStep();
+}
+
+void FakeKeyMonitor::queueStep() {
+    if (!std::exchange(m_stepQueued, true))
+        QMetaObject::invokeMethod(&m_context, [this] { replayStep(); }, Qt::QueuedConnection);
+}
+
+void FakeKeyMonitor::replayStep() {
+    m_stepQueued = false;
+    if (!m_releasing)
+        return;
+    if (m_held.isEmpty()) {
+        m_releasing = m_holding = false;
+        return;
+    }
+    KeyStroke stroke = m_held.takeFirst();
+    stroke.replayed = true;
+    m_handler(stroke);
+    if (m_releasing)
+        queueStep();
 }
 
 void FakeKeyMonitor::press(uint32_t keyCode, KeyboardState state, int repeats, bool uncertain) {

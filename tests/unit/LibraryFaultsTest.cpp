@@ -176,7 +176,7 @@ private slots:
             const auto error = store.updateSnippet(store.snippets().first(), QStringLiteral(";s0"),
                                                    QStringLiteral("edited on a full disk"));
             QVERIFY(error && error->kind() == DataError::Kind::notSaved);
-            QVERIFY(error->description().contains(QStringLiteral("No space left")));
+            QVERIFY(error->why().contains(QStringLiteral("No space left")));
         } else if (change == QLatin1String("import")) {
             ImportPlan plan;
             plan.snippets.append(Snippet::create(QStringLiteral(";imported"), QStringLiteral("text"),
@@ -208,7 +208,7 @@ private slots:
         const QByteArray before = readAll(m_path);
         QVERIFY(mountCall(nullptr, m_mount, nullptr, MS_REMOUNT | MS_RDONLY, "size=512k,mode=0700"));
         const auto error = store.addCategory(QStringLiteral("While read-only"));
-        QVERIFY(error && error->description().contains(QStringLiteral("Read-only")));
+        QVERIFY(error && error->why().contains(QStringLiteral("Read-only")));
         QCOMPARE(readAll(m_path), before);
         QVERIFY(mountCall(nullptr, m_mount, nullptr, MS_REMOUNT, "size=512k,mode=0700"));
         QTRY_VERIFY_WITH_TIMEOUT(!file.hasUnsavedChanges(), 10000);
@@ -223,7 +223,7 @@ private slots:
         QVERIFY(QDir().mkdir(m_path));
         QVERIFY(writeFile(m_path + QStringLiteral("/inside"), "someone's"));
         const auto error = store.addCategory(QStringLiteral("Work"));
-        QVERIFY(error && error->description().contains(QStringLiteral("folder")));
+        QVERIFY(error && error->why().contains(QStringLiteral("folder")));
         QCOMPARE(readAll(m_path + QStringLiteral("/inside")), QByteArray("someone's"));
         QVERIFY(QDir(m_path).removeRecursively());
         QTRY_VERIFY_WITH_TIMEOUT(!file.hasUnsavedChanges(), 10000);

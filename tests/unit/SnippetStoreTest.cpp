@@ -122,8 +122,7 @@ private slots:
             {"été", false}, {"Work ", true}, {" work", true}};
         for (const auto& [name, added] : attempts)
             QVERIFY2(store.addCategory(name).has_value() != added, qPrintable(name));
-        QCOMPARE(store.addCategory("WORK")->description(),
-                 "A category with this name already exists");
+        QCOMPARE(store.addCategory("WORK")->kind(), DataError::Kind::duplicateCategoryName);
         QCOMPARE(storedNames(settings),
                  QStringList({"Uncategory", "work", "ÉTÉ", "Work ", " work"}));
 
@@ -238,12 +237,13 @@ private slots:
             {";reply", T::Immediately, false},   // the waiting ";re" lets it through
             {";re.ply", T::Immediately, true}};  // but not at a full stop
         for (const auto& [command, trigger, clashes] : cases)
-            QVERIFY2(store.commandClash(command, QUuid(), trigger).message.isEmpty() != clashes,
+            QVERIFY2(bool(store.commandClash(command, QUuid(), trigger)) == clashes,
                      qPrintable(command));
-        QVERIFY(store.commandClash(";signa", signature.id).message.isEmpty()); // its own old one
+        QVERIFY(!store.commandClash(";signa", signature.id)); // its own old one
         // The cure is named: the shorter command and, when it is another snippet's, its id.
         const SnippetStore::CommandClash inside = store.commandClash(";signatures", QUuid());
         QCOMPARE(inside.shorterCommand, QStringLiteral(";signature"));
+        QCOMPARE(inside.longerCommand, QStringLiteral(";signatures"));
         QCOMPARE(inside.shorterId, signature.id);
         QVERIFY(store.commandClash(";s", QUuid()).shorterId.isNull());
     }

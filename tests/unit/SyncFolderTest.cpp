@@ -260,7 +260,8 @@ void SyncFolderTest::sameCommandOnTwoComputers() {
         QCOMPARE(library(computer->store), (QStringList{QStringLiteral(";sig=A"), QStringLiteral(";sig=B")}));
         QCOMPARE(computer->store.snippets().first().content, QStringLiteral("B"));
         for (const Snippet& snippet : computer->store.snippets())
-            QVERIFY(!computer->store.commandClash(snippet.command, snippet.id).message.isEmpty());
+            QCOMPARE(computer->store.commandClash(snippet.command, snippet.id).kind,
+                     SnippetStore::CommandClash::Kind::sameCommand);
     }
 }
 

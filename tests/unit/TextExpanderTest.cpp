@@ -8,7 +8,7 @@
 #include "FakeFocusedApplication.h"
 #include "FakeKeyMonitor.h"
 #include "FakePermissionProbe.h"
-#include "FakeSecureInputWatch.h"
+#include "FakePasswordFieldWatch.h"
 #include "KeyTranslator.h"
 #include "RecordingKeyboardOutput.h"
 #include "SnippetStore.h"
@@ -67,7 +67,7 @@ struct Listening {
     FakePermissionProbe permissions{true, true};
     FakeKeyMonitor monitor;
     Output output;
-    FakeSecureInputWatch secureInput;
+    FakePasswordFieldWatch passwordField;
     FakeFocusedApplication focus;
     CapturedDiagnostics diagnostics;
     std::optional<TextExpander> engine;
@@ -77,15 +77,25 @@ struct Listening {
     }
     TextExpander& start() {
         return engine.emplace(store, EnginePlatform{&permissions, &monitor, &translator, &output,
-                                                      &focus, &secureInput});
+                                                      &focus, &passwordField});
     }
     void add(const QString& command, const QString& content,
              Snippet::Trigger trigger = Snippet::Trigger::Immediately) {
         store.appendSnippet(Snippet::create(command, content, Category::defaultCategoryId, trigger));
     }
+    // Keys let go from a hold come back one per turn of the event loop.
+    static void settle() {
+        for (int turn = 0; turn < 50; ++turn)
+            QCoreApplication::processEvents();
+    }
     void press(std::initializer_list<uint32_t> keys) {
         for (const uint32_t key : keys)
             monitor.press(key);
+        settle();
+    }
+    void finish() {
+        output.finish();
+        settle();
     }
 };
 } // namespace
@@ -93,15 +103,85 @@ struct Listening {
 class TextExpanderTest : public QObject {
     Q_OBJECT
 private slots:
-    void expandsTheLongestEarliestCommandWithTheExactLines() {
+    // Typed by hand over a store: what goes out and what the buffer holds after. In the keys,
+    // '|' is a pause past the buffer's timeout. Every command is stored as it would be read
+    // from a file, blank ones included (the store refuses those from any view).
+    void typedTextExpandsAsTheRulesSay_data() {
+        QTest::addColumn<QList<Snippet>>("snippets");
+        QTest::addColumn<QString>("keys");
+        QTest::addColumn<int>("pasteThreshold");
+        QTest::addColumn<bool>("undoEnabled");
+        QTest::addColumn<Expansions>("expected");
+        QTest::addColumn<QString>("bufferAfter");
+        const auto snippet = [](const QString& command, const QString& content,
+                                Snippet::Trigger trigger = Snippet::Trigger::Immediately) {
+            return Snippet::create(command, content, Category::defaultCategoryId, trigger);
+        };
+        const QList<Snippet> sig{snippet(";sig", "Regards")};
+        const QString decomposed = u"e\u0301e\u0301e\u0301"_qs; // six code units, three characters
+        const QList<Snippet> lengths{snippet(";s", "12345"), snippet(";l", "123456"), snippet(";d", decomposed)};
+        QTest::newRow("longest, then earliest")
+            << QList<Snippet>{snippet("dr", "short"), snippet(";addr", "1 Main St"), snippet(";addr", "duplicate")}
+            << "x;addr" << 0 << true << expansion(5, "1 Main St") << "";
+        QTest::newRow("letter case counts; a command may end in a space")
+            << QList<Snippet>{snippet(";Sig", "upper"), snippet("btw ", "by the way")}
+            << ";sig so btw " << 0 << true << expansion(4, "by the way") << "";
+        QTest::newRow("typed decomposed, stored precomposed")
+            << QList<Snippet>{snippet(u";caf\u00e9"_qs, "precomposed")} << u";cafe\u0301"_qs << 0
+            << true << expansion(5, "precomposed") << "";
+        QTest::newRow("blank commands never fire; control characters are not typed")
+            << QList<Snippet>{snippet("", "on every key"), snippet("  ", "on every space"),
+                              snippet(";bs", u"a\bb\u007Fc\u001Bd\te\r\nf"_qs)}
+            << "x y ;bs" << 0 << true << expansion(3, u"abcd\te\r\nf"_qs) << "";
+        // BackSpace as the very next key puts the command back (it took the content's last
+        // character); a second one is an ordinary BackSpace.
+        QTest::newRow("BackSpace undoes") << sig << ";sig\b\b" << 0 << true
+                                          << expansion(4, "Regards") + expansion(6, ";sig") << ";si";
+        QTest::newRow("not after another key") << sig << ";sigx\b" << 0 << true
+                                               << expansion(4, "Regards") << "";
+        QTest::newRow("not when switched off") << sig << ";sig\b" << 0 << false
+                                               << expansion(4, "Regards") << "";
+        QTest::newRow("not after a pause") << sig << ";sig|\b" << 0 << true
+                                           << expansion(4, "Regards") << "";
+        // Not held, a word end that reached the application is erased and typed again after the
+        // content; a Tab may have left the field, so nothing is erased then.
+        QTest::newRow("word end in the application")
+            << QList<Snippet>{snippet(";as", "Thanks", Snippet::Trigger::AfterWordEnd), snippet(";as!", "Wow")}
+            << ";as ;as\t;as!" << 0 << true << expansion(4, "Thanks ") + expansion(4, "Wow") << "";
+        // From the threshold's characters (not code units) on, contents are pasted.
+        QTest::newRow("pasted from the threshold")
+            << lengths << ";s ;l ;d " << 6 << true
+            << Expansions{{ExpansionAction::erase(2), ExpansionAction::type("12345")},
+                          {ExpansionAction::erase(2), ExpansionAction::paste("123456")},
+                          {ExpansionAction::erase(2), ExpansionAction::type(decomposed)}}
+            << " ";
+        QTest::newRow("typed without a threshold") << lengths << ";l" << 0 << true
+                                                   << expansion(2, "123456") << "";
+    }
+    void typedTextExpandsAsTheRulesSay() {
+        QFETCH(QList<Snippet>, snippets);
+        QFETCH(QString, keys);
+        QFETCH(int, pasteThreshold);
+        QFETCH(bool, undoEnabled);
+        QFETCH(Expansions, expected);
+        QFETCH(QString, bufferAfter);
         Rig rig;
-        rig.add("dr", "short");
-        rig.add(";addr", "1 Main St");
-        rig.add(";addr", "duplicate");
-        rig.type("x;addr");
-        QCOMPARE(rig.engine.buffer(), QString());
-        QCOMPARE(rig.output.performed, expansion(5, "1 Main St"));
-        QVERIFY(rig.lines.contains("Match found: ';addr' -> '1 Main St'"));
+        rig.store.setSnippets(snippets);
+        rig.engine.setPasteThreshold(pasteThreshold);
+        rig.engine.setUndoWithBackspace(undoEnabled);
+        for (const QChar c : keys) {
+            if (c == u'|')
+                rig.now += TextExpander::bufferTimeout + 1;
+            else
+                rig.key(QString(c));
+        }
+        QCOMPARE(rig.output.performed, expected);
+        QCOMPARE(rig.engine.buffer(), bufferAfter);
+        if (QTest::currentDataTag() == QByteArray("longest, then earliest"))
+            QVERIFY(rig.lines.contains("Match found: ';addr' -> '1 Main St'"));
+        if (keys.endsWith(";bs"))
+            QVERIFY(rig.lines.contains("Left out 3 control character(s) of a snippet's content: "
+                                       "only text, tabs and line breaks are typed"));
     }
 
     void pausesOverThreeSecondsDropTheBufferAndIgnoredKeysResetTheTimer() {
@@ -202,20 +282,6 @@ private slots:
         }
     }
 
-    void commandsMatchCaseSensitivelyAndUpToCanonicalEquivalence() {
-        Rig rig;
-        rig.add(";Sig", "upper");
-        rig.add(u";caf\u00e9"_qs, "precomposed");
-        rig.add("btw ", "by the way"); // expands when the space is typed
-        rig.type(";sig so btw");
-        QVERIFY(rig.output.performed.isEmpty());
-        rig.type(" ");
-        QCOMPARE(rig.output.performed, expansion(4, "by the way"));
-        rig.type(";cafe");
-        rig.key(u"\u0301"_qs); // typed decomposed, stored precomposed
-        QCOMPARE(rig.output.performed.mid(1), expansion(5, "precomposed"));
-    }
-
     void aCommandExpandsHoweverQuicklyTheNextKeyFollows() {
         Rig rig;
         rig.add(";a", "A");
@@ -246,35 +312,6 @@ private slots:
         rig.type(" ;ab");
         rig.engine.setPaused(false);
         QCOMPARE(rig.output.performed.size(), 1);
-    }
-
-    // BackSpace as the very next key puts the command back (the BackSpace took the content's
-    // last character); any other key, a pause, or the switch turned off leave it alone.
-    void backspaceRightAfterAnExpansionPutsTheCommandBack() {
-        Rig rig;
-        rig.add(";sig", "Regards");
-        rig.type(";sig");
-        rig.key("\b");
-        QCOMPARE(rig.output.performed, expansion(4, "Regards") + expansion(6, ";sig"));
-        QCOMPARE(rig.engine.buffer(), ";sig");
-        rig.key("\b"); // a second BackSpace is an ordinary one
-        QCOMPARE(rig.output.performed.size(), 2);
-        QCOMPARE(rig.engine.buffer(), ";si");
-
-        for (const auto& [between, enabled] :
-             {std::pair(QString("x"), true), std::pair(QString(), false)}) {
-            rig.output.performed.clear();
-            rig.engine.setUndoWithBackspace(enabled);
-            rig.type(" ;sig" + between);
-            rig.key("\b");
-            QCOMPARE(rig.output.performed, expansion(4, "Regards"));
-        }
-        rig.engine.setUndoWithBackspace(true);
-        rig.output.performed.clear();
-        rig.type(" ;sig");
-        rig.now += TextExpander::bufferTimeout + 1;
-        rig.key("\b");
-        QCOMPARE(rig.output.performed, expansion(4, "Regards"));
     }
 
     // An insertion (the insert window) erases nothing, fills placeholders, honours the cursor,
@@ -317,7 +354,7 @@ private slots:
             3, "Dear Ada,\r\n\r\n" + QDate::currentDate().toString("yyyy") + "s");
         expected.append(ExpansionAction::moveLeft(6));
         QCOMPARE(rig.output.performed, Expansions{expected});
-        rig.output.finish();
+        rig.finish();
         QCOMPARE(engine.buffer(), QString()); // the slipped key is not before the caret
         rig.press({keyBackSpace});
         clipboard.content.reset(); // empty, or an image only
@@ -361,7 +398,7 @@ private slots:
         QVERIFY(rig.output.performed.isEmpty() && engine.isExpanding());
         clipboard.answer();
         QCOMPARE(rig.output.performed, expansion(3, "[Ada]e"));
-        rig.output.finish();
+        rig.finish();
         QCOMPARE(engine.buffer(), "e");
         // Another window took the focus meanwhile: the command is not before its caret.
         rig.press({keySemicolon, keyA});
@@ -369,26 +406,6 @@ private slots:
         clipboard.answer();
         QCOMPARE(rig.output.performed.size(), 1);
         QVERIFY(!engine.isExpanding());
-    }
-
-    // Contents of at least the threshold's characters (not code units) are pasted; shorter
-    // ones, and every one once pasting is off, are typed.
-    void longContentsArePastedFromTheThreshold() {
-        Rig rig;
-        const QString decomposed = u"e\u0301e\u0301e\u0301"_qs; // six code units, three characters
-        rig.add(";s", "12345");
-        rig.add(";l", "123456");
-        rig.add(";d", decomposed);
-        rig.engine.setPasteThreshold(6);
-        rig.type(";s ;l ;d ");
-        rig.engine.setPasteThreshold(0);
-        rig.type(";l");
-        const auto erase = ExpansionAction::erase(2);
-        QCOMPARE(rig.output.performed,
-                 (Expansions{{erase, ExpansionAction::type("12345")},
-                             {erase, ExpansionAction::paste("123456")},
-                             {erase, ExpansionAction::type(decomposed)},
-                             {erase, ExpansionAction::type("123456")}}));
     }
 
     void storeEditsTakeEffectAtTheNextKey() {
@@ -403,21 +420,6 @@ private slots:
         QCOMPARE(rig.output.performed.size(), 1);
         rig.type(";q");
         QCOMPARE(rig.output.performed.mid(1), expansion(2, "renamed"));
-    }
-
-    void blankCommandsNeverFireAndControlCharactersAreNotTyped() {
-        Rig rig;
-        // As if the stored data held them: the store refuses them from any view.
-        rig.store.setSnippets({Snippet::create("", "on every key", Category::defaultCategoryId),
-                                Snippet::create("  ", "on every space", Category::defaultCategoryId)});
-        rig.add(";bs", u"a\bb\u007Fc\u001Bd\te\r\nf"_qs);
-        rig.type("x y ");
-        QVERIFY(rig.output.performed.isEmpty());
-        rig.type(";bs");
-        // BackSpace, Delete and Escape would edit the user's text; tabs and line breaks stay.
-        QCOMPARE(rig.output.performed, expansion(3, u"abcd\te\r\nf"_qs));
-        QVERIFY(rig.lines.contains("Left out 3 control character(s) of a snippet's content: only "
-                                   "text, tabs and line breaks are typed"));
     }
 
     void aHugeSecretIsTypedWholeAndNotLoggedUnlessAskedFor() {
@@ -467,10 +469,11 @@ private slots:
         QCOMPARE(engine.buffer(), QString());
         rig.monitor.press(keyA);
         rig.monitor.press(keyApostrophe);
-        QVERIFY(engine.deadKeyState != 0);
+        QCOMPARE(engine.buffer(), "a");
         rig.monitor.press(keyE);
         QCOMPARE(engine.buffer(), "aé");
-        QCOMPARE(engine.deadKeyState, 0u);
+        rig.monitor.press(keyE);
+        QCOMPARE(engine.buffer(), "aée");
     }
 
     // In a password field no key is looked at, kept or logged (each gets one line, with no key
@@ -480,7 +483,7 @@ private slots:
         rig.add(";as", "Thank you");
         TextExpander& engine = rig.start();
         rig.press({keySemicolon});
-        rig.secureInput.passwordField = true;
+        rig.passwordField.focused = true;
         rig.press({keyA, keyS, keySemicolon, keyA, keyS});
         QVERIFY(engine.buffer().isEmpty() && rig.output.performed.isEmpty());
         QStringList logged = rig.diagnostics.lines;
@@ -488,7 +491,7 @@ private slots:
         logged.removeDuplicates();
         QVERIFY2(logged.size() == 1 && !logged.first().contains(QRegularExpression("\\d")),
                  qPrintable(logged.join('\n')));
-        rig.secureInput.passwordField = false;
+        rig.passwordField.focused = false;
         rig.press({keySemicolon, keyA, keyS});
         QCOMPARE(rig.output.performed, expansion(3, "Thank you"));
     }
@@ -503,10 +506,10 @@ private slots:
         // Typed while the content goes out: held, then let go after it, in order.
         rig.press({keyE, keySemicolon, keyA, keyS, keyA});
         QCOMPARE(engine.buffer(), QString());
-        rig.output.finish();
+        rig.finish();
         QCOMPARE(rig.output.performed.mid(1), expansion(3, "Thank you"));
         QVERIFY(rig.monitor.holding()); // the last held key waits for the second expansion
-        rig.output.finish();
+        rig.finish();
         QVERIFY(!rig.monitor.holding());
         QCOMPARE(engine.buffer(), "a");
     }
@@ -518,7 +521,7 @@ private slots:
         rig.monitor.slip(keyS); // plain text right behind the command
         rig.press({keySemicolon, keyA});
         QCOMPARE(rig.output.performed, expansion(3, "Xs"));
-        rig.output.finish();
+        rig.finish();
         QCOMPARE(engine.buffer(), "s");
         // A pasted content: the keys are typed after it.
         engine.setPasteThreshold(1);
@@ -527,7 +530,7 @@ private slots:
         QCOMPARE(rig.output.performed.last(),
                  (Expansion{ExpansionAction::erase(3), ExpansionAction::paste("X"),
                             ExpansionAction::type("s")}));
-        rig.output.finish();
+        rig.finish();
         QCOMPARE(engine.buffer(), "s");
         engine.setPasteThreshold(0);
 
@@ -547,7 +550,7 @@ private slots:
         rig.press({keyEscape, keyE});
         QCOMPARE(rig.output.cancels, 1);
         QCOMPARE(rig.monitor.dropped, QList<uint32_t>{keyEscape});
-        rig.output.finish();
+        rig.finish();
         QCOMPARE(rig.engine->buffer(), "e");
     }
 
@@ -593,7 +596,7 @@ private slots:
         rig.monitor.press(next);
         QCoreApplication::processEvents();
         QCOMPARE(rig.output.performed, endsWord ? expansion(3, "Thanks") : Expansions());
-        rig.output.finish();
+        rig.finish();
         QVERIFY(!rig.monitor.holding());
         QCOMPARE(engine.buffer(), bufferAfter);
         // BackSpace puts back what was typed, with the character that ended the word.
@@ -617,9 +620,10 @@ private slots:
         held.monitor.slip(keyPeriod);
         held.press({keySemicolon, keyA, keyS});
         QCOMPARE(held.output.performed, expansion(4, "Thanks."));
-        held.output.finish();
+        held.finish();
         held.press({keySemicolon, keyA, keyS});
         held.monitor.click();
+        held.settle();
         QVERIFY(!held.monitor.holding());
         held.monitor.press(keySpace);
         QCoreApplication::processEvents();
@@ -649,20 +653,21 @@ private slots:
                 ++rig.focus.focusedWindow;
             if (toldOfTheMove)
                 rig.monitor.focusChange();
+            rig.settle();
         };
         // Expanded in one window, BackSpace in the next.
         rig.press({keySemicolon, keyS, keyI, keyG});
-        rig.output.finish();
+        rig.finish();
         moveFocus();
         rig.press({keyBackSpace});
         QCOMPARE(rig.output.performed.size(), moved ? 1 : 2);
-        rig.output.finish();
+        rig.finish();
         // Begun in one window, ended in the next.
         rig.press({keySpace, keySemicolon, keyS, keyI});
         moveFocus();
         rig.press({keyG});
         QCOMPARE(rig.output.performed.size(), moved ? 1 : 3);
-        rig.output.finish();
+        rig.finish();
         // Waiting for its word end in one window, the focus moves.
         rig.press({keySpace, keySemicolon, keyA, keyS});
         QVERIFY(rig.monitor.holding());
@@ -683,11 +688,12 @@ private slots:
         rig.monitor.pressUnheld(keySpace);
         QCOMPARE(rig.output.performed, expansion(4, "Thanks "));
         QCOMPARE(rig.monitor.ownTypings, 1);
-        rig.output.finish();
+        rig.finish();
         QVERIFY(!rig.monitor.holding());
         // No word end: nothing expands, and the keyboard is let go.
         rig.press({keySpace, keySemicolon, keyA, keyS});
         rig.monitor.pressUnheld(keyE);
+        rig.settle();
         QVERIFY(!rig.monitor.holding());
         QCOMPARE(rig.output.performed.size(), 1);
     }
@@ -715,7 +721,7 @@ private slots:
         rig.start();
         for (int i = 0; i < 2; ++i) {
             rig.press({keySemicolon, keyA});
-            rig.output.finish();
+            rig.finish();
         }
         QCOMPARE(rig.output.performed.size(), 2);
         QCOMPARE(rig.diagnostics.lines.filter("Could not hold the keyboard").size(), 1);

@@ -8,8 +8,10 @@
 #include <xkbcommon/xkbcommon.h>
 
 namespace {
+// `layout` as xkb-data names it: "de", or "de(nodeadkeys)" for a variant.
 QString nameOf(const QString& layout) {
-    CompiledKeymapSource reference(layout);
+    const QStringList parts = layout.split(u'(');
+    CompiledKeymapSource reference(parts[0], parts.value(1).remove(u')'));
     return QString::fromUtf8(xkb_keymap_layout_get_name(reference.currentKeymap(), 0));
 }
 
@@ -50,6 +52,8 @@ void WaylandKeymapSourceTest::theMostSpecificSourceWins_data() {
     QTest::newRow("compositor over system") << "XKBLAYOUT=\"fr\"" << "ru" << "de" << "" << "de"
                                             << O::Compositor;
     QTest::newRow("choice over compositor") << "" << "" << "de" << "ru" << "ru" << O::Chosen;
+    QTest::newRow("chosen variant") << "" << "" << "" << "de(nodeadkeys)" << "de(nodeadkeys)"
+                                    << O::Chosen;
     QTest::newRow("unknown system layout") << "XKBLAYOUT=\"nosuchlayout\"" << "" << "" << ""
                                            << "us" << O::SystemConfiguration;
 }

@@ -1,6 +1,7 @@
 #include "WaylandKeymapSource.h"
 
 #include "GnomeInputSources.h"
+#include "WaylandConnection.h"
 
 #include "Logging.h"
 
@@ -10,8 +11,6 @@
 #include <QDBusPendingReply>
 #include <QFile>
 #include <QRegularExpression>
-#include <QSocketNotifier>
-#include <cstring>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <wayland-client.h>
@@ -42,23 +41,9 @@ QHash<QString, QString> readShellAssignments(const QString& path) {
 } // namespace
 
 struct WaylandKeymapSource::Wayland {
+    std::unique_ptr<WaylandConnection> connection; // goes last, after what was bound on it
     WaylandKeymapSource* owner = nullptr;
-    wl_display* display = nullptr;
-    wl_registry* registry = nullptr;
-    wl_seat* seat = nullptr;
     wl_keyboard* keyboard = nullptr;
-
-    static void global(void* data, wl_registry* registry, uint32_t name, const char* interface,
-                       uint32_t version) {
-        auto* self = static_cast<Wayland*>(data);
-        if (self->seat || std::strcmp(interface, wl_seat_interface.name) != 0)
-            return; // the first seat is the user's
-        self->seat = static_cast<wl_seat*>(
-            wl_registry_bind(registry, name, &wl_seat_interface, std::min<uint32_t>(version, 5)));
-        wl_seat_add_listener(self->seat, &seatListener, self);
-    }
-    static void globalRemove(void*, wl_registry*, uint32_t) {}
-    static constexpr wl_registry_listener registryListener{global, globalRemove};
 
     static void capabilities(void* data, wl_seat* seat, uint32_t capabilities) {
         auto* self = static_cast<Wayland*>(data);
@@ -106,15 +91,7 @@ struct WaylandKeymapSource::Wayland {
         keyboard = nullptr;
     }
 
-    ~Wayland() {
-        releaseKeyboard();
-        if (seat)
-            wl_seat_destroy(seat);
-        if (registry)
-            wl_registry_destroy(registry);
-        if (display)
-            wl_display_disconnect(display);
-    }
+    ~Wayland() { releaseKeyboard(); }
 };
 
 WaylandKeymapSource::WaylandKeymapSource(QObject* parent)
@@ -132,46 +109,31 @@ bool WaylandKeymapSource::connectToCompositor(const QString& display) {
     disconnect();
     auto wayland = std::make_unique<Wayland>();
     wayland->owner = this;
-    const QByteArray name = display.toLocal8Bit();
-    wayland->display = wl_display_connect(name.isEmpty() ? nullptr : name.constData());
-    if (!wayland->display)
-        return false;
-    wayland->registry = wl_display_get_registry(wayland->display);
-    wl_registry_add_listener(wayland->registry, &Wayland::registryListener, wayland.get());
+    wayland->connection = WaylandConnection::open(display);
     // The globals, then the seat's capabilities, then the keyboard's keymap: each answers the
     // requests the one before made. The compositor answers at once; this runs at start only.
-    for (int i = 0; i < 3; ++i)
-        if (wl_display_roundtrip(wayland->display) < 0)
+    if (!wayland->connection || !wayland->connection->roundtrip())
+        return false;
+    if (wl_seat* seat = wayland->connection->seat())
+        wl_seat_add_listener(seat, &Wayland::seatListener, wayland.get());
+    for (int i = 0; i < 2; ++i)
+        if (!wayland->connection->roundtrip())
             return false;
     m_wayland = std::move(wayland);
-    m_notifier = new QSocketNotifier(wl_display_get_fd(m_wayland->display),
-                                     QSocketNotifier::Read, this);
-    connect(m_notifier, &QSocketNotifier::activated, this, [this] { readCompositor(); });
+    m_wayland->connection->watch();
+    connect(m_wayland->connection.get(), &WaylandConnection::lost, this, [this] {
+        qCWarning(lcEngine).noquote()
+            << QStringLiteral("Lost the connection to the compositor; the keyboard layout stays "
+                              "as it was");
+        disconnect();
+    }, Qt::QueuedConnection);
     if (!m_wayland->keyboard)
         qCInfo(lcEngine).noquote()
             << QStringLiteral("The compositor offers no keyboard yet; using the system's layout");
     return true;
 }
 
-void WaylandKeymapSource::readCompositor() {
-    if (!m_wayland)
-        return;
-    if (wl_display_dispatch(m_wayland->display) < 0) {
-        qCWarning(lcEngine).noquote()
-            << QStringLiteral("Lost the connection to the compositor; the keyboard layout stays "
-                              "as it was");
-        // Deferred: the notifier that called us goes with the connection.
-        QMetaObject::invokeMethod(this, [this] { disconnect(); }, Qt::QueuedConnection);
-        return;
-    }
-    wl_display_flush(m_wayland->display);
-}
-
-void WaylandKeymapSource::disconnect() {
-    delete m_notifier;
-    m_notifier = nullptr;
-    m_wayland.reset();
-}
+void WaylandKeymapSource::disconnect() { m_wayland.reset(); }
 
 void WaylandKeymapSource::followDesktopLayoutSwitches() {
     if (!m_gnome) {
@@ -204,10 +166,15 @@ void WaylandKeymapSource::setSystemConfigurationFile(const QString& path) {
     m_systemKeymap = nullptr;
 }
 
-bool WaylandKeymapSource::setChosenLayout(const QString& layouts, const QString& variants) {
+bool WaylandKeymapSource::setChosenLayout(const QString& name) {
     xkb_keymap* chosen = nullptr;
-    if (!layouts.isEmpty()) {
-        const QByteArray layout = layouts.toUtf8(), variant = variants.toUtf8();
+    if (!name.isEmpty()) {
+        // "de(nodeadkeys)": the variant in parentheses after its layout.
+        const qsizetype open = name.indexOf(u'(');
+        const bool hasVariant = open > 0 && name.endsWith(u')');
+        const QByteArray layout = (hasVariant ? name.left(open) : name).toUtf8();
+        const QByteArray variant =
+            hasVariant ? name.mid(open + 1, name.size() - open - 2).toUtf8() : QByteArray();
         const xkb_rule_names names{"evdev", "pc105", layout.constData(), variant.constData(),
                                    ""};
         chosen = xkb_keymap_new_from_names(m_context, &names, XKB_KEYMAP_COMPILE_NO_FLAGS);

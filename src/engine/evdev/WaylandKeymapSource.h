@@ -8,8 +8,6 @@
 #include <optional>
 
 class GnomeInputSources;
-class QSocketNotifier;
-struct wl_display;
 struct wl_keyboard;
 struct wl_registry;
 struct wl_seat;
@@ -48,9 +46,9 @@ public:
 
     // Where the system's keyboard configuration is read (tests use their own file).
     void setSystemConfigurationFile(const QString& path);
-    // A layout chosen by the user ("de", variants as setxkbmap takes them); empty: automatic.
-    // False when it does not compile; the previous choice stays then.
-    bool setChosenLayout(const QString& layouts, const QString& variants = {});
+    // A layout chosen by the user, as xkb-data names it ("de", "de(nodeadkeys)"); empty:
+    // automatic. False when it does not compile; the previous choice stays then.
+    bool setChosenLayout(const QString& name);
 
     // A keymap handed over by the compositor, as the text of its wl_keyboard.keymap event.
     bool takeCompositorKeymap(const QByteArray& text);
@@ -75,7 +73,6 @@ signals:
 
 private:
     struct Wayland;
-    void readCompositor();
     void disconnect();
     xkb_keymap* systemKeymap();
 
@@ -87,6 +84,5 @@ private:
     bool m_groupReported = false;
     QString m_systemFile = QStringLiteral("/etc/default/keyboard");
     std::unique_ptr<Wayland> m_wayland;
-    QSocketNotifier* m_notifier = nullptr;
     GnomeInputSources* m_gnome = nullptr;
 };

@@ -1,11 +1,11 @@
 #include "WaylandVirtualKeyboardOutput.h"
 
 #include "ExpansionKeysyms.h"
+#include "WaylandConnection.h"
 #include "Logging.h"
 #include "virtual-keyboard-unstable-v1-client-protocol.h"
 
 #include <QHash>
-#include <QSocketNotifier>
 #include <cerrno>
 #include <cstring>
 #include <sys/mman.h>
@@ -20,39 +20,15 @@ constexpr uint32_t evdevOffset = 8;
 } // namespace
 
 struct WaylandVirtualKeyboardOutput::Wayland {
-    wl_display* display = nullptr;
-    wl_registry* registry = nullptr;
-    wl_seat* seat = nullptr;
+    std::unique_ptr<WaylandConnection> connection; // goes last, after what was bound on it
     zwp_virtual_keyboard_manager_v1* manager = nullptr;
     zwp_virtual_keyboard_v1* keyboard = nullptr;
-
-    static void global(void* data, wl_registry* registry, uint32_t name, const char* interface,
-                       uint32_t) {
-        auto* self = static_cast<Wayland*>(data);
-        if (!self->seat && std::strcmp(interface, wl_seat_interface.name) == 0)
-            self->seat = static_cast<wl_seat*>(
-                wl_registry_bind(registry, name, &wl_seat_interface, 1)); // the user's seat
-        else if (!self->manager &&
-                 std::strcmp(interface, zwp_virtual_keyboard_manager_v1_interface.name) == 0)
-            self->manager = static_cast<zwp_virtual_keyboard_manager_v1*>(
-                wl_registry_bind(registry, name, &zwp_virtual_keyboard_manager_v1_interface, 1));
-    }
-    static void globalRemove(void*, wl_registry*, uint32_t) {}
-    static constexpr wl_registry_listener registryListener{global, globalRemove};
 
     ~Wayland() {
         if (keyboard)
             zwp_virtual_keyboard_v1_destroy(keyboard);
         if (manager)
             zwp_virtual_keyboard_manager_v1_destroy(manager);
-        if (seat)
-            wl_seat_destroy(seat);
-        if (registry)
-            wl_registry_destroy(registry);
-        if (display) {
-            wl_display_flush(display);
-            wl_display_disconnect(display);
-        }
     }
 };
 
@@ -67,46 +43,40 @@ WaylandVirtualKeyboardOutput::~WaylandVirtualKeyboardOutput() {
         m_job->finished = nullptr;
         finish();
     }
-    delete m_notifier;
 }
 
 bool WaylandVirtualKeyboardOutput::connectToCompositor(const QString& display) {
     auto wayland = std::make_unique<Wayland>();
-    const QByteArray name = display.toLocal8Bit();
-    wayland->display = wl_display_connect(name.isEmpty() ? nullptr : name.constData());
-    if (!wayland->display)
+    Wayland* bound = wayland.get();
+    wayland->connection = WaylandConnection::open(
+        display, [bound](wl_registry* registry, uint32_t name, const char* interface, uint32_t) {
+            if (!bound->manager &&
+                std::strcmp(interface, zwp_virtual_keyboard_manager_v1_interface.name) == 0)
+                bound->manager = static_cast<zwp_virtual_keyboard_manager_v1*>(wl_registry_bind(
+                    registry, name, &zwp_virtual_keyboard_manager_v1_interface, 1));
+        });
+    if (!wayland->connection || !wayland->connection->roundtrip() ||
+        !wayland->connection->seat() || !wayland->manager)
         return false;
-    wayland->registry = wl_display_get_registry(wayland->display);
-    wl_registry_add_listener(wayland->registry, &Wayland::registryListener, wayland.get());
-    if (wl_display_roundtrip(wayland->display) < 0 || !wayland->seat || !wayland->manager)
-        return false;
-    wayland->keyboard =
-        zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(wayland->manager, wayland->seat);
+    // On the user's seat: the keys it types go where the user's own keys go.
+    wayland->keyboard = zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(
+        wayland->manager, wayland->connection->seat());
     // A compositor may refuse (the protocol's "unauthorized"): that shows as an error here.
-    if (wl_display_roundtrip(wayland->display) < 0) {
+    if (!wayland->connection->roundtrip()) {
         qCInfo(lcEngine).noquote() << QStringLiteral("The compositor refused a virtual keyboard");
         return false;
     }
     m_wayland = std::move(wayland);
-    delete m_notifier;
-    m_notifier = new QSocketNotifier(wl_display_get_fd(m_wayland->display), QSocketNotifier::Read);
-    connect(m_notifier, &QSocketNotifier::activated, this, [this] { readCompositor(); });
+    m_wayland->connection->watch();
+    connect(m_wayland->connection.get(), &WaylandConnection::lost, this, [this] {
+        qCWarning(lcEngine).noquote()
+            << QStringLiteral("Lost the connection to the compositor; Typolet cannot type");
+        lost();
+    }, Qt::QueuedConnection);
     return true;
 }
 
-void WaylandVirtualKeyboardOutput::readCompositor() {
-    if (m_wayland && wl_display_dispatch(m_wayland->display) < 0) {
-        qCWarning(lcEngine).noquote()
-            << QStringLiteral("Lost the connection to the compositor; Typolet cannot type");
-        // Deferred: the notifier that called us goes with the connection.
-        QMetaObject::invokeMethod(
-            this, [this] { lost(); }, Qt::QueuedConnection);
-    }
-}
-
 void WaylandVirtualKeyboardOutput::lost() {
-    delete m_notifier;
-    m_notifier = nullptr;
     m_wayland.reset();
     if (m_job)
         finish();
@@ -199,7 +169,7 @@ void WaylandVirtualKeyboardOutput::step() {
     Job& job = *m_job;
     // What the last batch left in the connection goes first: a compositor that is behind
     // gets the time it needs.
-    if (wl_display_flush(m_wayland->display) < 0) {
+    if (wl_display_flush(m_wayland->connection->display()) < 0) {
         if (errno == EAGAIN) {
             m_stepTimer.start(batchIntervalMs);
             return;
@@ -223,13 +193,13 @@ void WaylandVirtualKeyboardOutput::step() {
         tap(firstKeyCode + uint32_t(index));
         ++job.next;
     }
-    wl_display_flush(m_wayland->display);
+    wl_display_flush(m_wayland->connection->display());
     if (job.next < job.keysyms.size()) {
         m_stepTimer.start(batchIntervalMs);
         return;
     }
     // Finished once the compositor has taken every key: it answers a sync after them.
-    wl_callback* done = wl_display_sync(m_wayland->display);
+    wl_callback* done = wl_display_sync(m_wayland->connection->display());
     static constexpr wl_callback_listener listener{[](void* data, wl_callback* callback, uint32_t) {
         wl_callback_destroy(callback);
         auto* self = static_cast<WaylandVirtualKeyboardOutput*>(data);
@@ -237,7 +207,7 @@ void WaylandVirtualKeyboardOutput::step() {
             self->finish();
     }};
     wl_callback_add_listener(done, &listener, this);
-    wl_display_flush(m_wayland->display);
+    wl_display_flush(m_wayland->connection->display());
 }
 
 void WaylandVirtualKeyboardOutput::tap(uint32_t keyCode) {

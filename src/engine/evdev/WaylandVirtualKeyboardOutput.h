@@ -10,7 +10,6 @@
 #include <memory>
 #include <optional>
 
-class QSocketNotifier;
 
 // Types through the compositor itself, on compositors that offer virtual keyboards to their
 // clients (zwp_virtual_keyboard_manager_v1: sway and the other wlroots compositors). Unlike a
@@ -61,11 +60,9 @@ private:
     bool uploadKeymapFor(qsizetype from);
     void tap(uint32_t keyCode);
     void finish();
-    void readCompositor();
     void lost();
 
     std::unique_ptr<Wayland> m_wayland;
-    QSocketNotifier* m_notifier = nullptr;
     QTimer m_stepTimer;
     QElapsedTimer m_clock;
     std::optional<Job> m_job;

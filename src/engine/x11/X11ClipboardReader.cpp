@@ -1,13 +1,15 @@
 #include "X11ClipboardReader.h"
 
 #include "Logging.h"
+#include "X11ClipboardLender.h"
 
 #include <QSocketNotifier>
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <climits>
 
-X11ClipboardReader::X11ClipboardReader(QObject* parent) : QObject(parent) {
+X11ClipboardReader::X11ClipboardReader(const X11ClipboardLender* lender, QObject* parent)
+    : QObject(parent), m_lender(lender) {
     m_timeout.setSingleShot(true);
     m_timeout.setInterval(answerTimeoutMs);
     connect(&m_timeout, &QTimer::timeout, this, [this] {
@@ -53,6 +55,10 @@ bool X11ClipboardReader::open() {
 }
 
 void X11ClipboardReader::readText(TextHandler done) {
+    if (m_lender && m_lender->ownsClipboard()) {
+        done(m_lender->offeredText());
+        return;
+    }
     if (!open()) {
         done(std::nullopt);
         return;

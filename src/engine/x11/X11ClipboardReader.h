@@ -9,6 +9,7 @@
 #include <memory>
 
 class QSocketNotifier;
+class X11ClipboardLender;
 typedef struct _XDisplay Display;
 
 // Reads the CLIPBOARD selection's text for a {{clipboard}} placeholder without waiting on the
@@ -16,10 +17,15 @@ typedef struct _XDisplay Display;
 // connection of its own, and answers when the text has come (in increments too), or with
 // nothing when the owner does not answer within answerTimeoutMs. An owner that never answers
 // costs that long, and one line says so.
+//
+// After a paste Typolet itself holds the user's clipboard (see X11ClipboardLender); asking that
+// owner through the X server would wait for an answer that only this thread can give, so the
+// lender's copy is read instead.
 class X11ClipboardReader : public QObject, public ClipboardSource {
     Q_OBJECT
 public:
-    explicit X11ClipboardReader(QObject* parent = nullptr);
+    explicit X11ClipboardReader(const X11ClipboardLender* lender = nullptr,
+                                QObject* parent = nullptr);
     ~X11ClipboardReader() override;
 
     // Questions asked while one is under way get the same answer.
@@ -37,6 +43,7 @@ private:
     // Takes the property's value off the window; false when it is not there.
     bool takeProperty(QByteArray& bytes, unsigned long& type);
 
+    const X11ClipboardLender* m_lender;
     Display* m_display = nullptr;
     unsigned long m_window = 0;
     unsigned long m_clipboard = 0, m_utf8 = 0, m_incr = 0, m_property = 0, m_targets = 0,

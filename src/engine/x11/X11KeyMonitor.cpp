@@ -199,8 +199,8 @@ void X11KeyMonitor::process(XEvent& event) {
             // Buttons 4 to 7 are the wheel: scrolling leaves the caret where it was.
             const int button = static_cast<const XIRawEvent*>(data)->detail;
             XFreeEventData(m_display, &event.xcookie);
-            if ((button < 4 || button > 7) && m_pointerPressed)
-                m_pointerPressed();
+            if (button < 4 || button > 7)
+                notify(m_pointerPressed);
             return;
         }
         if (type == XI_KeyPress || type == XI_KeyRelease) {
@@ -235,8 +235,7 @@ void X11KeyMonitor::process(XEvent& event) {
                  (event.type == FocusOut && event.xfocus.window == m_focusWindow)))) {
         // A grab (ours while holding keys, a menu's) leaves the focus where it is.
         followFocus();
-        if (m_focusChanged)
-            m_focusChanged();
+        notify(m_focusChanged);
     } else if (event.type == MappingNotify) {
         XRefreshKeyboardMapping(&event.xmapping);
         if (m_keymapChanged)
@@ -246,10 +245,21 @@ void X11KeyMonitor::process(XEvent& event) {
 
 void X11KeyMonitor::rawKey(int master, int source, uint32_t keyCode, unsigned long time,
                            bool press) {
-    if (source == m_ownXtestKeyboard && m_ownOutput)
+    if (source == m_ownXtestKeyboard && ownOutput())
         return; // Typolet's own typing or replay
-    if (m_holding && m_grabbed.contains(master))
-        return; // held: it comes again as the grabbed event
+    if (m_keysGrabbed && m_grabbed.contains(master)) {
+        // Held: it comes again as the grabbed event. While a hold begins, a key-down typed just
+        // before the grab took effect has no such twin: it reached the application and counts
+        // as slipped, unless its twin turns up (holdKeys() waits for that).
+        if (press && m_slipped && !m_rawWhileGrabbing.contains({keyCode, time})) {
+            m_rawWhileGrabbing.insert({keyCode, time}, m_slipped->size());
+            KeyStroke stroke;
+            stroke.keyCode = keyCode;
+            stroke.state = m_stateOfMaster.value(master);
+            m_slipped->append(stroke);
+        }
+        return;
+    }
     if (!press && source != m_ownXtestKeyboard && m_syntheticDown.remove(keyCode)) {
         // The user let go of a modifier we had pressed again for them: let go of ours too.
         XTestFakeKeyEvent(m_display, keyCode, False, CurrentTime);
@@ -338,12 +348,22 @@ void X11KeyMonitor::report(const KeyStroke& stroke) {
         m_keyDown(stroke);
 }
 
+void X11KeyMonitor::notify(const std::function<void()>& handler) {
+    if (!handler)
+        return;
+    if (m_slipped)
+        QMetaObject::invokeMethod(this, handler, Qt::QueuedConnection);
+    else
+        handler();
+}
+
 KeyMonitor::HoldResult X11KeyMonitor::holdKeys(HeldKeyFilter onHeld) {
     HoldResult result;
-    if (m_holding || m_ownOutput) {
+    if (m_keysGrabbed || ownOutput()) {
         // Another expansion while the last one's keys are being let go: hold on.
-        m_heldAgain = true;
-        result.holding = m_holding;
+        if (m_stage == HoldStage::Releasing)
+            m_stage = HoldStage::OwnTyping;
+        result.holding = m_keysGrabbed;
         return result;
     }
     m_onHeld = std::move(onHeld);
@@ -366,18 +386,20 @@ KeyMonitor::HoldResult X11KeyMonitor::holdKeys(HeldKeyFilter onHeld) {
             XIUngrabDevice(m_display, device, CurrentTime);
         m_grabbed.clear();
     }
-    m_holding = grabbed;
-    m_heldAgain = false;
+    m_keysGrabbed = grabbed;
+    m_stage = HoldStage::Holding;
     if (grabbed)
         m_focusWhenHeld = inputFocus();
     result.holding = grabbed;
     m_slipped = &result.slipped;
-    while (XEventsQueued(m_display, QueuedAlready) > 0) {
-        XEvent event;
-        XNextEvent(m_display, &event);
-        process(event);
-    }
+    // The grabs' round trips read every event the server sent before them; one more brings in
+    // the grabbed twin of every raw key-down read so far that came after a grab.
+    if (grabbed)
+        XSync(m_display, False);
+    processQueued();
     m_slipped = nullptr;
+    m_rawWhileGrabbing.clear();
+    result.slipped.removeIf([](const KeyStroke& stroke) { return stroke.keyCode == 0; });
     return result;
 }
 
@@ -406,6 +428,14 @@ void X11KeyMonitor::heldKey(const void* deviceEvent, bool press) {
             }
         }
     }
+    if (press && m_slipped && m_keysGrabbed) {
+        // Its raw twin was taken for a key typed before the grab: it is held after all.
+        // (Marked with no place where the twin comes first.)
+        const qsizetype raw = m_rawWhileGrabbing.value({keyCode, event->time}, -1);
+        if (raw >= 0)
+            (*m_slipped)[raw].keyCode = 0;
+        m_rawWhileGrabbing.insert({keyCode, event->time}, -1);
+    }
     if (m_droppedPresses.contains(keyCode)) {
         if (!press)
             m_droppedPresses.remove(keyCode);
@@ -416,14 +446,13 @@ void X11KeyMonitor::heldKey(const void* deviceEvent, bool press) {
         return;
     }
     m_held.append(held);
-    if (!m_holding)
-        replayHeld(); // it came in just before the grab ended: let it go at once
+    if (!m_keysGrabbed)
+        while (replayNextPress()) {} // it came in just before the grab ended: let it go at once
 }
 
-void X11KeyMonitor::replayHeld() {
-    m_replaying = true;
-    while (!m_held.isEmpty() && !m_heldAgain) {
-        const HeldEvent held = m_held.takeFirst();
+bool X11KeyMonitor::replayNextPress() {
+    while (!m_held.isEmpty()) {
+        HeldEvent held = m_held.takeFirst();
         XTestFakeKeyEvent(m_display, held.stroke.keyCode, held.press, CurrentTime);
         if (!held.press) {
             m_replayedDown.remove(held.stroke.keyCode);
@@ -432,10 +461,12 @@ void X11KeyMonitor::replayHeld() {
         m_replayedDown.insert(held.stroke.keyCode);
         // In the application before anything the report may make Typolet type.
         XSync(m_display, False);
+        held.stroke.replayed = true;
         report(held.stroke);
+        return true;
     }
     XFlush(m_display);
-    m_replaying = false;
+    return false;
 }
 
 unsigned long X11KeyMonitor::inputFocus() {
@@ -467,33 +498,54 @@ void X11KeyMonitor::dropHeldPresses() {
 }
 
 void X11KeyMonitor::releaseKeys() {
-    m_heldAgain = false;
-    m_ownOutput = true; // the replay goes out through XTEST
-    if (m_holding) {
-        // The replay goes wherever the focus is now: keys typed for a window the focus has
-        // left since would land in another one.
-        if (inputFocus() != m_focusWhenHeld)
-            dropHeldPresses();
-        for (;;) {
-            replayHeld();
-            if (m_heldAgain)
-                return; // a held key started another expansion; the rest wait for it
-            // Keys that arrived while replaying.
+    if (m_stage == HoldStage::Free)
+        return;
+    // The replay goes wherever the focus is now: keys typed for a window the focus has left
+    // since would land in another one.
+    if (m_keysGrabbed && inputFocus() != m_focusWhenHeld)
+        dropHeldPresses();
+    m_stage = HoldStage::Releasing; // the replay goes out through XTEST
+    scheduleReplay();
+}
+
+void X11KeyMonitor::scheduleReplay() {
+    // Never from inside releaseKeys(): the engine that lets go is not called back before it
+    // is done.
+    if (!std::exchange(m_replayScheduled, true))
+        QMetaObject::invokeMethod(this, &X11KeyMonitor::replayStep, Qt::QueuedConnection);
+}
+
+void X11KeyMonitor::replayStep() {
+    m_replayScheduled = false;
+    if (m_stage != HoldStage::Releasing)
+        return; // held again meanwhile: the rest wait for the next release
+    if (m_keysGrabbed) {
+        const bool replayed = replayNextPress();
+        // Keys that arrived while replaying; read into Xlib's queue already, where the socket
+        // notifier does not see them.
+        if (!replayed)
             XSync(m_display, False);
-            while (XEventsQueued(m_display, QueuedAlready) > 0 && !m_heldAgain) {
-                XEvent event;
-                XNextEvent(m_display, &event);
-                process(event);
-            }
-            if (m_held.isEmpty())
-                break;
+        processQueued();
+        if (m_stage != HoldStage::Releasing)
+            return; // the report started another expansion, which holds on to the rest
+        if (replayed || !m_held.isEmpty()) {
+            scheduleReplay();
+            return;
         }
         for (const int device : std::as_const(m_grabbed))
             XIUngrabDevice(m_display, device, CurrentTime);
         m_grabbed.clear();
-        m_holding = false;
+        m_keysGrabbed = false;
     }
     endOwnOutput();
+}
+
+void X11KeyMonitor::processQueued() {
+    while (XEventsQueued(m_display, QueuedAlready) > 0) {
+        XEvent event;
+        XNextEvent(m_display, &event);
+        process(event);
+    }
 }
 
 void X11KeyMonitor::endOwnOutput() {
@@ -517,13 +569,9 @@ void X11KeyMonitor::endOwnOutput() {
     XSync(m_display, False);
     QList<KeyStroke> afterwards;
     m_slipped = &afterwards;
-    while (XEventsQueued(m_display, QueuedAlready) > 0) {
-        XEvent event;
-        XNextEvent(m_display, &event);
-        process(event);
-    }
+    processQueued();
     m_slipped = nullptr;
-    m_ownOutput = false;
+    m_stage = HoldStage::Free;
     m_onHeld = {};
     for (const KeyStroke& stroke : std::as_const(afterwards))
         report(stroke);

@@ -29,8 +29,10 @@ typedef union _XEvent XEvent;
 // other slaves of the core keyboard (a grabbed slave is detached from its master, so the
 // user's keys neither reach applications nor change the modifiers Typolet types with), and
 // any other master keyboard whole (a floated slave of another master can leave that master
-// with stale keys). The keys are queued and replayed through XTEST afterwards. Events of
-// Typolet's XTEST device are not reported while it is typing or replaying, and only then:
+// with stale keys). The keys are queued and replayed through XTEST afterwards, one key-down per
+// turn of the event loop, each reported after it reached the application; the hold's stages are
+// drawn in docs/engine.md. Events of Typolet's XTEST device are not reported while it is typing
+// or replaying, and only then:
 // other programs type through the same device (xdotool, on-screen keyboards, VNC servers),
 // and their keys are the user's, also while a command waits for its word to end.
 class X11KeyMonitor : public QObject, public KeyMonitor {
@@ -42,7 +44,7 @@ public:
     bool start(KeyHandler handler) override;
     HoldResult holdKeys(HeldKeyFilter onHeld) override;
     void releaseKeys() override;
-    void ownTypingStarts() override { m_ownOutput = true; }
+    void ownTypingStarts() override { m_stage = HoldStage::OwnTyping; }
     void setFocusChangeHandler(std::function<void()> handler) override {
         m_focusChanged = std::move(handler);
     }
@@ -76,14 +78,24 @@ private:
     };
 
     void readEvents();
+    // Events Xlib has read from the socket already (a round trip reads them).
+    void processQueued();
     void process(XEvent& event);
     void rawKey(int master, int source, uint32_t keyCode, unsigned long time, bool press);
     void heldKey(const void* deviceEvent, bool press);
     void report(const KeyStroke& stroke);
+    // A focus change or a click: told at once, or once holdKeys() is done when seen inside it
+    // (the engine is in the middle of an expansion's start then).
+    void notify(const std::function<void()>& handler);
     void stopRepeating(int source, unsigned long time);
     const RepeatControls& controlsOf(int device);
     void scanDevices();
-    void replayHeld();
+    // Held events go out through XTEST up to and including the next key-down, which is then
+    // reported; false when none is left.
+    bool replayNextPress();
+    void scheduleReplay();
+    // One turn of letting the held keys go, run from the event loop.
+    void replayStep();
     void dropHeldPresses();
     unsigned long inputFocus();
     void endOwnOutput();
@@ -112,16 +124,26 @@ private:
     QHash<int, RepeatControls> m_controls;
     QHash<int, Repeating> m_repeating; // by source device
 
-    bool m_ownOutput = false; // we type or replay through XTEST: its keys now are ours
-    bool m_holding = false;
-    bool m_replaying = false;
-    bool m_heldAgain = false;
+    // Free: nothing held. Holding: the engine asked to hold the keys (grabbed when
+    // m_keysGrabbed). OwnTyping: its output types through XTEST, whose keys are ours now.
+    // Releasing: the held keys are replayed through XTEST, one per turn of the event loop; a
+    // hold asked for meanwhile turns it back to OwnTyping and the rest wait.
+    enum class HoldStage { Free, Holding, OwnTyping, Releasing };
+    HoldStage m_stage = HoldStage::Free;
+    bool ownOutput() const {
+        return m_stage == HoldStage::OwnTyping || m_stage == HoldStage::Releasing;
+    }
+    bool m_keysGrabbed = false;
+    bool m_replayScheduled = false;
     QList<int> m_grabbed;
     QList<HeldEvent> m_held;
     unsigned long m_focusWhenHeld = 0; // where the held keys were typed
     QSet<uint32_t> m_droppedPresses; // held key-downs the engine kept from the application
     HeldKeyFilter m_onHeld;
-    QList<KeyStroke>* m_slipped = nullptr; // while a hold begins: where keys are reported
+    QList<KeyStroke>* m_slipped = nullptr; // while a hold begins or ends: where keys are reported
+    // While a hold begins: raw key-downs of grabbed keyboards (key code and server time), by
+    // their place in *m_slipped, until their grabbed twin shows they were held (-1 then).
+    QHash<QPair<uint32_t, unsigned long>, qsizetype> m_rawWhileGrabbing;
     QSet<uint32_t> m_syntheticDown;
     QSet<uint32_t> m_replayedDown;
 

@@ -55,7 +55,7 @@ void PreferencesViewTest::switchTurnsTheEntryOnAndOffAndShowsTheTruth() {
     Fixture f;
     ToggleSwitch* toggle = f.view.startAtLoginSwitch();
     QVERIFY(!toggle->isChecked() && f.backend->calls.isEmpty());
-    f.show(); // the first appearance ever turns it on and registers the login item
+    f.show(); // the first appearance ever turns it on and writes the autostart entry
     QVERIFY(toggle->isChecked() && f.backend->registered);
 
     f.backend->calls.clear();
@@ -148,8 +148,6 @@ void PreferencesViewTest::keyboardLayoutShowsWhatIsInUseAndKeepsTheChoice() {
     // A variant from xkb-data is offered under its layout, and the choice is stored.
     const int variant = choice->findData(QStringLiteral("de(nodeadkeys)"));
     QVERIFY(variant > 0);
-    QCOMPARE(KeyboardLayoutCatalogue::layoutAndVariant(choice->itemData(variant).toString()),
-             std::make_pair(QStringLiteral("de"), QStringLiteral("nodeadkeys")));
     QSignalSpy changes(&f.preferences, &Preferences::keyboardLayoutChanged);
     choice->setCurrentIndex(variant);
     emit choice->activated(variant);

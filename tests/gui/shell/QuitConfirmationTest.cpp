@@ -1,5 +1,5 @@
 // The question asked before quitting: its buttons, and the answers given by keys.
-// What each answer does is tested through the application delegate.
+// What each answer does is tested through the tray controller.
 
 #include "QuitConfirmation.h"
 #include "AlertDriver.h"

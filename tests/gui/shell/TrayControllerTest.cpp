@@ -24,22 +24,28 @@
 #include <QtTest>
 
 namespace {
+// The main window around the snippet editor, with the menus and the tray set up.
 struct Fixture {
     TemporarySettings settings;
+    SnippetStore store{settings.path()};
     Preferences preferences{settings.path()};
     Autostart autostart{std::make_unique<RecordingAutostartBackend>()};
     QMainWindow mainWindow;
+    ContentView* editor = new ContentView(store); // owned by the main window
     TrayController tray{autostart, preferences};
 
-    Fixture() {
+    explicit Fixture(const QList<Snippet>& snippets = {}) {
+        for (const Snippet& snippet : snippets)
+            QVERIFY(!store.addSnippet(snippet));
+        mainWindow.setCentralWidget(editor);
         mainWindow.show();
-        tray.applicationDidFinishLaunching(&mainWindow);
+        tray.setUp(&mainWindow);
     }
     bool inBackground() { return tray.appWindows().inBackground(); }
     // Opens the tray menu as a click on the tray icon does.
     QMenu* openTrayMenu() {
-        tray.statusMenu()->popup(QPoint(10, 10));
-        return QTest::qWaitForWindowExposed(tray.statusMenu()) ? tray.statusMenu()
+        tray.trayMenu()->popup(QPoint(10, 10));
+        return QTest::qWaitForWindowExposed(tray.trayMenu()) ? tray.trayMenu()
                                                                    : nullptr;
     }
 };
@@ -78,7 +84,7 @@ void TrayControllerTest::withoutATrayClosingTheWindowDoesNotQuit() {
     Fixture f;
     QVERIFY(!f.inBackground());
     QVERIFY(!QSystemTrayIcon::isSystemTrayAvailable());
-    QCOMPARE(f.tray.statusItem(), nullptr);
+    QCOMPARE(f.tray.trayIcon(), nullptr);
     QSignalSpy terminating(&f.tray, &TrayController::terminating);
     QCOMPARE(runLoop([&] { f.mainWindow.close(); }), 99);
     QCOMPARE(terminating.size(), 0);
@@ -88,7 +94,7 @@ void TrayControllerTest::pauseIsOneSwitchInBothMenusAndKept() {
     Fixture f;
     QAction* pause = f.tray.pauseAction();
     QVERIFY(f.tray.fileMenu()->actions().contains(pause));
-    QVERIFY(f.tray.statusMenu()->actions().contains(pause));
+    QVERIFY(f.tray.trayMenu()->actions().contains(pause));
     QVERIFY(!pause->isChecked());
     pause->trigger();
     QVERIFY(f.preferences.paused());
@@ -104,26 +110,26 @@ void TrayControllerTest::excludeTakesTheApplicationTypedInLast() {
     QAction* exclude = f.tray.excludeAction();
     QVERIFY(f.openTrayMenu());
     QVERIFY(!exclude->isEnabled()); // nothing typed anywhere yet
-    f.tray.statusMenu()->hide();
+    f.tray.trayMenu()->hide();
     last = QStringLiteral("XTerm");
     QVERIFY(f.openTrayMenu());
     QVERIFY(exclude->isEnabled() && exclude->text().contains("XTerm"));
     exclude->trigger();
     QCOMPARE(f.preferences.excludedApplications(), QStringList{"XTerm"});
-    f.tray.statusMenu()->hide();
+    f.tray.trayMenu()->hide();
     // Once excluded, the same entry includes it again, as does the list of excluded ones.
     QVERIFY(f.openTrayMenu());
     QCOMPARE(exclude->text(), QStringLiteral("Include “XTerm” Again"));
     QVERIFY(f.tray.excludedMenu()->menuAction()->isVisible());
     f.tray.excludedMenu()->actions().constFirst()->trigger();
     QVERIFY(f.preferences.excludedApplications().isEmpty());
-    f.tray.statusMenu()->hide();
+    f.tray.trayMenu()->hide();
     // Typolet's own windows are never offered.
     last = QStringLiteral("typolet");
     QVERIFY(f.openTrayMenu());
     QVERIFY(!exclude->isEnabled());
     QVERIFY(!f.tray.excludedMenu()->menuAction()->isVisible());
-    f.tray.statusMenu()->hide();
+    f.tray.trayMenu()->hide();
 }
 
 // Paused shows: a pause badge on the icon and the word in the tooltip.
@@ -154,7 +160,7 @@ void TrayControllerTest::runInBackgroundThenOpenTypoletBringsBackEveryWindow() {
     QVERIFY(!f.tray.aboutWindow()->isVisible());
 
     AlertDriver driver(AlertDriver::click(QStringLiteral("Run in Background")));
-    QCOMPARE(f.tray.applicationShouldTerminate(), QuitConfirmation::TerminateReply::Cancel);
+    QVERIFY(!f.tray.confirmQuit());
     QVERIFY(f.inBackground());
     for (const QWidget* window : windows)
         QVERIFY(!window->isVisible());
@@ -205,7 +211,7 @@ void TrayControllerTest::everyQuitRequestAsksFirst() {
     AlertDriver driver(AlertDriver::click(answer));
     // quit() is what the desktop's own quit request, or anyone else's, looks like to Typolet.
     const bool ended = request == QLatin1String("session end")
-                           ? f.tray.allowSessionEnd()
+                           ? f.tray.confirmQuit()
                            : runLoop([&] {
                                  if (keyTarget)
                                      QTest::keyClick(keyTarget, Qt::Key_Q, Qt::ControlModifier);
@@ -235,18 +241,12 @@ void TrayControllerTest::signalsEndItWithoutAsking() {
 
 // The desktop's menu layout, no menu named after the program, one ellipsis.
 void TrayControllerTest::theMenusAreFileEditHelp() {
-    TemporarySettings settings;
-    SnippetStore store(settings.path());
-    Preferences preferences(settings.path());
-    Autostart autostart(std::make_unique<RecordingAutostartBackend>());
-    QMainWindow mainWindow;
-    mainWindow.setCentralWidget(new ContentView(store));
-    TrayController tray(autostart, preferences);
-    tray.applicationDidFinishLaunching(&mainWindow);
+    Fixture f;
+    TrayController& tray = f.tray;
     QAction extra(QStringLiteral("Import\u2026"));
     tray.addLibraryActions({&extra});
     QStringList menus;
-    for (const QAction* menu : mainWindow.menuBar()->actions())
+    for (const QAction* menu : f.mainWindow.menuBar()->actions())
         menus << menu->text();
     QCOMPARE(menus, (QStringList{"&File", "&Edit", "&Help"}));
     const auto entries = [](const QMenu* menu) {
@@ -280,18 +280,10 @@ void TrayControllerTest::quittingSettlesTheEditorsEdits() {
     QFETCH(QString, answer);
     QFETCH(bool, quits);
     QFETCH(QString, stored);
-    TemporarySettings settings;
-    SnippetStore store(settings.path());
-    QVERIFY(!store.addSnippet(Snippet::create(QStringLiteral(";hi"), QStringLiteral("Hello"),
-                                              Category::defaultCategoryId)));
-    Preferences preferences(settings.path());
-    Autostart autostart(std::make_unique<RecordingAutostartBackend>());
-    QMainWindow mainWindow;
-    auto* editor = new ContentView(store);
-    mainWindow.setCentralWidget(editor);
-    mainWindow.show();
-    TrayController tray(autostart, preferences);
-    tray.applicationDidFinishLaunching(&mainWindow);
+    Fixture f({Snippet::create(QStringLiteral(";hi"), QStringLiteral("Hello"),
+                               Category::defaultCategoryId)});
+    SnippetStore& store = f.store;
+    ContentView* editor = f.editor;
     editor->setSaveEditsOnLeave(answer.isEmpty());
     editor->setSelectedSnippet(store.snippets().first());
     editor->detailView()->contentEditor()->moveCursor(QTextCursor::End);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SecureInputWatch.h"
+#include "PasswordFieldWatch.h"
 
 #include <QObject>
 #include <QString>
@@ -19,11 +19,11 @@ class QDBusMessage;
 //
 // Without a D-Bus session or an accessibility bus, it says once that password fields cannot be
 // recognised and answers false from then on.
-class AtSpiSecureInputWatch : public QObject, public SecureInputWatch {
+class AtSpiPasswordFieldWatch : public QObject, public PasswordFieldWatch {
     Q_OBJECT
 public:
-    explicit AtSpiSecureInputWatch(QObject* parent = nullptr);
-    ~AtSpiSecureInputWatch() override;
+    explicit AtSpiPasswordFieldWatch(QObject* parent = nullptr);
+    ~AtSpiPasswordFieldWatch() override;
 
     // Looks for the accessibility bus and starts listening for focus changes there.
     void start();

@@ -1,4 +1,4 @@
-#include "AtSpiSecureInputWatch.h"
+#include "AtSpiPasswordFieldWatch.h"
 
 #include "Logging.h"
 
@@ -19,21 +19,21 @@ constexpr int busAddressTimeoutMs = 25000;
 const QString connectionName = QStringLiteral("typolet-accessibility");
 } // namespace
 
-AtSpiSecureInputWatch::AtSpiSecureInputWatch(QObject* parent) : QObject(parent) {}
+AtSpiPasswordFieldWatch::AtSpiPasswordFieldWatch(QObject* parent) : QObject(parent) {}
 
-AtSpiSecureInputWatch::~AtSpiSecureInputWatch() {
+AtSpiPasswordFieldWatch::~AtSpiPasswordFieldWatch() {
     if (m_bus) {
         m_bus.reset();
         QDBusConnection::disconnectFromBus(connectionName);
     }
 }
 
-bool AtSpiSecureInputWatch::passwordFieldFocused() const {
+bool AtSpiPasswordFieldWatch::passwordFieldFocused() const {
     // While a newly focused object has not said what it is, it may be a password field.
     return m_field == Field::Password || m_field == Field::Asking;
 }
 
-void AtSpiSecureInputWatch::start() {
+void AtSpiPasswordFieldWatch::start() {
     // Set where the accessibility bus is not found through the session bus; AT-SPI's own
     // libraries honour it first as well.
     const QString given = qEnvironmentVariable("AT_SPI_BUS_ADDRESS");
@@ -76,7 +76,7 @@ void AtSpiSecureInputWatch::start() {
             });
 }
 
-void AtSpiSecureInputWatch::listenOn(const QString& address) {
+void AtSpiPasswordFieldWatch::listenOn(const QString& address) {
     // Connecting waits for the local bus daemon's greeting: one short step, once.
     m_bus =
         std::make_unique<QDBusConnection>(QDBusConnection::connectToBus(address, connectionName));
@@ -115,7 +115,7 @@ void AtSpiSecureInputWatch::listenOn(const QString& address) {
         });
 }
 
-void AtSpiSecureInputWatch::unavailable(const QString& why) {
+void AtSpiPasswordFieldWatch::unavailable(const QString& why) {
     if (m_saidUnavailable)
         return;
     m_saidUnavailable = true;
@@ -125,7 +125,7 @@ void AtSpiSecureInputWatch::unavailable(const QString& why) {
                .arg(why);
 }
 
-void AtSpiSecureInputWatch::stateChanged(const QDBusMessage& event) {
+void AtSpiPasswordFieldWatch::stateChanged(const QDBusMessage& event) {
     // kind, detail1 (1: the state was set, 0: cleared), detail2, any data, properties
     const QVariantList arguments = event.arguments();
     if (arguments.size() < 2 || arguments.at(0).toString() != QLatin1String("focused"))
@@ -142,7 +142,7 @@ void AtSpiSecureInputWatch::stateChanged(const QDBusMessage& event) {
     focusGained(service, path);
 }
 
-void AtSpiSecureInputWatch::focusGained(const QString& service, const QString& path) {
+void AtSpiPasswordFieldWatch::focusGained(const QString& service, const QString& path) {
     const bool wasPassword = m_field == Field::Password;
     m_service = service;
     m_path = path;
@@ -175,14 +175,14 @@ void AtSpiSecureInputWatch::focusGained(const QString& service, const QString& p
             });
 }
 
-void AtSpiSecureInputWatch::nameOwnerChanged(const QString& name, const QString&,
+void AtSpiPasswordFieldWatch::nameOwnerChanged(const QString& name, const QString&,
                                              const QString& newOwner) {
     // The application ended (or left the bus) with the focus in one of its fields.
     if (newOwner.isEmpty() && name == m_service)
         forgetFocus();
 }
 
-void AtSpiSecureInputWatch::forgetFocus() {
+void AtSpiPasswordFieldWatch::forgetFocus() {
     if (m_field == Field::Password)
         qCInfo(lcEngine).noquote() << QStringLiteral("The password field lost the focus");
     m_service.clear();

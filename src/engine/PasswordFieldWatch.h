@@ -2,9 +2,9 @@
 
 // Tells whether the field that has the keyboard focus hides what is typed (a password field),
 // so that nothing typed there is matched, kept or written to a log.
-class SecureInputWatch {
+class PasswordFieldWatch {
 public:
-    virtual ~SecureInputWatch() = default;
+    virtual ~PasswordFieldWatch() = default;
 
     // Asked at every key, so it answers from what the watch already knows and never waits
     // for another program.

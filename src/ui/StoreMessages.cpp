@@ -1,0 +1,38 @@
+#include "StoreMessages.h"
+
+QString StoreMessages::text(const DataError& error) {
+    switch (error.kind()) {
+    case DataError::Kind::duplicateCategoryName:
+        return tr("A category with this name already exists");
+    case DataError::Kind::duplicateCommand:
+        return tr("This command already exists");
+    case DataError::Kind::blankCommand:
+        return tr("Enter a command: a blank one would expand on every key");
+    case DataError::Kind::notSaved:
+    case DataError::Kind::unreadableImport:
+        return error.why();
+    }
+    return {};
+}
+
+QString StoreMessages::text(const SnippetStore::CommandClash& clash) {
+    using Kind = SnippetStore::CommandClash::Kind;
+    switch (clash.kind) {
+    case Kind::none:
+        return {};
+    case Kind::sameCommand:
+        return tr("Another snippet has this command too (another computer added it): the one "
+                  "changed last expands. Change one of the two commands.");
+    case Kind::shorterExpands:
+        // The snippet being edited is the shorter one when the clash names no other id: then it
+        // is the other snippet that can no longer be typed.
+        return clash.shorterId.isNull()
+                   ? tr("\u201C%1\u201D expands while \u201C%2\u201D is typed, so \u201C%2\u201D "
+                        "cannot be typed any more.")
+                         .arg(clash.shorterCommand, clash.longerCommand)
+                   : tr("\u201C%1\u201D expands while \u201C%2\u201D is typed, so \u201C%2\u201D "
+                        "cannot be typed.")
+                         .arg(clash.shorterCommand, clash.longerCommand);
+    }
+    return {};
+}

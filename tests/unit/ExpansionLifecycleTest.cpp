@@ -1,0 +1,95 @@
+// The expansion's phases: every move of the transition table in docs/engine.md, the events that
+// must leave a phase alone (a click while the content goes out does not end it), and what each
+// phase keeps.
+#include "ExpansionLifecycle.h"
+
+#include <QtTest>
+
+using Phase = ExpansionLifecycle::Phase;
+using Event = ExpansionLifecycle::Event;
+Q_DECLARE_METATYPE(Phase)
+Q_DECLARE_METATYPE(Event)
+
+class ExpansionLifecycleTest : public QObject {
+    Q_OBJECT
+private slots:
+    void transitions_data() {
+        QTest::addColumn<Phase>("from");
+        QTest::addColumn<Event>("event");
+        QTest::addColumn<Phase>("to");
+        const struct {
+            const char* name;
+            Phase from;
+            Event event;
+            Phase to;
+        } rows[] = {
+            {"command waits for its word", Phase::Idle, Event::CommandAwaitsWordEnd, Phase::AwaitingWordEnd},
+            {"content needs the clipboard", Phase::Idle, Event::ClipboardAsked, Phase::ReadingClipboard},
+            {"command expands at once", Phase::Idle, Event::OutputStarted, Phase::Typing},
+            {"no output to finish", Phase::Idle, Event::OutputFinished, Phase::Idle},
+            {"no undo to close", Phase::Idle, Event::NextKeyTaken, Phase::Idle},
+            {"a newer command waits", Phase::AwaitingWordEnd, Event::CommandAwaitsWordEnd, Phase::AwaitingWordEnd},
+            {"no word end", Phase::AwaitingWordEnd, Event::WordWentOn, Phase::Idle},
+            {"click while waiting", Phase::AwaitingWordEnd, Event::TypingForgotten, Phase::Idle},
+            {"word ended, clipboard", Phase::AwaitingWordEnd, Event::ClipboardAsked, Phase::ReadingClipboard},
+            {"word ended", Phase::AwaitingWordEnd, Event::OutputStarted, Phase::Typing},
+            {"waiting is no undo", Phase::AwaitingWordEnd, Event::NextKeyTaken, Phase::AwaitingWordEnd},
+            {"clipboard answered", Phase::ReadingClipboard, Event::OutputStarted, Phase::Typing},
+            {"focus moved while reading", Phase::ReadingClipboard, Event::ExpansionDropped, Phase::Idle},
+            {"Escape while reading", Phase::ReadingClipboard, Event::EscapePressed, Phase::ReadingClipboard},
+            {"click while reading", Phase::ReadingClipboard, Event::TypingForgotten, Phase::ReadingClipboard},
+            {"Escape while typing", Phase::Typing, Event::EscapePressed, Phase::Typing},
+            {"cut short", Phase::Typing, Event::OutputFinished, Phase::Idle},
+            {"went out whole", Phase::Typing, Event::ContentWentOutWhole, Phase::UndoWindow},
+            {"click while typing", Phase::Typing, Event::TypingForgotten, Phase::Typing},
+            {"no second output", Phase::Typing, Event::OutputStarted, Phase::Typing},
+            {"no drop while typing", Phase::Typing, Event::ExpansionDropped, Phase::Typing},
+            {"a key after the content", Phase::UndoWindow, Event::NextKeyTaken, Phase::Idle},
+            {"click after the content", Phase::UndoWindow, Event::TypingForgotten, Phase::Idle},
+            {"no output while open", Phase::UndoWindow, Event::OutputStarted, Phase::UndoWindow},
+        };
+        for (const auto& row : rows)
+            QTest::newRow(row.name) << row.from << row.event << row.to;
+    }
+    void transitions() {
+        QFETCH(Phase, from);
+        QFETCH(Event, event);
+        QFETCH(Phase, to);
+        QCOMPARE(ExpansionLifecycle::next(from, event), to);
+    }
+
+    // The undo window opens only with what the output was asked to leave, and only when the
+    // whole content went out with no key behind it; each phase starts with nothing of the last.
+    void eachPhaseKeepsOnlyItsOwnData() {
+        ExpansionLifecycle life;
+        life.handle(Event::CommandAwaitsWordEnd);
+        life.awaited().keysHeld = true;
+        life.handle(Event::OutputStarted);
+        QCOMPARE(life.phase(), Phase::Typing);
+        QVERIFY(!life.awaited().keysHeld);
+        QVERIFY(!life.leavesUndo());
+        life.output().pendingUndo = ExpansionLifecycle::Undo{";sig", 7, 0, {}, 0};
+        QVERIFY(life.leavesUndo());
+        life.keysAfterExpansion() << "x"; // a key reached the application meanwhile
+        QVERIFY(!life.leavesUndo());
+        life.keysAfterExpansion().clear();
+        life.handle(Event::EscapePressed);
+        QVERIFY(!life.leavesUndo());
+        life.handle(Event::OutputFinished);
+        QCOMPARE(life.phase(), Phase::Idle);
+
+        life.handle(Event::OutputStarted);
+        QVERIFY(!life.output().cancelled);
+        life.output().pendingUndo = ExpansionLifecycle::Undo{";sig", 7, 0, {}, 0};
+        life.handle(Event::ContentWentOutWhole);
+        QCOMPARE(life.phase(), Phase::UndoWindow);
+        QCOMPARE(life.undo().command, ";sig");
+        QCOMPARE(life.undo().typed, 7);
+        QVERIFY(!life.output().pendingUndo);
+        life.handle(Event::NextKeyTaken);
+        QCOMPARE(life.undo().command, QString());
+    }
+};
+
+QTEST_GUILESS_MAIN(ExpansionLifecycleTest)
+#include "ExpansionLifecycleTest.moc"
