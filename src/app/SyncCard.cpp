@@ -1,9 +1,7 @@
 #include "SyncCard.h"
 
 #include "Preferences.h"
-#include "SectionHeader.h"
 #include "SyncFolder.h"
-#include "ToneLabel.h"
 #include "UiTheme.h"
 
 #include <QFileDialog>
@@ -16,23 +14,14 @@
 #include <QVBoxLayout>
 
 namespace {
-// Texts under a header line up with the header's title.
-constexpr int textIndent = SectionHeader::iconSize + SectionHeader::spacing;
-
-ToneLabel* smallText(const QString& text, QWidget* parent) {
-    auto* label = new ToneLabel(text, ToneLabel::Tone::Tertiary, parent);
-    label->setFont(UiTheme::system(12));
-    label->setWordWrap(true);
-    label->setContentsMargins(textIndent, 0, 0, 0);
-    return label;
+QLabel* smallText(const QString& text, QWidget* parent) {
+    return UiTheme::smallLabel(text, parent);
 }
 } // namespace
 
 SyncCard::SyncCard(SyncFolder& sync, Preferences& preferences, QWidget* parent)
-    : PreferenceCard(parent), m_sync(sync), m_preferences(preferences) {
-    QVBoxLayout* content = contentLayout();
-    content->addWidget(
-        new SectionHeader(QStringLiteral("arrow.triangle.2.circlepath"), tr("Sync"), {}, this));
+    : QGroupBox(tr("Sync"), parent), m_sync(sync), m_preferences(preferences) {
+    auto* content = new QVBoxLayout(this);
     content->addWidget(smallText(
         tr("The same snippets on every computer, through a folder that Syncthing, Nextcloud, "
            "Dropbox or git already copies. Only the library goes there; preferences, excluded "
@@ -40,9 +29,7 @@ SyncCard::SyncCard(SyncFolder& sync, Preferences& preferences, QWidget* parent)
         this));
 
     auto* row = new QHBoxLayout();
-    row->setContentsMargins(textIndent, 0, 0, 0);
     auto* title = new QLabel(tr("Sync through a folder"), this);
-    title->setFont(UiTheme::system(14, QFont::Medium));
     row->addWidget(title, 1);
     m_choose = new QPushButton(tr("Choose Folder\u2026"), this);
     m_choose->setAccessibleName(title->text());
@@ -51,9 +38,8 @@ SyncCard::SyncCard(SyncFolder& sync, Preferences& preferences, QWidget* parent)
     content->addLayout(row);
 
     auto* folderRow = new QHBoxLayout();
-    folderRow->setContentsMargins(textIndent, 0, 0, 0);
     m_folder = new QLabel(this);
-    m_folder->setFont(UiTheme::system(12));
+    m_folder->setFont(UiTheme::smallFont());
     m_folder->setWordWrap(true);
     m_folder->setTextInteractionFlags(Qt::TextSelectableByMouse);
     folderRow->addWidget(m_folder, 1);
@@ -67,7 +53,6 @@ SyncCard::SyncCard(SyncFolder& sync, Preferences& preferences, QWidget* parent)
     m_computers->setTextElideMode(Qt::ElideMiddle);
     m_computers->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     auto* listRow = new QHBoxLayout();
-    listRow->setContentsMargins(textIndent, 0, 0, 0);
     listRow->addWidget(m_computers);
     content->addLayout(listRow);
 

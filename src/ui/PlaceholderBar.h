@@ -6,7 +6,7 @@
 #include <optional>
 
 class CustomTextEditor;
-class ElidedLabel;
+class QLabel;
 class QToolButton;
 
 // What a content editor shows about placeholders ({{date}}, {{cursor}}, ...): a button whose
@@ -45,8 +45,9 @@ private:
     CustomTextEditor* m_editor;
     QToolButton* m_menuButton;
     QWidget* m_previewRow;
-    ElidedLabel* m_preview;
-    ElidedLabel* m_warning;
+    QLabel* m_preview;
+    QLabel* m_warning;
+    QString m_previewText;
     QTimer m_clockTimer;
     // The clipboard's text as last read; read again after the clipboard changes.
     std::optional<std::optional<QString>> m_clipboard;
