@@ -18,8 +18,8 @@
 #include <QStyle>
 #include <QVBoxLayout>
 
-PreferencesView::PreferencesView(Autostart& autostart, Preferences& preferences,
-                                 SyncFolder* sync, QWidget* parent)
+PreferencesView::PreferencesView(Autostart& autostart, Preferences& preferences, SyncFolder* sync,
+                                 QWidget* parent)
     : QWidget(parent), m_autostart(autostart), m_preferences(preferences) {
     setFixedWidth(viewWidth);
 
@@ -34,13 +34,12 @@ PreferencesView::PreferencesView(Autostart& autostart, Preferences& preferences,
         root->addWidget(m_syncCard);
     }
 
-    connect(m_startAtLogin, &QCheckBox::toggled, this,
-            [this](bool on) {
-                m_preferences.setStartAtLogin(on);
-                m_autostart.setStartAtLogin(on);
-                // A failed change shows at once: the box goes back to what will happen.
-                m_autostart.reflectDesktop(m_preferences);
-            });
+    connect(m_startAtLogin, &QCheckBox::toggled, this, [this](bool on) {
+        m_preferences.setStartAtLogin(on);
+        m_autostart.setStartAtLogin(on);
+        // A failed change shows at once: the box goes back to what will happen.
+        m_autostart.reflectDesktop(m_preferences);
+    });
     connect(&m_preferences, &Preferences::startAtLoginChanged, m_startAtLogin, [this](bool on) {
         if (m_startAtLogin->isChecked() != on)
             m_startAtLogin->setChecked(on);
@@ -65,19 +64,20 @@ void PreferencesView::buildGeneralGroup() {
     m_generalGroup = new QGroupBox(tr("General"), this);
     auto* content = new QVBoxLayout(m_generalGroup);
 
-    m_startAtLogin = addCheckBox(content, tr("Start at Login"), tr("Automatically start Typolet when you log in"),
-                            m_preferences.startAtLogin());
+    m_startAtLogin = addCheckBox(content, tr("Start at Login"),
+                                 tr("Automatically start Typolet when you log in"),
+                                 m_preferences.startAtLogin());
     m_undo = addCheckBox(content, tr("Undo with BackSpace"),
-                                tr("BackSpace right after an expansion puts the command back"),
-                                m_preferences.undoWithBackspace());
+                         tr("BackSpace right after an expansion puts the command back"),
+                         m_preferences.undoWithBackspace());
     m_saveEdits = addCheckBox(content, tr("Save edits automatically"),
-                                     tr("Leaving a snippet or quitting saves its changes "
-                                        "without asking"),
-                                     m_preferences.saveEditsOnLeave());
+                              tr("Leaving a snippet or quitting saves its changes "
+                                 "without asking"),
+                              m_preferences.saveEditsOnLeave());
     m_paste = addCheckBox(content, tr("Paste long snippets"),
-                                 tr("Long contents are pasted, far quicker than typing; your "
-                                    "clipboard is kept"),
-                                 m_preferences.pasteLongSnippets());
+                          tr("Long contents are pasted, far quicker than typing; your "
+                             "clipboard is kept"),
+                          m_preferences.pasteLongSnippets());
     auto* thresholdRow = new QHBoxLayout();
     auto* thresholdTitle = new QLabel(tr("Paste contents from"), m_generalGroup);
     thresholdRow->addWidget(thresholdTitle, 1);
@@ -174,12 +174,13 @@ QCheckBox* PreferencesView::addCheckBox(QVBoxLayout* content, const QString& tit
 void PreferencesView::buildExclusionsGroup() {
     m_exclusionsGroup = new QGroupBox(tr("Excluded Applications"), this);
     auto* content = new QVBoxLayout(m_exclusionsGroup);
-    QLabel* hint = UiTheme::smallLabel(m_preferences.canTellApplications()
-                                   ? tr("Nothing expands in these. To add one, open the tray menu "
-                                        "while it is in use and choose \"Exclude\".")
-                                   : tr("This session does not tell Typolet which application is "
-                                        "in use, so these apply in X11 sessions only."),
-                               m_exclusionsGroup);
+    QLabel* hint =
+        UiTheme::smallLabel(m_preferences.canTellApplications()
+                                ? tr("Nothing expands in these. To add one, open the tray menu "
+                                     "while it is in use and choose \"Exclude\".")
+                                : tr("This session does not tell Typolet which application is "
+                                     "in use, so these apply in X11 sessions only."),
+                            m_exclusionsGroup);
     content->addWidget(hint);
     auto* row = new QHBoxLayout();
     m_exclusions = new QListWidget(m_exclusionsGroup);

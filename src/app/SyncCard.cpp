@@ -68,8 +68,8 @@ SyncCard::SyncCard(SyncFolder& sync, Preferences& preferences, QWidget* parent)
         const QString start = m_sync.isActive()
                                   ? m_sync.folder()
                                   : QStandardPaths::writableLocation(QStandardPaths::HomeLocation);
-        const QString folder =
-            QFileDialog::getExistingDirectory(window(), tr("Choose the Folder to Sync Through"), start);
+        const QString folder = QFileDialog::getExistingDirectory(
+            window(), tr("Choose the Folder to Sync Through"), start);
         if (!folder.isEmpty())
             chooseFolder(folder);
     });
@@ -94,9 +94,9 @@ void SyncCard::chooseFolder(const QString& folder) {
     m_preferences.setSyncFolder(m_sync.folder());
     const int added = m_sync.addedOnStart();
     showStatus(added > 0 ? tr("Added %n snippet(s) from the other computers in this folder.",
-                                     nullptr, added)
-                                : tr("Nothing to add from this folder: no other computer's "
-                                     "snippets are new here."));
+                              nullptr, added)
+                         : tr("Nothing to add from this folder: no other computer's "
+                              "snippets are new here."));
     showState();
 }
 
@@ -123,12 +123,12 @@ void SyncCard::showState() {
     m_computers->clear();
     const QLocale locale;
     for (const SyncFolder::Computer& computer : m_sync.computers()) {
-        const QString when = computer.lastChange.isValid()
-                                 ? locale.toString(computer.lastChange.toLocalTime(),
-                                                   QLocale::NarrowFormat)
-                                 : tr("no change yet");
-        const QString name = computer.thisComputer ? tr("%1 (this computer)").arg(computer.name)
-                                                   : computer.name;
+        const QString when =
+            computer.lastChange.isValid()
+                ? locale.toString(computer.lastChange.toLocalTime(), QLocale::NarrowFormat)
+                : tr("no change yet");
+        const QString name =
+            computer.thisComputer ? tr("%1 (this computer)").arg(computer.name) : computer.name;
         auto* item = new QListWidgetItem(
             tr("%1: %n snippet(s), changed %2", nullptr, computer.snippets).arg(name, when),
             m_computers);
@@ -140,7 +140,8 @@ void SyncCard::showProblems() {
     QStringList lines;
     const QMap<QString, QString> unreadable = m_sync.unreadableFiles();
     for (auto it = unreadable.cbegin(); it != unreadable.cend(); ++it)
-        lines.append(tr("Cannot read \u201C%1\u201D (%2); it is left as it is.").arg(it.key(), it.value()));
+        lines.append(
+            tr("Cannot read \u201C%1\u201D (%2); it is left as it is.").arg(it.key(), it.value()));
     if (!m_collisions.isEmpty())
         lines.append(m_collisions);
     m_problems->setText(lines.join(u'\n'));

@@ -15,9 +15,8 @@ AddCategoryDialog::AddCategoryDialog(SnippetStore& store, QWidget* parent)
     m_nameField = addField(tr("Name"), tr("Enter category name\u2026"), tr("Category name"));
     m_nameField->setObjectName(QStringLiteral("nameField"));
 
-    connect(m_nameField, &QLineEdit::textChanged, this, [this] {
-        submitButton()->setEnabled(!name().isEmpty());
-    });
+    connect(m_nameField, &QLineEdit::textChanged, this,
+            [this] { submitButton()->setEnabled(!name().isEmpty()); });
     submitButton()->setEnabled(false);
 }
 

@@ -20,9 +20,7 @@ EditCategoryDialog::EditCategoryDialog(SnippetStore& store, Category category, Q
     const auto updateSave = [this] {
         submitButton()->setEnabled(!name().isEmpty() && name() != m_category.name);
     };
-    connect(m_nameField, &QLineEdit::textChanged, this, [this, updateSave] {
-        updateSave();
-    });
+    connect(m_nameField, &QLineEdit::textChanged, this, [this, updateSave] { updateSave(); });
     updateSave();
 }
 

@@ -21,10 +21,9 @@
 namespace {
 // The toast's distance from the top of the pane.
 constexpr int toastTop = 8;
-}
+} // namespace
 
-SnippetDetailView::SnippetDetailView(SnippetStore& store, const QUuid& snippetId,
-                                     QWidget* parent)
+SnippetDetailView::SnippetDetailView(SnippetStore& store, const QUuid& snippetId, QWidget* parent)
     : QWidget(parent), m_store(store), m_snippetId(snippetId),
       m_form(new SnippetForm(store, this)) {
     setObjectName(QStringLiteral("snippetDetailView"));
@@ -38,13 +37,13 @@ SnippetDetailView::SnippetDetailView(SnippetStore& store, const QUuid& snippetId
     m_editedMarker->setVisible(false);
     buttons->addWidget(m_editedMarker);
     buttons->addStretch(1);
-    m_deleteButton = new QPushButton(SymbolImage::icon(QStringLiteral("edit-delete")),
-                                     tr("Delete"), this);
+    m_deleteButton =
+        new QPushButton(SymbolImage::icon(QStringLiteral("edit-delete")), tr("Delete"), this);
     m_deleteButton->setObjectName(QStringLiteral("deleteButton"));
     m_deleteButton->setToolTip(tr("Delete Snippet"));
     buttons->addWidget(m_deleteButton);
-    m_saveButton = new QPushButton(SymbolImage::icon(QStringLiteral("document-save")),
-                                   tr("Save"), this);
+    m_saveButton =
+        new QPushButton(SymbolImage::icon(QStringLiteral("document-save")), tr("Save"), this);
     m_saveButton->setObjectName(QStringLiteral("saveButton"));
     m_saveButton->setToolTip(tr("Save Changes"));
     buttons->addWidget(m_saveButton);

@@ -17,8 +17,7 @@
 #include <QVBoxLayout>
 #include <limits>
 
-SnippetForm::SnippetForm(SnippetStore& store, QWidget* parent)
-    : QWidget(parent), m_store(store) {
+SnippetForm::SnippetForm(SnippetStore& store, QWidget* parent) : QWidget(parent), m_store(store) {
     setObjectName(QStringLiteral("snippetForm"));
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);

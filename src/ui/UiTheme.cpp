@@ -77,8 +77,8 @@ void UiTheme::drawRowFocus(QPainter* painter, const QStyleOptionViewItem& option
     painter->setRenderHint(QPainter::Antialiasing);
     // On the selected row's fill the outline takes the selected text's colour.
     const QColor colour = option.palette.color(
-        QPalette::Active, option.state & QStyle::State_Selected ? QPalette::HighlightedText
-                                                                : QPalette::Highlight);
+        QPalette::Active,
+        option.state & QStyle::State_Selected ? QPalette::HighlightedText : QPalette::Highlight);
     painter->setPen(QPen(colour, 2));
     painter->setBrush(Qt::NoBrush);
     painter->drawRoundedRect(QRectF(option.rect).adjusted(7, 2, -7, -2), 5, 5);

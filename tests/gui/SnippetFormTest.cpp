@@ -1,11 +1,11 @@
 // The snippet's fields where they are edited: the "New Snippet" dialog and the detail pane
 // share one form, so its rules are checked in both places; then what each place adds (adding
 // and selecting; saving, the toast, a content too long to edit).
+#include "SnippetForm.h"
 #include "AddSnippetDialog.h"
 #include "CustomTextEditor.h"
 #include "GuiTestSupport.h"
 #include "SnippetDetailView.h"
-#include "SnippetForm.h"
 #include "Timestamp.h"
 #include "ToastView.h"
 #include "TriggerOption.h"
@@ -55,7 +55,8 @@ private slots:
         QTest::addColumn<QString>("command");
         QTest::addColumn<QString>("refusal"); // empty: accepted
         for (const bool inDialog : {true, false}) {
-            const auto row = [inDialog](const char* name, const char* command, const char* refusal) {
+            const auto row = [inDialog](const char* name, const char* command,
+                                        const char* refusal) {
                 QTest::addRow("%s: %s", inDialog ? "dialog" : "pane", name)
                     << inDialog << QString::fromUtf8(command) << QString::fromUtf8(refusal);
             };
@@ -197,7 +198,8 @@ private slots:
         GuiInput::click(detail->saveButton());
         // The same record with the new values; category and creation time kept.
         const Snippet saved = e.stored(e.hi.id);
-        QCOMPARE((QStringList{saved.command, saved.content}), (QStringList{";hiya", "Hello there"}));
+        QCOMPARE((QStringList{saved.command, saved.content}),
+                 (QStringList{";hiya", "Hello there"}));
         QVERIFY(saved.expandsAfterWordEnd());
         QCOMPARE(saved.categoryId, e.work.id);
         QCOMPARE(saved.createdAt, e.hi.createdAt);
@@ -255,7 +257,8 @@ private slots:
         SnippetForm* form = e.select(0)->form();
         e.view->setSelectedSnippet(big);
         QVERIFY(form->contentIsCut() && form->contentEditor()->isReadOnly());
-        QCOMPARE(form->contentEditor()->toPlainText(), huge.left(SnippetForm::editableLineLimit - 1));
+        QCOMPARE(form->contentEditor()->toPlainText(),
+                 huge.left(SnippetForm::editableLineLimit - 1));
         QTest::keyClick(form->commandField(), Qt::Key_End);
         QTest::keyClicks(form->commandField(), QStringLiteral("2"));
         QTest::keyClick(form->commandField(), Qt::Key_Return, Qt::ControlModifier);

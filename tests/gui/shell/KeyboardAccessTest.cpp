@@ -48,7 +48,8 @@ private slots:
         AddSnippetDialog* dialog = GuiInput::openDialog(
             view->addSnippetButton(), [view] { return view->addSnippetDialog(); });
         QVERIFY(dialog);
-        QTest::keyClicks(dialog->form()->commandField(), QStringLiteral(";h")); // the clash and its cure
+        QTest::keyClicks(dialog->form()->commandField(),
+                         QStringLiteral(";h")); // the clash and its cure
         QCOMPARE(missing(dialog, dialog->form()->commandField()), nothingMissing);
         dialog->reject();
 
