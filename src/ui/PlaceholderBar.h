@@ -14,7 +14,7 @@ class QToolButton;
 // text for {{clipboard}}), and a warning for anything between double braces that is typed as
 // written. The preview shows only for a content that placeholders change; it follows the
 // editor as the user types, and the clock while the content shows the date or time. Both are
-// one line each, so they fit the fixed-size sheet: the warning names the first problem and how
+// one line each, so the form keeps its size: the warning names the first problem and how
 // many there are, and its tooltip lists them all.
 //
 // The form puts menuButton() beside its content field and this widget below it.

@@ -53,30 +53,30 @@ void SnippetRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
                                : option.palette.color(QPalette::Text);
     const QColor secondary = selected ? primary : UiTheme::secondaryText(option.palette);
 
-    const QFont headline = UiTheme::titleFont();
-    const QFont subheadline = UiTheme::smallFont();
-    const QFontMetrics headlineMetrics(headline);
-    const QFontMetrics subheadlineMetrics(subheadline);
+    const QFont title = UiTheme::titleFont();
+    const QFont small = UiTheme::smallFont();
+    const QFontMetrics titleMetrics(title);
+    const QFontMetrics smallMetrics(small);
     const QString command =
         UiTheme::oneLine(index.data(SnippetListModel::CommandRole).toString());
     const QString content =
         UiTheme::oneLine(index.data(SnippetListModel::ContentRole).toString());
 
-    painter->setFont(headline);
+    painter->setFont(title);
     // A command another snippet has too is marked until the user changes one of them.
     painter->setPen(primary);
-    const QRect commandRect(text.left(), text.top(), text.width(), headlineMetrics.height());
+    const QRect commandRect(text.left(), text.top(), text.width(), titleMetrics.height());
     const QString shownCommand = index.data(SnippetListModel::ClashRole).toBool()
                                      ? QStringLiteral("\u26A0 ") + command
                                      : command;
     painter->drawText(commandRect, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-                      headlineMetrics.elidedText(shownCommand, Qt::ElideRight, text.width()));
-    painter->setFont(subheadline);
+                      titleMetrics.elidedText(shownCommand, Qt::ElideRight, text.width()));
+    painter->setFont(small);
     painter->setPen(secondary);
     const QRect contentRect(text.left(), commandRect.bottom() + 3, text.width(),
-                            subheadlineMetrics.height());
+                            smallMetrics.height());
     painter->drawText(contentRect, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-                      subheadlineMetrics.elidedText(content, Qt::ElideRight, text.width()));
+                      smallMetrics.elidedText(content, Qt::ElideRight, text.width()));
 
     const qreal ratio = painter->device()->devicePixelRatioF();
     painter->drawPixmap(trash.topLeft(),
