@@ -2,7 +2,6 @@
 
 #include "SymbolImage.h"
 #include "UiTheme.h"
-#include "ToneLabel.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -51,17 +50,18 @@ AboutView::AboutView(const QString& version, QWidget* parent) : QWidget(parent) 
     layout->addWidget(m_icon, 0, Qt::AlignHCenter);
 
     m_name = new QLabel(QStringLiteral("Typolet"), this);
-    m_name->setFont(UiTheme::system(20, QFont::DemiBold));
+    QFont nameFont = UiTheme::titleFont();
+    nameFont.setPointSizeF(nameFont.pointSizeF() * 1.5);
+    m_name->setFont(nameFont);
     layout->addWidget(m_name, 0, Qt::AlignHCenter);
 
-    m_version = new ToneLabel(tr("Version %1").arg(displayedVersion(version)),
-                              ToneLabel::Tone::Secondary, this);
-    m_version->setFont(UiTheme::system(12));
+    m_version = new QLabel(tr("Version %1").arg(displayedVersion(version)), this);
+    m_version->setFont(UiTheme::smallFont());
     m_version->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout->addWidget(m_version, 0, Qt::AlignHCenter);
 
     m_website = new QLabel(this);
-    m_website->setFont(UiTheme::system(12));
+    m_website->setFont(UiTheme::smallFont());
     m_website->setTextFormat(Qt::RichText);
     m_website->setText(QStringLiteral("<a href=\"%1\">%2</a>")
                            .arg(websiteUrl().toString(), websiteName().toHtmlEscaped()));

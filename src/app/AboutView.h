@@ -4,7 +4,6 @@
 #include <QWidget>
 
 class QLabel;
-class ToneLabel;
 
 // The content of the About window: the application icon, the name, the version and a link to
 // the product website, stacked and centred.
@@ -18,7 +17,7 @@ public:
 
     QLabel* iconLabel() const { return m_icon; }
     QLabel* nameLabel() const { return m_name; }
-    ToneLabel* versionLabel() const { return m_version; }
+    QLabel* versionLabel() const { return m_version; }
     QLabel* websiteLabel() const { return m_website; }
 
     // The version number this build carries (from the build system's project version).
@@ -36,6 +35,6 @@ public:
 private:
     QLabel* m_icon = nullptr;
     QLabel* m_name = nullptr;
-    ToneLabel* m_version = nullptr;
+    QLabel* m_version = nullptr;
     QLabel* m_website = nullptr;
 };

@@ -3,66 +3,54 @@
 #include "Autostart.h"
 #include "KeyboardLayoutCatalogue.h"
 #include "Preferences.h"
-#include "PreferenceCard.h"
-#include "SectionHeader.h"
-#include "SymbolImage.h"
 #include "SyncCard.h"
 #include "UiTheme.h"
-#include "ToggleSwitch.h"
-#include "ToneLabel.h"
 
+#include <QCheckBox>
 #include <QComboBox>
+#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QKeySequenceEdit>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QStyle>
 #include <QVBoxLayout>
 
-namespace {
-// Texts under a header line up with the header's title: icon 24 + spacing 12.
-constexpr int textIndent = SectionHeader::iconSize + SectionHeader::spacing;
-} // namespace
-
-PreferencesView::PreferencesView(Autostart& autostart, Preferences& preferences,
-                                 SyncFolder* sync, QWidget* parent)
+PreferencesView::PreferencesView(Autostart& autostart, Preferences& preferences, SyncFolder* sync,
+                                 QWidget* parent)
     : QWidget(parent), m_autostart(autostart), m_preferences(preferences) {
-    setAutoFillBackground(true);
-    setBackgroundRole(QPalette::Window);
     setFixedWidth(viewWidth);
 
     auto* root = new QVBoxLayout(this);
-    root->setContentsMargins(16, 16, 16, 16);
-    root->setSpacing(12);
 
-    buildGeneralCard();
-    buildExclusionsCard();
-    root->addWidget(m_generalCard, 0, Qt::AlignHCenter);
-    root->addWidget(m_exclusionsCard, 0, Qt::AlignHCenter);
+    buildGeneralGroup();
+    buildExclusionsGroup();
+    root->addWidget(m_generalGroup);
+    root->addWidget(m_exclusionsGroup);
     if (sync) {
         m_syncCard = new SyncCard(*sync, m_preferences, this);
-        root->addWidget(m_syncCard, 0, Qt::AlignHCenter);
+        root->addWidget(m_syncCard);
     }
 
-    connect(m_switch, &ToggleSwitch::toggled, this,
-            [this](bool on) {
-                m_preferences.setStartAtLogin(on);
-                m_autostart.setStartAtLogin(on);
-                // A failed change shows at once: the switch goes back to what will happen.
-                m_autostart.reflectDesktop(m_preferences);
-            });
-    connect(&m_preferences, &Preferences::startAtLoginChanged, m_switch, [this](bool on) {
-        if (m_switch->isChecked() != on)
-            m_switch->setChecked(on);
+    connect(m_startAtLogin, &QCheckBox::toggled, this, [this](bool on) {
+        m_preferences.setStartAtLogin(on);
+        m_autostart.setStartAtLogin(on);
+        // A failed change shows at once: the box goes back to what will happen.
+        m_autostart.reflectDesktop(m_preferences);
     });
-    connect(m_undoSwitch, &ToggleSwitch::toggled, this,
+    connect(&m_preferences, &Preferences::startAtLoginChanged, m_startAtLogin, [this](bool on) {
+        if (m_startAtLogin->isChecked() != on)
+            m_startAtLogin->setChecked(on);
+    });
+    connect(m_undo, &QCheckBox::toggled, this,
             [this](bool on) { m_preferences.setUndoWithBackspace(on); });
-    connect(m_saveEditsSwitch, &ToggleSwitch::toggled, this,
+    connect(m_saveEdits, &QCheckBox::toggled, this,
             [this](bool on) { m_preferences.setSaveEditsOnLeave(on); });
-    connect(&m_preferences, &Preferences::saveEditsOnLeaveChanged, m_saveEditsSwitch,
-            [this](bool on) { m_saveEditsSwitch->setChecked(on); });
-    connect(m_pasteSwitch, &ToggleSwitch::toggled, this, [this](bool on) {
+    connect(&m_preferences, &Preferences::saveEditsOnLeaveChanged, m_saveEdits,
+            [this](bool on) { m_saveEdits->setChecked(on); });
+    connect(m_paste, &QCheckBox::toggled, this, [this](bool on) {
         m_preferences.setPasteLongSnippets(on);
         m_pasteThreshold->setEnabled(on);
     });
@@ -72,33 +60,28 @@ PreferencesView::PreferencesView(Autostart& autostart, Preferences& preferences,
             [this](int characters) { m_preferences.setPasteThreshold(characters); });
 }
 
-void PreferencesView::buildGeneralCard() {
-    m_generalCard = new PreferenceCard(this);
-    QVBoxLayout* content = m_generalCard->contentLayout();
+void PreferencesView::buildGeneralGroup() {
+    m_generalGroup = new QGroupBox(tr("General"), this);
+    auto* content = new QVBoxLayout(m_generalGroup);
 
-    m_generalHeader = new SectionHeader(QStringLiteral("gearshape.fill"), tr("General"),
-                                        {}, m_generalCard);
-    content->addWidget(m_generalHeader);
-
-    m_switch = addSwitchRow(tr("Start at Login"), tr("Automatically start Typolet when you log in"),
-                            m_preferences.startAtLogin());
-    m_undoSwitch = addSwitchRow(tr("Undo with BackSpace"),
-                                tr("BackSpace right after an expansion puts the command back"),
-                                m_preferences.undoWithBackspace());
-    m_saveEditsSwitch = addSwitchRow(tr("Save edits automatically"),
-                                     tr("Leaving a snippet or quitting saves its changes "
-                                        "without asking"),
-                                     m_preferences.saveEditsOnLeave());
-    m_pasteSwitch = addSwitchRow(tr("Paste long snippets"),
-                                 tr("Long contents are pasted, far quicker than typing; your "
-                                    "clipboard is kept"),
-                                 m_preferences.pasteLongSnippets());
+    m_startAtLogin = addCheckBox(content, tr("Start at Login"),
+                                 tr("Automatically start Typolet when you log in"),
+                                 m_preferences.startAtLogin());
+    m_undo = addCheckBox(content, tr("Undo with BackSpace"),
+                         tr("BackSpace right after an expansion puts the command back"),
+                         m_preferences.undoWithBackspace());
+    m_saveEdits = addCheckBox(content, tr("Save edits automatically"),
+                              tr("Leaving a snippet or quitting saves its changes "
+                                 "without asking"),
+                              m_preferences.saveEditsOnLeave());
+    m_paste = addCheckBox(content, tr("Paste long snippets"),
+                          tr("Long contents are pasted, far quicker than typing; your "
+                             "clipboard is kept"),
+                          m_preferences.pasteLongSnippets());
     auto* thresholdRow = new QHBoxLayout();
-    thresholdRow->setContentsMargins(textIndent, 0, 0, 0);
-    auto* thresholdTitle = new QLabel(tr("Paste contents from"), m_generalCard);
-    thresholdTitle->setFont(UiTheme::system(14, QFont::Medium));
+    auto* thresholdTitle = new QLabel(tr("Paste contents from"), m_generalGroup);
     thresholdRow->addWidget(thresholdTitle, 1);
-    m_pasteThreshold = new QSpinBox(m_generalCard);
+    m_pasteThreshold = new QSpinBox(m_generalGroup);
     m_pasteThreshold->setRange(Preferences::minimumPasteThreshold,
                                Preferences::maximumPasteThreshold);
     m_pasteThreshold->setValue(m_preferences.pasteThreshold());
@@ -110,26 +93,21 @@ void PreferencesView::buildGeneralCard() {
     content->addLayout(thresholdRow);
 
     auto* keysRow = new QHBoxLayout();
-    keysRow->setContentsMargins(textIndent, 0, 0, 0);
-    auto* keysTitle = new QLabel(tr("Pause and resume from anywhere"), m_generalCard);
-    keysTitle->setFont(UiTheme::system(14, QFont::Medium));
+    auto* keysTitle = new QLabel(tr("Pause and resume from anywhere"), m_generalGroup);
     keysTitle->setWordWrap(true);
     keysRow->addWidget(keysTitle, 1);
-    m_pauseKeys = new QKeySequenceEdit(m_preferences.pauseKeys(), m_generalCard);
+    m_pauseKeys = new QKeySequenceEdit(m_preferences.pauseKeys(), m_generalGroup);
     m_pauseKeys->setAccessibleName(keysTitle->text());
     m_pauseKeys->setMinimumWidth(140); // "Ctrl+Alt+Space" whole
     keysTitle->setBuddy(m_pauseKeys);
     keysRow->addWidget(m_pauseKeys);
-    m_generalCard->contentLayout()->addLayout(keysRow);
+    content->addLayout(keysRow);
     if (!m_preferences.canGrabPauseKeys()) {
         m_pauseKeys->setEnabled(false);
-        auto* why = new ToneLabel(tr("This session lets no program take keys from the others: "
-                                     "pause from the tray or the File menu."),
-                                  ToneLabel::Tone::Tertiary, m_generalCard);
-        why->setFont(UiTheme::system(12));
-        why->setWordWrap(true);
-        why->setContentsMargins(textIndent, 0, 0, 0);
-        m_generalCard->contentLayout()->addWidget(why);
+        QLabel* why = UiTheme::smallLabel(tr("This session lets no program take keys from the "
+                                             "others: pause from the tray or the File menu."),
+                                          m_generalGroup);
+        content->addWidget(why);
     }
     // One combination: the first one typed.
     connect(m_pauseKeys, &QKeySequenceEdit::editingFinished, this, [this] {
@@ -138,34 +116,27 @@ void PreferencesView::buildGeneralCard() {
         m_pauseKeys->setKeySequence(keys);
         m_preferences.setPauseKeys(keys);
     });
-    addInsertRows();
-    addLayoutRow();
-    content->addStretch(1);
+    addInsertRows(content);
+    addLayoutRow(content);
 }
 
-void PreferencesView::addInsertRows() {
+void PreferencesView::addInsertRows(QVBoxLayout* content) {
     auto* keysRow = new QHBoxLayout();
-    keysRow->setContentsMargins(textIndent, 0, 0, 0);
-    auto* keysTitle = new QLabel(tr("Open Insert Snippet from anywhere"), m_generalCard);
-    keysTitle->setFont(UiTheme::system(14, QFont::Medium));
+    auto* keysTitle = new QLabel(tr("Open Insert Snippet from anywhere"), m_generalGroup);
     keysTitle->setWordWrap(true);
     keysRow->addWidget(keysTitle, 1);
-    m_insertKeys = new QKeySequenceEdit(m_preferences.insertKeys(), m_generalCard);
+    m_insertKeys = new QKeySequenceEdit(m_preferences.insertKeys(), m_generalGroup);
     m_insertKeys->setObjectName(QStringLiteral("insertKeys"));
     m_insertKeys->setAccessibleName(keysTitle->text());
     m_insertKeys->setMinimumWidth(140);
-    m_insertKeys->setEnabled(m_preferences.canGrabPauseKeys());
     keysTitle->setBuddy(m_insertKeys);
     keysRow->addWidget(m_insertKeys);
-    m_generalCard->contentLayout()->addLayout(keysRow);
+    content->addLayout(keysRow);
     if (!m_preferences.canGrabPauseKeys()) {
-        auto* why = new ToneLabel(tr("Bind “typolet --insert” to keys in your desktop's keyboard "
-                                     "settings instead."),
-                                  ToneLabel::Tone::Tertiary, m_generalCard);
-        why->setFont(UiTheme::system(12));
-        why->setWordWrap(true);
-        why->setContentsMargins(textIndent, 0, 0, 0);
-        m_generalCard->contentLayout()->addWidget(why);
+        m_insertKeys->setEnabled(false);
+        content->addWidget(UiTheme::smallLabel(tr("Bind \u201Ctypolet --insert\u201D to keys in "
+                                                  "your desktop's keyboard settings instead."),
+                                               m_generalGroup));
     }
     connect(m_insertKeys, &QKeySequenceEdit::editingFinished, this, [this] {
         const QKeySequence typed = m_insertKeys->keySequence();
@@ -174,32 +145,29 @@ void PreferencesView::addInsertRows() {
         m_preferences.setInsertKeys(keys);
     });
 
-    m_countUsageSwitch = addSwitchRow(tr("Count snippet use"),
-                                      tr("Snippets used often come first in Insert Snippet; the "
-                                         "counts stay on this computer"),
-                                      m_preferences.countUsage());
-    m_countUsageSwitch->setObjectName(QStringLiteral("countUsage"));
-    connect(m_countUsageSwitch, &ToggleSwitch::toggled, this,
+    m_countUsage = addCheckBox(content, tr("Count snippet use"),
+                               tr("Snippets used often come first in Insert Snippet; the counts "
+                                  "stay on this computer"),
+                               m_preferences.countUsage());
+    m_countUsage->setObjectName(QStringLiteral("countUsage"));
+    connect(m_countUsage, &QCheckBox::toggled, this,
             [this](bool on) { m_preferences.setCountUsage(on); });
-    m_clearUsage = new QPushButton(tr("Clear Counts"), m_generalCard);
+    m_clearUsage = new QPushButton(tr("Clear Counts"), m_generalGroup);
     m_clearUsage->setObjectName(QStringLiteral("clearUsage"));
     m_clearUsage->setAccessibleName(tr("Clear the snippet use counts"));
     auto* clearRow = new QHBoxLayout();
-    clearRow->setContentsMargins(textIndent, 0, 0, 0);
     clearRow->addStretch(1);
     clearRow->addWidget(m_clearUsage);
-    m_generalCard->contentLayout()->addLayout(clearRow);
+    content->addLayout(clearRow);
     connect(m_clearUsage, &QPushButton::clicked, this, [this] { m_preferences.clearUsage(); });
 }
 
-void PreferencesView::addLayoutRow() {
-    m_layoutRow = new QWidget(m_generalCard);
+void PreferencesView::addLayoutRow(QVBoxLayout* content) {
+    m_layoutRow = new QWidget(m_generalGroup);
     auto* column = new QVBoxLayout(m_layoutRow);
-    column->setContentsMargins(textIndent, 0, 0, 0);
-    column->setSpacing(4);
+    column->setContentsMargins(0, 0, 0, 0);
     auto* row = new QHBoxLayout();
     auto* title = new QLabel(tr("Keyboard layout"), m_layoutRow);
-    title->setFont(UiTheme::system(14, QFont::Medium));
     row->addWidget(title, 1);
     m_layoutChoice = new QComboBox(m_layoutRow);
     m_layoutChoice->setAccessibleName(title->text());
@@ -207,11 +175,9 @@ void PreferencesView::addLayoutRow() {
     title->setBuddy(m_layoutChoice);
     row->addWidget(m_layoutChoice);
     column->addLayout(row);
-    m_layoutInUse = new ToneLabel({}, ToneLabel::Tone::Tertiary, m_layoutRow);
-    m_layoutInUse->setFont(UiTheme::system(12));
-    m_layoutInUse->setWordWrap(true);
+    m_layoutInUse = UiTheme::smallLabel({}, m_layoutRow);
     column->addWidget(m_layoutInUse);
-    m_generalCard->contentLayout()->addWidget(m_layoutRow);
+    content->addWidget(m_layoutRow);
 
     showLayoutInUse(m_preferences.layoutInUse());
     connect(&m_preferences, &Preferences::layoutInUseChanged, this,
@@ -234,53 +200,37 @@ void PreferencesView::showLayoutInUse(const QString& description) {
     m_layoutChoice->setCurrentIndex(std::max(chosen, 0));
 }
 
-ToggleSwitch* PreferencesView::addSwitchRow(const QString& title, const QString& detail,
-                                            bool checked) {
-    auto* row = new QHBoxLayout();
-    row->setContentsMargins(textIndent, 0, 0, 0);
-    row->setSpacing(12);
-    auto* labels = new QVBoxLayout();
-    labels->setSpacing(4);
-    auto* titleLabel = new QLabel(title, m_generalCard);
-    titleLabel->setFont(UiTheme::system(14, QFont::Medium));
-    auto* detailLabel = new ToneLabel(detail, ToneLabel::Tone::Tertiary, m_generalCard);
-    detailLabel->setFont(UiTheme::system(12));
-    detailLabel->setWordWrap(true);
-    labels->addWidget(titleLabel);
-    labels->addWidget(detailLabel);
-    row->addLayout(labels, 1);
-
-    auto* toggle = new ToggleSwitch(m_generalCard);
-    toggle->setAccessibleName(title);
-    toggle->setChecked(checked);
-    titleLabel->setBuddy(toggle);
-    row->addWidget(toggle, 0, Qt::AlignVCenter);
-    m_generalCard->contentLayout()->addLayout(row);
-    return toggle;
+QCheckBox* PreferencesView::addCheckBox(QVBoxLayout* content, const QString& title,
+                                        const QString& detail, bool checked) {
+    auto* box = new QCheckBox(title, m_generalGroup);
+    box->setChecked(checked);
+    content->addWidget(box);
+    QLabel* detailLabel = UiTheme::smallLabel(detail, m_generalGroup);
+    // Under the box's text, not under its indicator.
+    const int indent = box->style()->pixelMetric(QStyle::PM_IndicatorWidth, nullptr, box) +
+                       box->style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing, nullptr, box);
+    detailLabel->setContentsMargins(indent, 0, 0, 0);
+    content->addWidget(detailLabel);
+    return box;
 }
 
-void PreferencesView::buildExclusionsCard() {
-    m_exclusionsCard = new PreferenceCard(this);
-    QVBoxLayout* content = m_exclusionsCard->contentLayout();
-    content->addWidget(new SectionHeader(QStringLiteral("xmark.circle.fill"),
-                                         tr("Excluded Applications"), {}, m_exclusionsCard));
-    auto* hint = new ToneLabel(m_preferences.canTellApplications()
-                                   ? tr("Nothing expands in these. To add one, open the tray menu "
-                                        "while it is in use and choose \"Exclude\".")
-                                   : tr("This session does not tell Typolet which application is "
-                                        "in use, so these apply in X11 sessions only."),
-                               ToneLabel::Tone::Tertiary, m_exclusionsCard);
-    hint->setFont(UiTheme::system(12));
-    hint->setWordWrap(true);
-    hint->setContentsMargins(textIndent, 0, 0, 0);
+void PreferencesView::buildExclusionsGroup() {
+    m_exclusionsGroup = new QGroupBox(tr("Excluded Applications"), this);
+    auto* content = new QVBoxLayout(m_exclusionsGroup);
+    QLabel* hint =
+        UiTheme::smallLabel(m_preferences.canTellApplications()
+                                ? tr("Nothing expands in these. To add one, open the tray menu "
+                                     "while it is in use and choose \"Exclude\".")
+                                : tr("This session does not tell Typolet which application is "
+                                     "in use, so these apply in X11 sessions only."),
+                            m_exclusionsGroup);
     content->addWidget(hint);
     auto* row = new QHBoxLayout();
-    row->setContentsMargins(textIndent, 0, 0, 0);
-    m_exclusions = new QListWidget(m_exclusionsCard);
+    m_exclusions = new QListWidget(m_exclusionsGroup);
     m_exclusions->setAccessibleName(tr("Excluded Applications"));
     m_exclusions->setMaximumHeight(72);
     row->addWidget(m_exclusions, 1);
-    m_removeExclusion = new QPushButton(tr("Remove"), m_exclusionsCard);
+    m_removeExclusion = new QPushButton(tr("Remove"), m_exclusionsGroup);
     row->addWidget(m_removeExclusion, 0, Qt::AlignTop);
     content->addLayout(row);
 
@@ -307,5 +257,5 @@ void PreferencesView::showEvent(QShowEvent* event) {
     m_autostart.applyFirstLaunchDefault(m_preferences);
     m_autostart.reflectDesktop(m_preferences);
     // The stored value may have been changed elsewhere while the window was hidden.
-    m_switch->setChecked(m_preferences.startAtLogin());
+    m_startAtLogin->setChecked(m_preferences.startAtLogin());
 }

@@ -1,9 +1,7 @@
 #include "SyncCard.h"
 
 #include "Preferences.h"
-#include "SectionHeader.h"
 #include "SyncFolder.h"
-#include "ToneLabel.h"
 #include "UiTheme.h"
 
 #include <QFileDialog>
@@ -16,23 +14,14 @@
 #include <QVBoxLayout>
 
 namespace {
-// Texts under a header line up with the header's title.
-constexpr int textIndent = SectionHeader::iconSize + SectionHeader::spacing;
-
-ToneLabel* smallText(const QString& text, QWidget* parent) {
-    auto* label = new ToneLabel(text, ToneLabel::Tone::Tertiary, parent);
-    label->setFont(UiTheme::system(12));
-    label->setWordWrap(true);
-    label->setContentsMargins(textIndent, 0, 0, 0);
-    return label;
+QLabel* smallText(const QString& text, QWidget* parent) {
+    return UiTheme::smallLabel(text, parent);
 }
 } // namespace
 
 SyncCard::SyncCard(SyncFolder& sync, Preferences& preferences, QWidget* parent)
-    : PreferenceCard(parent), m_sync(sync), m_preferences(preferences) {
-    QVBoxLayout* content = contentLayout();
-    content->addWidget(
-        new SectionHeader(QStringLiteral("arrow.triangle.2.circlepath"), tr("Sync"), {}, this));
+    : QGroupBox(tr("Sync"), parent), m_sync(sync), m_preferences(preferences) {
+    auto* content = new QVBoxLayout(this);
     content->addWidget(smallText(
         tr("The same snippets on every computer, through a folder that Syncthing, Nextcloud, "
            "Dropbox or git already copies. Only the library goes there; preferences, excluded "
@@ -40,9 +29,7 @@ SyncCard::SyncCard(SyncFolder& sync, Preferences& preferences, QWidget* parent)
         this));
 
     auto* row = new QHBoxLayout();
-    row->setContentsMargins(textIndent, 0, 0, 0);
     auto* title = new QLabel(tr("Sync through a folder"), this);
-    title->setFont(UiTheme::system(14, QFont::Medium));
     row->addWidget(title, 1);
     m_choose = new QPushButton(tr("Choose Folder\u2026"), this);
     m_choose->setAccessibleName(title->text());
@@ -51,9 +38,8 @@ SyncCard::SyncCard(SyncFolder& sync, Preferences& preferences, QWidget* parent)
     content->addLayout(row);
 
     auto* folderRow = new QHBoxLayout();
-    folderRow->setContentsMargins(textIndent, 0, 0, 0);
     m_folder = new QLabel(this);
-    m_folder->setFont(UiTheme::system(12));
+    m_folder->setFont(UiTheme::smallFont());
     m_folder->setWordWrap(true);
     m_folder->setTextInteractionFlags(Qt::TextSelectableByMouse);
     folderRow->addWidget(m_folder, 1);
@@ -67,7 +53,6 @@ SyncCard::SyncCard(SyncFolder& sync, Preferences& preferences, QWidget* parent)
     m_computers->setTextElideMode(Qt::ElideMiddle);
     m_computers->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     auto* listRow = new QHBoxLayout();
-    listRow->setContentsMargins(textIndent, 0, 0, 0);
     listRow->addWidget(m_computers);
     content->addLayout(listRow);
 
@@ -83,8 +68,8 @@ SyncCard::SyncCard(SyncFolder& sync, Preferences& preferences, QWidget* parent)
         const QString start = m_sync.isActive()
                                   ? m_sync.folder()
                                   : QStandardPaths::writableLocation(QStandardPaths::HomeLocation);
-        const QString folder =
-            QFileDialog::getExistingDirectory(window(), tr("Choose the Folder to Sync Through"), start);
+        const QString folder = QFileDialog::getExistingDirectory(
+            window(), tr("Choose the Folder to Sync Through"), start);
         if (!folder.isEmpty())
             chooseFolder(folder);
     });
@@ -109,9 +94,9 @@ void SyncCard::chooseFolder(const QString& folder) {
     m_preferences.setSyncFolder(m_sync.folder());
     const int added = m_sync.addedOnStart();
     showStatus(added > 0 ? tr("Added %n snippet(s) from the other computers in this folder.",
-                                     nullptr, added)
-                                : tr("Nothing to add from this folder: no other computer's "
-                                     "snippets are new here."));
+                              nullptr, added)
+                         : tr("Nothing to add from this folder: no other computer's "
+                              "snippets are new here."));
     showState();
 }
 
@@ -138,12 +123,12 @@ void SyncCard::showState() {
     m_computers->clear();
     const QLocale locale;
     for (const SyncFolder::Computer& computer : m_sync.computers()) {
-        const QString when = computer.lastChange.isValid()
-                                 ? locale.toString(computer.lastChange.toLocalTime(),
-                                                   QLocale::NarrowFormat)
-                                 : tr("no change yet");
-        const QString name = computer.thisComputer ? tr("%1 (this computer)").arg(computer.name)
-                                                   : computer.name;
+        const QString when =
+            computer.lastChange.isValid()
+                ? locale.toString(computer.lastChange.toLocalTime(), QLocale::NarrowFormat)
+                : tr("no change yet");
+        const QString name =
+            computer.thisComputer ? tr("%1 (this computer)").arg(computer.name) : computer.name;
         auto* item = new QListWidgetItem(
             tr("%1: %n snippet(s), changed %2", nullptr, computer.snippets).arg(name, when),
             m_computers);
@@ -155,7 +140,8 @@ void SyncCard::showProblems() {
     QStringList lines;
     const QMap<QString, QString> unreadable = m_sync.unreadableFiles();
     for (auto it = unreadable.cbegin(); it != unreadable.cend(); ++it)
-        lines.append(tr("Cannot read \u201C%1\u201D (%2); it is left as it is.").arg(it.key(), it.value()));
+        lines.append(
+            tr("Cannot read \u201C%1\u201D (%2); it is left as it is.").arg(it.key(), it.value()));
     if (!m_collisions.isEmpty())
         lines.append(m_collisions);
     m_problems->setText(lines.join(u'\n'));

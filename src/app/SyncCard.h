@@ -1,20 +1,19 @@
 #pragma once
 
-#include "PreferenceCard.h"
+#include <QGroupBox>
 
 class Preferences;
 class QLabel;
 class QListWidget;
 class QPushButton;
 class SyncFolder;
-class ToneLabel;
 
-// The Preferences window's "Sync" card: "Sync through a folder" with a folder chooser, the
+// The Preferences window's "Sync" group: "Sync through a folder" with a folder chooser, the
 // folder in use, the computers whose libraries are there (name, number of snippets, last
 // change) and "Stop Syncing". Choosing a folder that already holds other computers' libraries
 // merges them with this one and says what that added. Files in the folder that cannot be read
 // and changes that collided with another computer's are named under the list.
-class SyncCard : public PreferenceCard {
+class SyncCard : public QGroupBox {
     Q_OBJECT
 public:
     SyncCard(SyncFolder& sync, Preferences& preferences, QWidget* parent = nullptr);
@@ -29,9 +28,9 @@ public:
     QLabel* folderLabel() const { return m_folder; }
     QListWidget* computerList() const { return m_computers; }
     // What the last choice did, or why it could not be made.
-    ToneLabel* statusLabel() const { return m_status; }
+    QLabel* statusLabel() const { return m_status; }
     // Files that cannot be read, and collisions with other computers' changes.
-    ToneLabel* problemsLabel() const { return m_problems; }
+    QLabel* problemsLabel() const { return m_problems; }
 
 private:
     void showStatus(const QString& text);
@@ -44,7 +43,7 @@ private:
     QPushButton* m_stop = nullptr;
     QLabel* m_folder = nullptr;
     QListWidget* m_computers = nullptr;
-    ToneLabel* m_status = nullptr;
-    ToneLabel* m_problems = nullptr;
+    QLabel* m_status = nullptr;
+    QLabel* m_problems = nullptr;
     QString m_collisions;
 };

@@ -88,11 +88,11 @@ void TrayController::setupMainMenu(QMainWindow* mainWindow) {
         QAction* newSnippet = m_fileMenu->addAction(tr("New Snippet\u2026"));
         newSnippet->setObjectName(QStringLiteral("newSnippet"));
         newSnippet->setShortcut(QKeySequence::New);
-        connect(newSnippet, &QAction::triggered, content, &ContentView::showAddSheet);
+        connect(newSnippet, &QAction::triggered, content, &ContentView::showAddSnippetDialog);
         QAction* newCategory = m_fileMenu->addAction(tr("New Category\u2026"));
         newCategory->setObjectName(QStringLiteral("newCategory"));
         newCategory->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N));
-        connect(newCategory, &QAction::triggered, content, &ContentView::showAddCategorySheet);
+        connect(newCategory, &QAction::triggered, content, &ContentView::showAddCategoryDialog);
         m_fileMenu->addSeparator();
     }
     m_libraryActionsEnd = m_fileMenu->addSeparator();

@@ -6,7 +6,8 @@
 #include <QPainterPath>
 
 int CategoryRowDelegate::rowHeight() {
-    return QFontMetrics(UiTheme::headline()).height() + QFontMetrics(UiTheme::caption()).height() +
+    return QFontMetrics(UiTheme::titleFont()).height() +
+           QFontMetrics(UiTheme::smallFont()).height() +
            1 + 2 * 4 + 8;
 }
 

@@ -1,11 +1,9 @@
 #include "CategoryRowView.h"
 
 #include "EditCategoryDialog.h"
-#include "ElidedLabel.h"
-#include "FormParts.h"
-#include "PlainButton.h"
+#include "MessageBoxes.h"
 #include "SnippetStore.h"
-#include "SymbolView.h"
+#include "SymbolImage.h"
 #include "UiTheme.h"
 
 #include <QEvent>
@@ -13,6 +11,8 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStyle>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 CategoryRowView::CategoryRowView(SnippetStore& store, Category category,
@@ -24,36 +24,47 @@ CategoryRowView::CategoryRowView(SnippetStore& store, Category category,
     row->setContentsMargins(14, 4, 14, 4);
     row->setSpacing(8);
 
-    m_folder = new SymbolView(QStringLiteral("folder"), 16, this);
+    m_folder = new QLabel(this);
+    m_folder->setObjectName(QStringLiteral("folderIcon"));
     row->addWidget(m_folder);
 
     auto* texts = new QVBoxLayout();
     texts->setSpacing(1);
-    m_name = new ElidedLabel(m_category.name, this);
+    // One line each, cut at the row's edge: a long name never widens the sidebar.
+    m_name = new QLabel(UiTheme::oneLine(m_category.name), this);
     m_name->setObjectName(QStringLiteral("categoryName"));
-    m_name->setFont(UiTheme::headline());
-    texts->addWidget(m_name);
-    m_count = new ElidedLabel(countText(), this);
+    m_name->setFont(UiTheme::titleFont());
+    m_name->setToolTip(m_category.name);
+    m_count = new QLabel(countText(), this);
     m_count->setObjectName(QStringLiteral("categoryCount"));
-    m_count->setFont(UiTheme::caption());
-    texts->addWidget(m_count);
+    m_count->setFont(UiTheme::smallFont());
+    for (QLabel* label : {m_name, m_count}) {
+        label->setTextFormat(Qt::PlainText);
+        label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        texts->addWidget(label);
+    }
     row->addLayout(texts, 1);
 
     if (!isProtected()) {
         auto* buttons = new QHBoxLayout();
         buttons->setSpacing(8);
-        m_editButton = new PlainButton(QStringLiteral("pencil.circle.fill"), QString(), this);
+        // The list is the keyboard's stop; F2 and Delete reach these from there.
+        const auto rowButton = [this, buttons](const QString& iconName, const QString& label) {
+            auto* button = new QToolButton(this);
+            button->setIcon(SymbolImage::icon(iconName));
+            button->setToolTip(label);
+            button->setAccessibleName(label);
+            button->setAutoRaise(true);
+            button->setFocusPolicy(Qt::NoFocus);
+            buttons->addWidget(button);
+            return button;
+        };
+        m_editButton = rowButton(QStringLiteral("document-edit"), tr("Edit Category"));
         m_editButton->setObjectName(QStringLiteral("editCategoryButton"));
-        m_editButton->setSymbolSize(14);
-        m_editButton->setToolTip(tr("Edit Category"));
-        buttons->addWidget(m_editButton);
-        m_deleteButton = new PlainButton(QStringLiteral("trash.circle.fill"), QString(), this);
+        m_deleteButton = rowButton(QStringLiteral("edit-delete"), tr("Delete Category"));
         m_deleteButton->setObjectName(QStringLiteral("deleteCategoryButton"));
-        m_deleteButton->setSymbolSize(14);
-        m_deleteButton->setToolTip(tr("Delete Category"));
-        buttons->addWidget(m_deleteButton);
         row->addLayout(buttons);
-        connect(m_editButton, &QAbstractButton::clicked, this, &CategoryRowView::showEditSheet);
+        connect(m_editButton, &QAbstractButton::clicked, this, &CategoryRowView::showEditDialog);
         connect(m_deleteButton, &QAbstractButton::clicked, this, &CategoryRowView::showDeleteAlert);
     }
     applyColors();
@@ -89,18 +100,17 @@ void CategoryRowView::setSelected(bool selected) {
 }
 
 void CategoryRowView::applyColors() {
-    const QPalette& palette = this->palette();
-    const QColor accent = UiTheme::accent(this);
-    const QColor onSelection = palette.color(QPalette::Active, QPalette::HighlightedText);
-    const QColor window = palette.color(QPalette::Window);
-    m_folder->setColor(m_isSelected ? onSelection : accent);
-    m_name->setColor(m_isSelected ? onSelection : palette.color(QPalette::WindowText));
-    m_count->setColor(m_isSelected ? onSelection : UiTheme::secondaryText(this));
-    if (m_editButton)
-        m_editButton->setColor(m_isSelected ? onSelection : UiTheme::readable(accent, window));
-    if (m_deleteButton)
-        m_deleteButton->setColor(m_isSelected ? onSelection
-                                              : UiTheme::readable(UiTheme::red(), window));
+    // On the selected row's fill every text takes the selected text's role; the folder is the
+    // desktop's own icon, drawn as a silhouette there so it reads on the fill too.
+    const QPalette::ColorRole text = m_isSelected ? QPalette::HighlightedText : QPalette::WindowText;
+    m_name->setForegroundRole(text);
+    m_count->setForegroundRole(text);
+    const int size = style()->pixelMetric(QStyle::PM_SmallIconSize);
+    const QIcon folder = SymbolImage::icon(QStringLiteral("folder"));
+    m_folder->setPixmap(m_isSelected ? SymbolImage::tinted(folder, QSize(size, size),
+                                                           palette().color(QPalette::Active, text),
+                                                           devicePixelRatioF())
+                                     : folder.pixmap(size, size));
 }
 
 void CategoryRowView::changeEvent(QEvent* event) {
@@ -109,19 +119,19 @@ void CategoryRowView::changeEvent(QEvent* event) {
         applyColors(); // light to dark, or another accent
 }
 
-void CategoryRowView::showEditSheet() {
-    if (isProtected() || showingEditSheet())
+void CategoryRowView::showEditDialog() {
+    if (isProtected() || showingEditDialog())
         return;
-    m_editSheet = new EditCategoryDialog(m_store, m_category, window());
-    m_editSheet->setAttribute(Qt::WA_DeleteOnClose);
-    m_editSheet->open();
+    m_editDialog = new EditCategoryDialog(m_store, m_category, window());
+    m_editDialog->setAttribute(Qt::WA_DeleteOnClose);
+    m_editDialog->open();
 }
 
 void CategoryRowView::showDeleteAlert() {
     if (isProtected() || showingDeleteAlert())
         return;
     m_deleteAlert =
-        FormParts::deleteAlert(tr("Delete Category"), deleteMessage(), window());
+        MessageBoxes::confirmDelete(tr("Delete Category"), deleteMessage(), window());
     const Category category = m_category;
     SnippetStore* store = &m_store;
     QAbstractButton* confirm =
@@ -129,7 +139,7 @@ void CategoryRowView::showDeleteAlert() {
     // The row itself goes away with its category, so the action holds what it needs.
     QWidget* window = this->window();
     connect(confirm, &QAbstractButton::clicked, store, [store, category, window] {
-        FormParts::refused(store->deleteCategory(category), window);
+        MessageBoxes::refused(store->deleteCategory(category), window);
     });
     // Its snippets may live on in the default category; that is the answer Return gives.
     if (m_snippetCount > 0) {
@@ -140,7 +150,7 @@ void CategoryRowView::showDeleteAlert() {
         keep->setObjectName(QStringLiteral("alertKeepButton"));
         m_deleteAlert->setDefaultButton(keep);
         connect(keep, &QAbstractButton::clicked, store, [store, category, window] {
-            FormParts::refused(store->deleteCategory(category, true), window);
+            MessageBoxes::refused(store->deleteCategory(category, true), window);
         });
     }
     m_deleteAlert->open();

@@ -7,14 +7,14 @@
 #include <QPointer>
 #include <QWidget>
 
-class ElidedLabel;
-class PlainButton;
-class SymbolView;
+class QLabel;
+class QToolButton;
 class SnippetStore;
 
-// One row of the category sidebar: a folder symbol, the name and "<count> snippets", and,
-// except for the built-in and reserved categories, an edit and a delete symbol. The row owns
-// its rename sheet and its delete confirmation. On the selected row every symbol is white.
+// One row of the category sidebar: a folder icon, the name and "<count> snippets", and,
+// except for the built-in and reserved categories, an edit and a delete button. The row owns
+// its rename dialog and its delete question. On the selected row everything takes the
+// palette's selected-text colour.
 class CategoryRowView : public QWidget {
     Q_OBJECT
 public:
@@ -34,16 +34,15 @@ public:
     // The delete confirmation's message for the current name and count.
     QString deleteMessage() const;
 
-    bool showingEditSheet() const { return m_editSheet && m_editSheet->isVisible(); }
+    bool showingEditDialog() const { return m_editDialog && m_editDialog->isVisible(); }
     bool showingDeleteAlert() const { return m_deleteAlert && m_deleteAlert->isVisible(); }
 
-    SymbolView* folderSymbol() const { return m_folder; }
-    PlainButton* editButton() const { return m_editButton; }
-    PlainButton* deleteButton() const { return m_deleteButton; }
-    EditCategoryDialog* editSheet() const { return m_editSheet; }
+    QToolButton* editButton() const { return m_editButton; }
+    QToolButton* deleteButton() const { return m_deleteButton; }
+    EditCategoryDialog* editDialog() const { return m_editDialog; }
     QMessageBox* deleteAlert() const { return m_deleteAlert; }
 
-    void showEditSheet();
+    void showEditDialog();
     void showDeleteAlert();
 
 protected:
@@ -57,11 +56,11 @@ private:
     int m_snippetCount;
     bool m_isSelected = false;
 
-    SymbolView* m_folder;
-    ElidedLabel* m_name;
-    ElidedLabel* m_count;
-    PlainButton* m_editButton = nullptr;
-    PlainButton* m_deleteButton = nullptr;
-    QPointer<EditCategoryDialog> m_editSheet;
+    QLabel* m_folder;
+    QLabel* m_name;
+    QLabel* m_count;
+    QToolButton* m_editButton = nullptr;
+    QToolButton* m_deleteButton = nullptr;
+    QPointer<EditCategoryDialog> m_editDialog;
     QPointer<QMessageBox> m_deleteAlert;
 };

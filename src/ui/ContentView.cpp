@@ -5,16 +5,14 @@
 #include "CategoryListModel.h"
 #include "CategoryRowDelegate.h"
 #include "CategoryRowView.h"
-#include "Divider.h"
-#include "ElidedLabel.h"
-#include "FocusableTextField.h"
-#include "FormParts.h"
-#include "PlainButton.h"
+#include "MessageBoxes.h"
 #include "SnippetStore.h"
 #include "SnippetDetailView.h"
 #include "SnippetFilterModel.h"
+#include "SnippetForm.h"
 #include "SnippetListModel.h"
 #include "SnippetRowDelegate.h"
+#include "SymbolImage.h"
 #include "UiTheme.h"
 
 #include <QHBoxLayout>
@@ -37,13 +35,22 @@ namespace {
 constexpr int headerHorizontalPadding = 16;
 constexpr int headerVerticalPadding = 8;
 
-PlainButton* iconButton(const QString& symbol, const QString& label, QWidget* parent) {
-    auto* button = new PlainButton(symbol, label, parent);
-    button->setFont(UiTheme::system(14));
-    button->setSymbolSize(16);
-    button->setSpacing(4);
+QToolButton* iconButton(const QString& iconName, const QString& label, QWidget* parent) {
+    auto* button = new QToolButton(parent);
+    button->setIcon(SymbolImage::icon(iconName));
+    button->setText(label);
     button->setToolTip(label);
+    button->setAccessibleName(label);
+    button->setAutoRaise(true);
+    button->setFocusPolicy(Qt::StrongFocus);
     return button;
+}
+
+QFrame* line(Qt::Orientation orientation, QWidget* parent) {
+    auto* frame = new QFrame(parent);
+    frame->setFrameShape(orientation == Qt::Vertical ? QFrame::VLine : QFrame::HLine);
+    frame->setFrameShadow(QFrame::Sunken);
+    return frame;
 }
 
 void styleList(QListView* list) {
@@ -112,9 +119,9 @@ ContentView::ContentView(SnippetStore& store, QWidget* parent)
     root->setSpacing(0);
     outer->addLayout(root, 1);
     root->addWidget(buildSidebar());
-    root->addWidget(new Divider(Qt::Vertical, this));
+    root->addWidget(line(Qt::Vertical, this));
     root->addWidget(buildSnippetColumn());
-    root->addWidget(new Divider(Qt::Vertical, this));
+    root->addWidget(line(Qt::Vertical, this));
     root->addWidget(buildDetailPane(), 1);
     setMinimumSize(sidebarWidth + snippetColumnWidth + 2 + 340, 420);
 
@@ -172,12 +179,12 @@ QWidget* ContentView::buildSidebar() {
     auto* header = new QHBoxLayout();
     header->setContentsMargins(headerHorizontalPadding, headerVerticalPadding,
                                headerHorizontalPadding, headerVerticalPadding);
-    header->addWidget(FormParts::text(tr("Categories"), UiTheme::headline(), sidebar));
+    auto* title = new QLabel(tr("Categories"), sidebar);
+    title->setFont(UiTheme::titleFont());
+    header->addWidget(title);
     header->addStretch();
-    m_addCategoryButton = iconButton(QStringLiteral("folder.badge.plus.fill"),
-                                     tr("Add Category"), sidebar);
+    m_addCategoryButton = iconButton(QStringLiteral("folder-new"), tr("Add Category"), sidebar);
     m_addCategoryButton->setObjectName(QStringLiteral("addCategoryButton"));
-    m_addCategoryButton->setFocusPolicy(Qt::NoFocus);
     header->addWidget(m_addCategoryButton);
     column->addLayout(header);
 
@@ -195,7 +202,7 @@ QWidget* ContentView::buildSidebar() {
     column->addWidget(m_categoryList, 1);
 
     connect(m_addCategoryButton, &QAbstractButton::clicked, this,
-            &ContentView::showAddCategorySheet);
+            &ContentView::showAddCategoryDialog);
     connect(m_categoryList->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &ContentView::userSelectedCategory);
     connect(m_categoryModel, &QAbstractItemModel::modelReset, this, [this] {
@@ -216,9 +223,12 @@ QWidget* ContentView::buildSnippetColumn() {
     header->setContentsMargins(headerHorizontalPadding, headerVerticalPadding,
                                headerHorizontalPadding, headerVerticalPadding);
     header->setSpacing(8);
-    m_title = new ElidedLabel(QString(), panel);
+    m_title = new QLabel(panel);
     m_title->setObjectName(QStringLiteral("title"));
-    m_title->setFont(UiTheme::headline());
+    m_title->setFont(UiTheme::titleFont());
+    m_title->setTextFormat(Qt::PlainText);
+    // A long name is cut at the edge, never widening the column.
+    m_title->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     header->addWidget(m_title, 1);
     m_searchField = new QLineEdit(panel);
     m_searchField->setObjectName(QStringLiteral("searchField"));
@@ -233,7 +243,7 @@ QWidget* ContentView::buildSnippetColumn() {
     m_searchField->installEventFilter(this);
     header->addWidget(m_searchField);
     m_addSnippetButton =
-        iconButton(QStringLiteral("plus.circle.fill"), tr("Add Snippet"), panel);
+        iconButton(QStringLiteral("list-add"), tr("Add Snippet"), panel);
     m_addSnippetButton->setObjectName(QStringLiteral("addSnippetButton"));
     header->addWidget(m_addSnippetButton);
     column->addLayout(header);
@@ -265,7 +275,8 @@ QWidget* ContentView::buildSnippetColumn() {
     });
 
     connect(m_searchField, &QLineEdit::textChanged, this, &ContentView::setSearchText);
-    connect(m_addSnippetButton, &QAbstractButton::clicked, this, &ContentView::showAddSheet);
+    connect(m_addSnippetButton, &QAbstractButton::clicked, this,
+            &ContentView::showAddSnippetDialog);
     connect(m_snippetList->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &ContentView::userSelectedSnippet);
     return panel;
@@ -274,8 +285,7 @@ QWidget* ContentView::buildSnippetColumn() {
 QWidget* ContentView::buildDetailPane() {
     m_detailStack = new QStackedWidget(this);
     m_detailStack->setObjectName(QStringLiteral("detailPane"));
-    m_detailPlaceholder = FormParts::secondaryText(
-        tr("Select a snippet to view details"), UiTheme::body(), m_detailStack);
+    m_detailPlaceholder = new QLabel(tr("Select a snippet to view details"), m_detailStack);
     m_detailPlaceholder->setObjectName(QStringLiteral("detailPlaceholder"));
     m_detailPlaceholder->setAlignment(Qt::AlignCenter);
     m_detailPlaceholder->setWordWrap(true);
@@ -295,7 +305,7 @@ QList<Snippet> ContentView::filteredSnippets() const {
 }
 
 QString ContentView::title() const {
-    return m_title->text();
+    return m_titleText;
 }
 
 CategoryRowView* ContentView::categoryRow(const QUuid& categoryId) const {
@@ -311,8 +321,9 @@ bool ContentView::showingDetailPlaceholder() const {
 
 void ContentView::setSelectedCategory(std::optional<Category> category) {
     m_selectedCategory = std::move(category);
-    m_title->setText(m_selectedCategory ? m_selectedCategory->name
-                                        : tr("All Snippets"));
+    m_titleText = m_selectedCategory ? m_selectedCategory->name : tr("All Snippets");
+    m_title->setText(UiTheme::oneLine(m_titleText));
+    m_title->setToolTip(m_titleText);
     {
         QScopedValueRollback guard(m_syncing, true);
         m_filterModel->setCategoryFilter(
@@ -331,7 +342,8 @@ bool ContentView::isShown(const Snippet& snippet) const {
 }
 
 void ContentView::dropHiddenSnippet() {
-    // The detail pane shows only what the list shows; edits not yet saved stay in view.
+    // The detail pane shows only what the list shows; edits not yet saved stay in view until
+    // they are settled (a category change asks before it comes here).
     if (!m_selectedSnippet || isShown(*m_selectedSnippet) ||
         (m_detailView && m_detailView->isEdited()))
         return;
@@ -354,6 +366,16 @@ void ContentView::setSelectedSnippet(std::optional<Snippet> snippet) {
 }
 
 void ContentView::setSearchText(const QString& text) {
+    // The pane never shows a snippet the list hides: a search that would hide the snippet
+    // being edited first settles the edits, and a cancelled question keeps the search as it was.
+    if (m_detailView && m_detailView->isEdited() && m_selectedSnippet &&
+        !SnippetFilterModel::matches(m_selectedSnippet->command, m_selectedSnippet->content,
+                                     text) &&
+        !settleEdits()) {
+        const QSignalBlocker quiet(m_searchField);
+        m_searchField->setText(m_searchText);
+        return;
+    }
     m_searchText = text;
     if (m_searchField->text() != text)
         m_searchField->setText(text); // comes back here through textChanged
@@ -517,20 +539,18 @@ void ContentView::updateDetailPane() {
         return;
     }
     if (!m_detailView) {
-        m_detailView = new SnippetDetailView(
-            m_store, *m_selectedSnippet,
-            [this](const QString&, const QString&) { updateFromDetail(); },
-            [this] {
-                if (m_detailView)
-                    requestDelete(m_detailView->snippetId());
-            },
-            m_detailStack);
+        m_detailView = new SnippetDetailView(m_store, m_selectedSnippet->id, m_detailStack);
         m_detailStack->addWidget(m_detailView);
         m_detailView->setUsageDescriber(m_describeUsage);
+        connect(m_detailView, &SnippetDetailView::deleteRequested, this,
+                &ContentView::requestDelete);
+        // A snippet saved into another category is followed there, not dropped from view.
+        connect(m_detailView, &SnippetDetailView::saved, this,
+                [this](const QUuid& id) { setSelectedSnippet(m_store.snippet(id)); });
         connect(m_detailView, &SnippetDetailView::editedChanged, this,
                 [this](bool edited) { window()->setWindowModified(edited); });
     } else {
-        m_detailView->setSnippet(*m_selectedSnippet);
+        m_detailView->setSnippetId(m_selectedSnippet->id);
     }
     m_detailStack->setCurrentWidget(m_detailView);
 }
@@ -538,7 +558,7 @@ void ContentView::updateDetailPane() {
 // ---- store changes
 
 void ContentView::rebuildCategoryRows() {
-    // Rows are widgets (they carry buttons, sheets and alerts); categories are few.
+    // Rows are widgets (they carry buttons, dialogs and message boxes); categories are few.
     for (int row = 0; row < m_categoryModel->rowCount(); ++row) {
         const QModelIndex index = m_categoryModel->index(row);
         const std::optional<Category> category = m_categoryModel->categoryAt(row);
@@ -575,41 +595,46 @@ void ContentView::categoriesChanged() {
 void ContentView::snippetsChanged() {
     updatePlaceholder();
     updateElsewhereCount();
+    // The selection is the store's record as it is now (a save, an import, another program).
+    if (m_selectedSnippet)
+        if (const std::optional<Snippet> stored = m_store.snippet(m_selectedSnippet->id))
+            m_selectedSnippet = stored;
     if (m_selectedSnippet && m_snippetModel->rowOf(m_selectedSnippet->id) < 0) {
         // Deleted with its category, or elsewhere: there is nothing left to show.
         m_selectedSnippet.reset();
         updateDetailPane();
         emit selectionChanged();
     }
+    dropHiddenSnippet();
     syncSnippetSelection();
 }
 
 // ---- actions
 
-void ContentView::showAddSheet() {
-    if (showingAddSheet() || !settleEdits())
+void ContentView::showAddSnippetDialog() {
+    if (showingAddSnippetDialog() || !settleEdits())
         return;
-    m_addSheet = new AddSnippetDialog(
+    m_addSnippetDialog = new AddSnippetDialog(
         m_store, m_selectedCategory ? m_selectedCategory->id : Category::defaultCategoryId,
-        [this](const Snippet& added) { setSelectedSnippet(added); }, window());
-    m_addSheet->setAttribute(Qt::WA_DeleteOnClose);
-    m_addSheet->open();
-    m_addSheet->commandField()->setFocus(Qt::OtherFocusReason);
+        window());
+    m_addSnippetDialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(m_addSnippetDialog, &AddSnippetDialog::added, this,
+            [this](const QUuid& id) { setSelectedSnippet(m_store.snippet(id)); });
+    m_addSnippetDialog->open();
+    m_addSnippetDialog->form()->commandField()->setFocus(Qt::OtherFocusReason);
 }
 
-void ContentView::showAddCategorySheet() {
-    if (showingAddCategorySheet())
+void ContentView::showAddCategoryDialog() {
+    if (showingAddCategoryDialog())
         return;
-    m_addCategorySheet = new AddCategoryDialog(
-        m_store,
-        [this](const Category& category) {
-            // Selected once the sheet has started closing.
-            QTimer::singleShot(0, this, [this, category] { setSelectedCategory(category); });
-        },
-        window());
-    m_addCategorySheet->setAttribute(Qt::WA_DeleteOnClose);
-    m_addCategorySheet->open();
-    m_addCategorySheet->nameField()->setFocus(Qt::OtherFocusReason);
+    m_addCategoryDialog = new AddCategoryDialog(m_store, window());
+    m_addCategoryDialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(m_addCategoryDialog, &AddCategoryDialog::added, this, [this](const QUuid& id) {
+        // Selected once the dialog has started closing.
+        QTimer::singleShot(0, this, [this, id] { setSelectedCategory(m_store.category(id)); });
+    });
+    m_addCategoryDialog->open();
+    m_addCategoryDialog->nameField()->setFocus(Qt::OtherFocusReason);
 }
 
 QList<QUuid> ContentView::selectedSnippetIds() const {
@@ -623,7 +648,7 @@ QList<QUuid> ContentView::selectedSnippetIds() const {
 }
 
 void ContentView::moveSelection(const QUuid& categoryId) {
-    FormParts::refused(m_store.moveSnippets(selectedSnippetIds(), categoryId), window());
+    MessageBoxes::refused(m_store.moveSnippets(selectedSnippetIds(), categoryId), window());
 }
 
 QMenu* ContentView::snippetMenu() {
@@ -684,7 +709,7 @@ bool ContentView::eventFilter(QObject* watched, QEvent* event) {
         }
         if (watched == m_categoryList && press->key() == Qt::Key_F2 && m_selectedCategory) {
             if (CategoryRowView* row = categoryRow(m_selectedCategory->id))
-                row->showEditSheet();
+                row->showEditDialog();
             return true;
         }
     }
@@ -707,25 +732,23 @@ void ContentView::deleteSelection() {
 }
 
 void ContentView::requestDeleteMany(const QList<QUuid>& ids) {
-    m_deleteAlert = FormParts::deleteAlert(
+    m_deleteAlert = MessageBoxes::confirmDelete(
         tr("Confirm Delete"),
         tr("Are you sure you want to delete %n snippet(s)?", nullptr, int(ids.size())), window());
     auto* confirm = m_deleteAlert->findChild<QPushButton*>(QStringLiteral("alertDeleteButton"));
     connect(confirm, &QAbstractButton::clicked, this, [this, ids] {
-        FormParts::refused(m_store.removeSnippets(ids), window());
+        MessageBoxes::refused(m_store.removeSnippets(ids), window());
         setSelectedSnippet(std::nullopt);
     });
     m_deleteAlert->open();
 }
 
 void ContentView::requestDelete(const QUuid& snippetId) {
-    const QList<Snippet>& snippets = m_store.snippets();
-    const auto found = std::find_if(snippets.cbegin(), snippets.cend(),
-                                    [&](const Snippet& s) { return s.id == snippetId; });
-    if (found == snippets.cend() || showingDeleteAlert())
+    const std::optional<Snippet> found = m_store.snippet(snippetId);
+    if (!found || showingDeleteAlert())
         return;
-    m_snippetToDelete = *found;
-    m_deleteAlert = FormParts::deleteAlert(tr("Confirm Delete"),
+    m_snippetToDelete = found;
+    m_deleteAlert = MessageBoxes::confirmDelete(tr("Confirm Delete"),
                                            tr("Are you sure you want to delete '%1'?")
                                                .arg(m_snippetToDelete->command),
                                            window());
@@ -738,19 +761,7 @@ void ContentView::deleteConfirmed() {
     if (!m_snippetToDelete)
         return;
     const QUuid id = m_snippetToDelete->id;
-    FormParts::refused(m_store.removeSnippet(id), window());
+    MessageBoxes::refused(m_store.removeSnippet(id), window());
     setSelectedSnippet(std::nullopt);
     m_snippetToDelete.reset();
-}
-
-void ContentView::updateFromDetail() {
-    if (!m_detailView)
-        return;
-    const QUuid id = m_detailView->snippetId();
-    for (const Snippet& stored : m_store.snippets()) {
-        if (stored.id == id) {
-            setSelectedSnippet(stored);
-            return;
-        }
-    }
 }

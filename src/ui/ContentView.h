@@ -13,13 +13,12 @@
 
 class CategoryListModel;
 class CategoryRowView;
-class ElidedLabel;
-class PlainButton;
 class QLabel;
 class QLineEdit;
 class QListView;
 class QMenu;
 class QPushButton;
+class QToolButton;
 class QStackedWidget;
 class SnippetStore;
 class SnippetDetailView;
@@ -28,13 +27,15 @@ class SnippetListModel;
 
 // The editor in the main window: categories on the left (250 wide), the snippets of the
 // selected category with a search field in the middle (450 wide), and the selected snippet's
-// editor on the right. It owns the selection, the search text, the sheets that add snippets
+// editor on the right. It owns the selection, the search text, the dialogs that add snippets
 // and categories, and the confirmation before a snippet is deleted.
 //
 // Selection rules: "All Snippets", the first row of the category list, stands for no category
 // and is where the window starts. Selecting a snippet the list hides selects its category
-// too; the detail pane never shows a snippet the list hides (unless it has edits not yet
-// saved); a category just added becomes the selection once its sheet has closed. A search in
+// too; the detail pane never shows a snippet the list hides: a category or a search that would
+// hide the snippet being edited asks first to save or discard the edits, and a cancelled
+// question keeps the category or the search as it was. A category just added becomes the
+// selection once its dialog has closed. A search in
 // one category says how many snippets match in the others.
 class ContentView : public QWidget {
     Q_OBJECT
@@ -58,11 +59,13 @@ public:
     void setSelectedSnippet(std::optional<Snippet> snippet);
     void setSearchText(const QString& text);
 
-    // A sheet or alert that has closed may linger until its deferred deletion; it no longer
-    // counts as shown.
-    bool showingAddSheet() const { return m_addSheet && m_addSheet->isVisible(); }
-    bool showingAddCategorySheet() const {
-        return m_addCategorySheet && m_addCategorySheet->isVisible();
+    // A dialog or message box that has closed may linger until its deferred deletion; it no
+    // longer counts as shown.
+    bool showingAddSnippetDialog() const {
+        return m_addSnippetDialog && m_addSnippetDialog->isVisible();
+    }
+    bool showingAddCategoryDialog() const {
+        return m_addCategoryDialog && m_addCategoryDialog->isVisible();
     }
     bool showingDeleteAlert() const { return m_deleteAlert && m_deleteAlert->isVisible(); }
 
@@ -75,8 +78,8 @@ public:
     bool savesEditsOnLeave() const { return m_saveEditsOnLeave; }
     static QString unsavedTitle() { return tr("Unsaved Changes"); }
 
-    void showAddSheet();
-    void showAddCategorySheet();
+    void showAddSnippetDialog();
+    void showAddCategoryDialog();
     // The snippets selected in the middle column (the shown one when none is).
     QList<QUuid> selectedSnippetIds() const;
     // Puts the selected snippets in the category.
@@ -93,8 +96,8 @@ public:
     QListView* categoryList() const { return m_categoryList; }
     QListView* snippetList() const { return m_snippetList; }
     QLineEdit* searchField() const { return m_searchField; }
-    PlainButton* addSnippetButton() const { return m_addSnippetButton; }
-    PlainButton* addCategoryButton() const { return m_addCategoryButton; }
+    QToolButton* addSnippetButton() const { return m_addSnippetButton; }
+    QToolButton* addCategoryButton() const { return m_addCategoryButton; }
     QString title() const;
     CategoryRowView* categoryRow(const QUuid& categoryId) const;
     // How often a snippet was used, in words, for the detail pane (see SnippetDetailView).
@@ -103,8 +106,8 @@ public:
     void refreshUsage();
     SnippetDetailView* detailView() const { return m_detailView; }
     bool showingDetailPlaceholder() const;
-    AddSnippetDialog* addSheet() const { return m_addSheet; }
-    AddCategoryDialog* addCategorySheet() const { return m_addCategorySheet; }
+    AddSnippetDialog* addSnippetDialog() const { return m_addSnippetDialog; }
+    AddCategoryDialog* addCategoryDialog() const { return m_addCategoryDialog; }
     QMessageBox* deleteAlert() const { return m_deleteAlert; }
 
     // "N more in other categories" under a search in one category; selects "All Snippets".
@@ -127,7 +130,6 @@ private:
     QWidget* buildDetailPane();
 
     void deleteConfirmed();
-    void updateFromDetail();
     void categoriesChanged();
     void snippetsChanged();
     void rebuildCategoryRows();
@@ -159,10 +161,11 @@ private:
     bool m_saveEditsOnLeave = false;
 
     QListView* m_categoryList = nullptr;
-    PlainButton* m_addCategoryButton = nullptr;
-    ElidedLabel* m_title = nullptr;
+    QToolButton* m_addCategoryButton = nullptr;
+    QLabel* m_title = nullptr;
+    QString m_titleText;
     QLineEdit* m_searchField = nullptr;
-    PlainButton* m_addSnippetButton = nullptr;
+    QToolButton* m_addSnippetButton = nullptr;
     QListView* m_snippetList = nullptr;
     QPushButton* m_elsewhereButton = nullptr;
     QStackedWidget* m_detailStack = nullptr;
@@ -172,7 +175,7 @@ private:
     SnippetDetailView* m_detailView = nullptr;
     std::function<QString(const QUuid&)> m_describeUsage;
 
-    QPointer<AddSnippetDialog> m_addSheet;
-    QPointer<AddCategoryDialog> m_addCategorySheet;
+    QPointer<AddSnippetDialog> m_addSnippetDialog;
+    QPointer<AddCategoryDialog> m_addCategoryDialog;
     QPointer<QMessageBox> m_deleteAlert;
 };

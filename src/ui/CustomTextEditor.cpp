@@ -6,7 +6,6 @@
 #include <QScrollBar>
 
 CustomTextEditor::CustomTextEditor(QWidget* parent) : QPlainTextEdit(parent) {
-    setFrameShape(QFrame::NoFrame);
     setLineWrapMode(QPlainTextEdit::WidgetWidth);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -14,27 +13,12 @@ CustomTextEditor::CustomTextEditor(QWidget* parent) : QPlainTextEdit(parent) {
     setUndoRedoEnabled(true);
     // Tab belongs to the keyboard's way through the form, not to the text.
     setTabChangesFocus(true);
-    setBackgroundVisible(false);
-    document()->setDocumentMargin(0);
-    setViewportMargins(0, verticalInset, 0, verticalInset);
-    applyPalette();
     connect(this, &QPlainTextEdit::textChanged, this, [this] {
         if (m_settingText)
             return;
         m_edited = true;
         emit textEdited(text());
     });
-}
-
-void CustomTextEditor::applyPalette() {
-    QPalette palette = this->palette();
-    for (auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
-        palette.setColor(group, QPalette::Base, Qt::transparent);
-        palette.setColor(group, QPalette::Window, Qt::transparent);
-    }
-    setPalette(palette);
-    viewport()->setAutoFillBackground(false);
-    setAutoFillBackground(false);
 }
 
 QString CustomTextEditor::text() const {

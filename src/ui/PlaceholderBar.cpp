@@ -1,8 +1,6 @@
 #include "PlaceholderBar.h"
 
 #include "CustomTextEditor.h"
-#include "ElidedLabel.h"
-#include "FormParts.h"
 #include "PlaceholderText.h"
 #include "UiTheme.h"
 
@@ -22,7 +20,7 @@ namespace {
 constexpr qsizetype quotedLength = 24;
 
 QString quoted(const QString& written) {
-    return ElidedLabel::oneLine(written, quotedLength);
+    return UiTheme::oneLine(written, quotedLength);
 }
 
 QString warningFor(const PlaceholderText::Issue& issue) {
@@ -62,18 +60,21 @@ PlaceholderBar::PlaceholderBar(CustomTextEditor* editor, QWidget* parent)
     auto* previewLayout = new QHBoxLayout(m_previewRow);
     previewLayout->setContentsMargins(0, 0, 0, 0);
     previewLayout->setSpacing(6);
-    previewLayout->addWidget(
-        FormParts::secondaryText(tr("Types now:"), UiTheme::caption(), m_previewRow));
-    m_preview = new ElidedLabel(QString(), m_previewRow);
+    QLabel* previewTitle = UiTheme::smallLabel(tr("Types now:"), m_previewRow);
+    previewTitle->setWordWrap(false);
+    previewLayout->addWidget(previewTitle);
+    // One line each, cut at the edge: the room under the content stays the same.
+    m_preview = UiTheme::smallLabel(QString(), m_previewRow);
     m_preview->setObjectName(QStringLiteral("placeholderPreview"));
-    m_preview->setFont(UiTheme::caption());
+    m_preview->setWordWrap(false);
+    m_preview->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     previewLayout->addWidget(m_preview, 1);
     column->addWidget(m_previewRow);
 
-    m_warning = new ElidedLabel(QString(), this);
+    m_warning = UiTheme::smallLabel(QString(), this);
     m_warning->setObjectName(QStringLiteral("placeholderWarning"));
-    m_warning->setFont(UiTheme::caption());
-    m_warning->setColor(UiTheme::orange());
+    m_warning->setWordWrap(false);
+    m_warning->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     column->addWidget(m_warning);
 
     // The button lives in the form's layout beside the content field, so it is parented to
@@ -114,7 +115,7 @@ PlaceholderBar::PlaceholderBar(CustomTextEditor* editor, QWidget* parent)
 }
 
 QString PlaceholderBar::previewText() const {
-    return m_preview->text();
+    return m_previewText;
 }
 QString PlaceholderBar::warningText() const {
     return m_warning->toolTip();
@@ -149,11 +150,12 @@ void PlaceholderBar::refresh() {
         std::optional<QString> clipboard;
         if (placeholders.uses(PlaceholderText::Kind::Clipboard))
             clipboard = clipboardText();
-        m_preview->setText(
-            placeholders.render(QDateTime::currentDateTime(), clipboard, QLocale()).text);
+        m_previewText =
+            placeholders.render(QDateTime::currentDateTime(), clipboard, QLocale()).text;
     } else {
-        m_preview->setText(QString());
+        m_previewText.clear();
     }
+    m_preview->setText(UiTheme::oneLine(m_previewText));
     m_previewRow->setVisible(dynamic);
     const bool showsClock = placeholders.uses(PlaceholderText::Kind::Date) ||
                             placeholders.uses(PlaceholderText::Kind::Time);
@@ -169,10 +171,10 @@ void PlaceholderBar::refresh() {
             lines.append(line);
     }
     const QString first = lines.value(0);
-    m_warning->setText(lines.size() > 1 ? tr("%n problem(s) with braces. %1", nullptr,
+    m_warning->setText(UiTheme::oneLine(lines.size() > 1 ? tr("%n problem(s) with braces. %1", nullptr,
                                              int(lines.size()))
                                               .arg(first)
-                                        : first);
+                                        : first));
     m_warning->setToolTip(lines.join(u'\n'));
     m_warning->setVisible(!lines.isEmpty());
 }

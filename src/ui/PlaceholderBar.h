@@ -6,7 +6,7 @@
 #include <optional>
 
 class CustomTextEditor;
-class ElidedLabel;
+class QLabel;
 class QToolButton;
 
 // What a content editor shows about placeholders ({{date}}, {{cursor}}, ...): a button whose
@@ -14,7 +14,7 @@ class QToolButton;
 // text for {{clipboard}}), and a warning for anything between double braces that is typed as
 // written. The preview shows only for a content that placeholders change; it follows the
 // editor as the user types, and the clock while the content shows the date or time. Both are
-// one line each, so they fit the fixed-size sheet: the warning names the first problem and how
+// one line each, so the form keeps its size: the warning names the first problem and how
 // many there are, and its tooltip lists them all.
 //
 // The form puts menuButton() beside its content field and this widget below it.
@@ -45,8 +45,9 @@ private:
     CustomTextEditor* m_editor;
     QToolButton* m_menuButton;
     QWidget* m_previewRow;
-    ElidedLabel* m_preview;
-    ElidedLabel* m_warning;
+    QLabel* m_preview;
+    QLabel* m_warning;
+    QString m_previewText;
     QTimer m_clockTimer;
     // The clipboard's text as last read; read again after the clipboard changes.
     std::optional<std::optional<QString>> m_clipboard;

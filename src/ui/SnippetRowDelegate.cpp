@@ -1,6 +1,5 @@
 #include "SnippetRowDelegate.h"
 
-#include "ElidedLabel.h"
 #include "SnippetListModel.h"
 #include "SymbolImage.h"
 #include "UiTheme.h"
@@ -21,8 +20,8 @@ QRect SnippetRowDelegate::trashRect(const QRect& rowRect) {
 }
 
 QSize SnippetRowDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const {
-    const int height = QFontMetrics(UiTheme::headline()).height() +
-                       QFontMetrics(UiTheme::subheadline()).height() + 2 +
+    const int height = QFontMetrics(UiTheme::titleFont()).height() +
+                       QFontMetrics(UiTheme::smallFont()).height() + 2 +
                        2 * (verticalPadding + 4);
     return QSize(200, height);
 }
@@ -52,38 +51,37 @@ void SnippetRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     const QColor primary = selected
                                ? option.palette.color(QPalette::Active, QPalette::HighlightedText)
                                : option.palette.color(QPalette::Text);
-    const QColor secondary = selected ? primary : UiTheme::secondaryLabel(option.palette);
+    const QColor secondary = selected ? primary : UiTheme::secondaryText(option.palette);
 
-    const QFont headline = UiTheme::headline();
-    const QFont subheadline = UiTheme::subheadline();
-    const QFontMetrics headlineMetrics(headline);
-    const QFontMetrics subheadlineMetrics(subheadline);
+    const QFont title = UiTheme::titleFont();
+    const QFont small = UiTheme::smallFont();
+    const QFontMetrics titleMetrics(title);
+    const QFontMetrics smallMetrics(small);
     const QString command =
-        ElidedLabel::oneLine(index.data(SnippetListModel::CommandRole).toString());
+        UiTheme::oneLine(index.data(SnippetListModel::CommandRole).toString());
     const QString content =
-        ElidedLabel::oneLine(index.data(SnippetListModel::ContentRole).toString());
+        UiTheme::oneLine(index.data(SnippetListModel::ContentRole).toString());
 
-    painter->setFont(headline);
+    painter->setFont(title);
     // A command another snippet has too is marked until the user changes one of them.
-    painter->setPen(index.data(SnippetListModel::ClashRole).toBool() && !selected ? UiTheme::red()
-                                                                                 : primary);
-    const QRect commandRect(text.left(), text.top(), text.width(), headlineMetrics.height());
+    painter->setPen(primary);
+    const QRect commandRect(text.left(), text.top(), text.width(), titleMetrics.height());
     const QString shownCommand = index.data(SnippetListModel::ClashRole).toBool()
                                      ? QStringLiteral("\u26A0 ") + command
                                      : command;
     painter->drawText(commandRect, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-                      headlineMetrics.elidedText(shownCommand, Qt::ElideRight, text.width()));
-    painter->setFont(subheadline);
+                      titleMetrics.elidedText(shownCommand, Qt::ElideRight, text.width()));
+    painter->setFont(small);
     painter->setPen(secondary);
     const QRect contentRect(text.left(), commandRect.bottom() + 3, text.width(),
-                            subheadlineMetrics.height());
+                            smallMetrics.height());
     painter->drawText(contentRect, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-                      subheadlineMetrics.elidedText(content, Qt::ElideRight, text.width()));
+                      smallMetrics.elidedText(content, Qt::ElideRight, text.width()));
 
     const qreal ratio = painter->device()->devicePixelRatioF();
     painter->drawPixmap(trash.topLeft(),
-                        SymbolImage::pixmap(QStringLiteral("trash"), trashSize,
-                                            selected ? QColor(Qt::white) : UiTheme::red(), ratio));
+                        SymbolImage::pixmap(QStringLiteral("edit-delete"), trashSize, secondary,
+                                            ratio));
     painter->restore();
     UiTheme::drawRowFocus(painter, option);
 }

@@ -5,9 +5,8 @@
 #include <QStyledItemDelegate>
 #include <functional>
 
-// Draws one row of the snippet list: the command (headline) over the first line of the
-// content (gray), and a red "trash" symbol at the right that asks to delete the row's
-// snippet. Rows are painted, not built from widgets, so ten thousand snippets scroll as
+// Draws one row of the snippet list: the command (bold) over the first line of the content
+// (fainter), and a delete icon at the right that asks to delete the row's snippet. Rows are painted, not built from widgets, so ten thousand snippets scroll as
 // smoothly as ten; every row has the same height.
 class SnippetRowDelegate : public QStyledItemDelegate {
     Q_OBJECT

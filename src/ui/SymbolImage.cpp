@@ -1,40 +1,12 @@
 #include "SymbolImage.h"
 
 #include <QCoreApplication>
+#include <QFile>
+#include <QGuiApplication>
+#include <QIconEngine>
+#include <QPalette>
 #include <QHash>
 #include <QPainter>
-
-namespace {
-struct SymbolEntry {
-    const char* symbol;
-    const char* theme;
-    const char* resource;
-};
-
-constexpr SymbolEntry symbols[] = {
-    {"folder", "folder", ":/ui/folder.svg"},
-    {"folder.badge.plus.fill", "folder-new", ":/ui/folder-badge-plus-fill.svg"},
-    {"plus.circle.fill", "list-add", ":/ui/plus-circle-fill.svg"},
-    {"trash", "edit-delete", ":/ui/trash.svg"},
-    {"trash.circle.fill", "edit-delete", ":/ui/trash-circle-fill.svg"},
-    {"pencil.circle.fill", "document-edit", ":/ui/pencil-circle-fill.svg"},
-    {"xmark.circle.fill", "dialog-cancel", ":/ui/xmark-circle-fill.svg"},
-    {"checkmark.circle.fill", "dialog-ok", ":/ui/checkmark-circle-fill.svg"},
-    {"square.and.arrow.down.fill", "document-save", ":/ui/square-and-arrow-down-fill.svg"},
-    {"command", "input-keyboard", ":/ui/command.svg"},
-    {"exclamationmark.circle", "dialog-error", ":/ui/exclamationmark-circle.svg"},
-    {"gearshape.fill", "preferences-system", ":/icons/gearshape.svg"},
-    {"arrow.triangle.2.circlepath", "view-refresh", ":/icons/sync-arrows.svg"},
-};
-
-const SymbolEntry* find(const QString& symbolName) {
-    for (const SymbolEntry& entry : symbols) {
-        if (symbolName == QLatin1String(entry.symbol))
-            return &entry;
-    }
-    return nullptr;
-}
-} // namespace
 
 // Outside any namespace: the resource initialiser is a global function.
 static void ensureResources() {
@@ -47,18 +19,51 @@ static void ensureResources() {
     Q_UNUSED(registered);
 }
 
-QString SymbolImage::themeName(const QString& symbolName) {
-    const SymbolEntry* entry = find(symbolName);
-    return entry ? QString::fromLatin1(entry->theme) : QString();
-}
+namespace {
+// The bundled pictures are black shapes; drawn as they are they would vanish on a dark
+// window. They are drawn in the palette's text colour of the moment instead, so they follow
+// the desktop between light and dark as the icon theme's own icons do.
+class PaletteTintedIconEngine : public QIconEngine {
+public:
+    explicit PaletteTintedIconEngine(const QString& file) : m_file(file), m_shape(file) {}
 
-QIcon SymbolImage::icon(const QString& symbolName) {
-    const SymbolEntry* entry = find(symbolName);
-    if (!entry)
-        return {};
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
+        const qreal ratio = painter->device() ? painter->device()->devicePixelRatioF() : 1.0;
+        painter->drawPixmap(rect, SymbolImage::tinted(m_shape, rect.size(), colour(mode), ratio));
+    }
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State) override {
+        return SymbolImage::tinted(m_shape, size, colour(mode), 1.0);
+    }
+    QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State,
+                         qreal scale) override {
+        return SymbolImage::tinted(m_shape, size, colour(mode), scale);
+    }
+    QIconEngine* clone() const override { return new PaletteTintedIconEngine(m_file); }
+
+private:
+    static QColor colour(QIcon::Mode mode) {
+        const QPalette palette = QGuiApplication::palette();
+        switch (mode) {
+        case QIcon::Disabled:
+            return palette.color(QPalette::Disabled, QPalette::WindowText);
+        case QIcon::Selected:
+            return palette.color(QPalette::Active, QPalette::HighlightedText);
+        default:
+            return palette.color(QPalette::Active, QPalette::WindowText);
+        }
+    }
+
+    QString m_file;
+    QIcon m_shape;
+};
+} // namespace
+
+QIcon SymbolImage::icon(const QString& themeName) {
     ensureResources();
-    return QIcon::fromTheme(QString::fromLatin1(entry->theme),
-                            QIcon(QString::fromLatin1(entry->resource)));
+    if (QIcon::hasThemeIcon(themeName))
+        return QIcon::fromTheme(themeName);
+    const QString fallback = QStringLiteral(":/ui/%1.svg").arg(themeName);
+    return QFile::exists(fallback) ? QIcon(new PaletteTintedIconEngine(fallback)) : QIcon();
 }
 
 QIcon SymbolImage::applicationIcon() {
@@ -107,7 +112,7 @@ QPixmap SymbolImage::tinted(const QIcon& icon, QSize size, const QColor& color,
     return pixmap;
 }
 
-QPixmap SymbolImage::pixmap(const QString& symbolName, int pixelSize, const QColor& color,
+QPixmap SymbolImage::pixmap(const QString& iconName, int pixelSize, const QColor& color,
                             qreal devicePixelRatio) {
     // Rows repaint their symbols constantly while scrolling; tinted pixmaps are cached.
     static QHash<QString, QPixmap> cache;
@@ -118,7 +123,7 @@ QPixmap SymbolImage::pixmap(const QString& symbolName, int pixelSize, const QCol
     }();
     Q_UNUSED(releaseWithApplication);
     const QString key = QStringLiteral("%1|%2|%3|%4")
-                            .arg(symbolName)
+                            .arg(iconName)
                             .arg(pixelSize)
                             .arg(color.rgba())
                             .arg(devicePixelRatio);
@@ -126,7 +131,7 @@ QPixmap SymbolImage::pixmap(const QString& symbolName, int pixelSize, const QCol
         return *it;
 
     const QPixmap drawn =
-        tinted(icon(symbolName), QSize(pixelSize, pixelSize), color, devicePixelRatio);
+        tinted(icon(iconName), QSize(pixelSize, pixelSize), color, devicePixelRatio);
     if (cache.size() > 512)
         cache.clear();
     cache.insert(key, drawn);

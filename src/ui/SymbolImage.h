@@ -5,17 +5,17 @@
 #include <QPixmap>
 #include <QString>
 
-// Symbols by name ("folder", "trash.circle.fill", ...). Each comes from the desktop's icon
-// theme under its freedesktop name when the theme has it, and otherwise from the SVG drawn for
-// Typolet and compiled into the program, so every symbol exists on every desktop.
+// Icons by their freedesktop name ("folder", "edit-delete", ...): from the desktop's icon theme
+// when it has the name, otherwise from the SVG drawn for Typolet and compiled into the program
+// under the same name, so every icon the editor uses exists on every desktop.
 class SymbolImage {
 public:
-    // The icon for a symbol name; a null icon for a name Typolet does not use.
-    static QIcon icon(const QString& symbolName);
+    // The theme's icon, or the bundled one; a null icon when neither exists.
+    static QIcon icon(const QString& themeName);
 
-    // The symbol drawn in one colour (symbols are monochrome shapes, tinted like text), at
+    // The icon drawn as a silhouette in one colour (tinted like text, for painted rows), at
     // `pixelSize` logical pixels for a screen of `devicePixelRatio`.
-    static QPixmap pixmap(const QString& symbolName, int pixelSize, const QColor& color,
+    static QPixmap pixmap(const QString& iconName, int pixelSize, const QColor& color,
                           qreal devicePixelRatio = 1.0);
 
     // Typolet's own pictures: the application and the tray.
@@ -27,6 +27,4 @@ public:
     static QPixmap tinted(const QIcon& icon, QSize size, const QColor& color,
                           qreal devicePixelRatio);
 
-    // The freedesktop icon name a symbol is looked up under.
-    static QString themeName(const QString& symbolName);
 };

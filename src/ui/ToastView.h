@@ -1,23 +1,17 @@
 #pragma once
 
-#include <QWidget>
+#include <QFrame>
 
 class QLabel;
 
-// A small confirmation badge: a green "checkmark.circle.fill" and the message, on the window
-// background in a rounded rectangle (radius 8) with a soft shadow below.
-class ToastView : public QWidget {
+// A short confirmation that floats over a pane for a moment: the desktop's "ok" icon and the
+// message, in the palette's tooltip colours so it stands apart from the pane in any palette.
+class ToastView : public QFrame {
     Q_OBJECT
 public:
     explicit ToastView(const QString& message, QWidget* parent = nullptr);
 
     QString message() const;
-
-    // Room around the badge where its shadow is drawn.
-    static constexpr int shadowMargin = 8;
-
-protected:
-    void paintEvent(QPaintEvent* event) override;
 
 private:
     QLabel* m_message;

@@ -1,7 +1,6 @@
 #include "TriggerOption.h"
 
 #include "StoreMessages.h"
-#include "FormParts.h"
 #include "SnippetStore.h"
 #include "UiTheme.h"
 
@@ -18,25 +17,16 @@ TriggerOption::TriggerOption(SnippetStore& store, QWidget* parent)
 
     m_checkBox = new QCheckBox(tr("Expand only after a word ends"), this);
     m_checkBox->setObjectName(QStringLiteral("afterWordEnd"));
-    m_checkBox->setFont(UiTheme::caption());
     m_checkBox->setToolTip(tr("Wait for a space, Tab, Return or punctuation after the command; "
                               "it stays after the content."));
     column->addWidget(m_checkBox);
 
-    m_warning = FormParts::coloredText(QString(), UiTheme::caption(), UiTheme::orange(), this);
+    m_warning = UiTheme::smallLabel(QString(), this);
     m_warning->setObjectName(QStringLiteral("clashWarning"));
-    m_warning->setWordWrap(true);
     column->addWidget(m_warning);
     m_cure = new QPushButton(this);
     m_cure->setObjectName(QStringLiteral("clashCure"));
-    m_cure->setFont(UiTheme::caption());
-    m_cure->setFlat(true);
-    m_cure->setCursor(Qt::PointingHandCursor);
-    m_cure->setFocusPolicy(Qt::NoFocus);
-    m_cure->setStyleSheet(QStringLiteral("QPushButton { color: %1; text-align: left; padding: 0; }")
-                              .arg(UiTheme::readable(UiTheme::accent(this),
-                                                     palette().color(QPalette::Window))
-                                       .name()));
+    m_cure->setAutoDefault(false);
     column->addWidget(m_cure, 0, Qt::AlignLeft);
     m_warning->setVisible(false);
     m_cure->setVisible(false);

@@ -16,8 +16,7 @@ class QPushButton;
 //
 // A cure that changes another snippet is only chosen here; the form makes it together with its
 // own add or save (applyChosenCure()), so a form that is cancelled changes no other snippet.
-// The cure takes no keyboard stop of its own: Tab goes from the option straight on to the
-// content, and a key typed there never lands on the cure.
+// The warning and the cure come after the option, so Tab reaches the cure right after it.
 class TriggerOption : public QWidget {
     Q_OBJECT
 public:

@@ -1,21 +1,13 @@
 #include "UiTheme.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QPainter>
-#include <QPalette>
 #include <QStyle>
 #include <QStyleOptionViewItem>
-#include <QWidget>
 #include <cmath>
 
 namespace {
-QFont sized(int pixelSize, QFont::Weight weight = QFont::Normal) {
-    QFont font = QApplication::font();
-    font.setPixelSize(pixelSize);
-    font.setWeight(weight);
-    return font;
-}
-
 QColor mixed(const QColor& a, const QColor& b, qreal amountOfB) {
     return QColor::fromRgbF(float(a.redF() * (1 - amountOfB) + b.redF() * amountOfB),
                             float(a.greenF() * (1 - amountOfB) + b.greenF() * amountOfB),
@@ -23,46 +15,32 @@ QColor mixed(const QColor& a, const QColor& b, qreal amountOfB) {
 }
 } // namespace
 
-QFont UiTheme::headline() {
-    return sized(13, QFont::Bold);
-}
-QFont UiTheme::subheadline() {
-    return sized(12);
-}
-QFont UiTheme::caption() {
-    return sized(11);
-}
-QFont UiTheme::title2() {
-    return sized(17, QFont::Bold);
-}
-QFont UiTheme::body() {
-    return sized(13);
-}
-QFont UiTheme::system(int pixelSize, QFont::Weight weight) {
-    return sized(pixelSize, weight);
+QFont UiTheme::titleFont() {
+    QFont font = QApplication::font();
+    font.setBold(true);
+    return font;
 }
 
-QColor UiTheme::accent(const QWidget* widget) {
-    const QPalette palette = widget ? widget->palette() : QApplication::palette();
-    return palette.color(QPalette::Active, QPalette::Highlight);
+QFont UiTheme::smallFont() {
+    QFont font = QApplication::font();
+    if (font.pointSizeF() > 0)
+        font.setPointSizeF(font.pointSizeF() * 0.9);
+    else
+        font.setPixelSize(std::max(9, int(font.pixelSize() * 0.9)));
+    return font;
 }
 
-QColor UiTheme::accent(const QPalette& palette) {
-    return palette.color(QPalette::Active, QPalette::Highlight);
+QLabel* UiTheme::smallLabel(const QString& text, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    label->setFont(smallFont());
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    return label;
 }
 
-QColor UiTheme::windowBackground(const QPalette& palette) {
-    return palette.color(QPalette::Window);
-}
-
-QColor UiTheme::secondaryLabel(const QPalette& palette) {
-    const QColor window = palette.color(QPalette::Window);
-    return readable(mixed(window, palette.color(QPalette::WindowText), 0.6), window);
-}
-
-QColor UiTheme::tertiaryLabel(const QPalette& palette) {
-    const QColor window = palette.color(QPalette::Window);
-    return readable(mixed(window, palette.color(QPalette::WindowText), 0.45), window);
+QColor UiTheme::secondaryText(const QPalette& palette) {
+    const QColor base = palette.color(QPalette::Base);
+    return readable(mixed(base, palette.color(QPalette::Text), 0.6), base);
 }
 
 double UiTheme::contrast(const QColor& a, const QColor& b) {
@@ -92,59 +70,29 @@ QColor UiTheme::selectionFill(const QPalette& palette) {
     return readable(palette.color(QPalette::Active, QPalette::Highlight), text);
 }
 
-QColor UiTheme::gray() {
-    return QColor(142, 142, 147);
-}
-
-QColor UiTheme::withOpacity(QColor color, qreal opacity) {
-    color.setAlphaF(float(color.alphaF() * opacity));
-    return color;
-}
-
-QColor UiTheme::secondaryText(const QWidget* widget) {
-    return secondaryLabel(widget ? widget->palette() : QApplication::palette());
-}
-
-QColor UiTheme::red() {
-    return QColor(0xE5, 0x39, 0x35);
-}
-QColor UiTheme::green() {
-    return QColor(0x2E, 0xB8, 0x4F);
-}
-QColor UiTheme::orange() {
-    return QColor(0xC7, 0x6A, 0x00);
-}
-QColor UiTheme::faintOutline() {
-    return QColor(128, 128, 128, 51);
-}
-
-QColor UiTheme::bandBackground(const QWidget* widget) {
-    const QPalette palette = widget ? widget->palette() : QApplication::palette();
-    const QColor window = palette.color(QPalette::Window);
-    return window.lightness() > 128 ? window.darker(104) : window.lighter(118);
-}
-
 void UiTheme::drawRowFocus(QPainter* painter, const QStyleOptionViewItem& option) {
     if (!(option.state & QStyle::State_HasFocus))
         return;
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
-    // On the selected row's accent fill the outline takes the selected text's colour.
+    // On the selected row's fill the outline takes the selected text's colour.
     const QColor colour = option.palette.color(
-        QPalette::Active, option.state & QStyle::State_Selected ? QPalette::HighlightedText
-                                                                : QPalette::Highlight);
+        QPalette::Active,
+        option.state & QStyle::State_Selected ? QPalette::HighlightedText : QPalette::Highlight);
     painter->setPen(QPen(colour, 2));
     painter->setBrush(Qt::NoBrush);
     painter->drawRoundedRect(QRectF(option.rect).adjusted(7, 2, -7, -2), 5, 5);
     painter->restore();
 }
 
-void UiTheme::setForeground(QWidget* widget, const QColor& color) {
-    QPalette palette = widget->palette();
-    for (auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
-        palette.setColor(group, QPalette::WindowText, color);
-        palette.setColor(group, QPalette::Text, color);
-        palette.setColor(group, QPalette::ButtonText, color);
+QString UiTheme::oneLine(const QString& text, qsizetype limit) {
+    QString shown = text.left(limit);
+    for (QChar& c : shown) {
+        if (c == u'\n' || c == u'\r' || c == u'\t' || c == QChar::LineSeparator ||
+            c == QChar::ParagraphSeparator)
+            c = u' ';
     }
-    widget->setPalette(palette);
+    if (text.size() > limit)
+        shown += QChar(0x2026);
+    return shown;
 }

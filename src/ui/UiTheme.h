@@ -3,46 +3,26 @@
 #include <QColor>
 #include <QFont>
 #include <QPalette>
+#include <QString>
 
+class QLabel;
 class QPainter;
 class QStyleOptionViewItem;
-class QWidget;
 
-// The few text styles and colours the editor views share. Sizes are in device-independent
-// pixels; colours come from the widget's palette so light and dark themes both work.
+// What the editor's painted rows and its few styled labels share. Fonts derive from the
+// desktop's font and colours from the palette, so the desktop's choices, light or dark, hold.
 class UiTheme {
 public:
-    // Text styles: the application's font family at fixed pixel sizes, so every view agrees.
-    static QFont headline();    // list titles, section titles
-    static QFont subheadline(); // secondary lines under a title
-    static QFont caption();     // hints, counts, error lines
-    static QFont title2();      // sheet titles
-    static QFont body();
-    static QFont system(int pixelSize, QFont::Weight weight = QFont::Normal);
+    // The desktop's font in bold: list titles, form titles.
+    static QFont titleFont();
+    // The desktop's font a step smaller: hints, counts, the line under a title.
+    static QFont smallFont();
+    // A hint or other small label: smaller, in the ordinary text colour (so it always reads).
+    static QLabel* smallLabel(const QString& text, QWidget* parent);
 
-    // The accent colour: the palette's highlight, which follows the desktop's choice.
-    static QColor accent(const QWidget* widget);
-    static QColor accent(const QPalette& palette);
-    static QColor windowBackground(const QPalette& palette);
-    // Text that supports the main text (version line, badge); explanatory text under a
-    // setting. Opaque mixes of the palette's colours, so they follow light and dark themes.
-    static QColor secondaryLabel(const QPalette& palette);
-    static QColor tertiaryLabel(const QPalette& palette);
-    // The neutral gray of card borders and badges.
-    static QColor gray();
-    // `color` with its alpha multiplied by `opacity`.
-    static QColor withOpacity(QColor color, qreal opacity);
-    // Secondary text: the palette's faded text colour, readable on light and dark backgrounds.
-    static constexpr QPalette::ColorRole secondaryTextRole = QPalette::PlaceholderText;
-    static QColor secondaryText(const QWidget* widget);
-    static QColor red();
-    static QColor green();
-    static QColor orange(); // warnings
-    // The faint outline around fields: gray at 20 % opacity.
-    static QColor faintOutline();
-    // The header and footer bands of the forms: the window colour shaded a little (darker on
-    // light windows, lighter on dark ones) so the bands stand apart from the body.
-    static QColor bandBackground(const QWidget* widget);
+    // The second line of a painted row: the text colour mixed towards the background, as far
+    // as it still reads at 4.5:1.
+    static QColor secondaryText(const QPalette& palette);
 
     // The contrast ratio of two colours (1 to 21), as accessibility guidelines measure it.
     static double contrast(const QColor& a, const QColor& b);
@@ -57,6 +37,7 @@ public:
     // has the focus.
     static void drawRowFocus(QPainter* painter, const QStyleOptionViewItem& option);
 
-    // Sets the foreground (window text and text roles) of `widget` to `color`.
-    static void setForeground(QWidget* widget, const QColor& color);
+    // `text` as one line (line breaks and tabs as spaces), cut after `limit` characters with
+    // an ellipsis: what a one-line label can show, cheap to lay out however long the text.
+    static QString oneLine(const QString& text, qsizetype limit = 400);
 };

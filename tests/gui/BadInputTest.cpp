@@ -2,10 +2,10 @@
 // ten thousand snippets. None of it may change the window's layout or lose text.
 #include "CategoryRowView.h"
 #include "CustomTextEditor.h"
-#include "ElidedLabel.h"
 #include "GuiTestSupport.h"
 #include "SnippetDetailView.h"
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QScrollBar>
@@ -36,14 +36,14 @@ private slots:
         GuiInput::clickRow(view->snippetList(), 0);
         QCOMPARE(widths(), before);
         QVERIFY(view->window()->width() < 2000);
-        QCOMPARE(view->detailView()->command(), command);
-        QCOMPARE(view->detailView()->content(), content);
+        QCOMPARE(view->detailView()->form()->command(), command);
+        QCOMPARE(view->detailView()->form()->content(), content);
         // The title is cut, not the column.
         QCOMPARE(view->title(), huge.name);
-        QVERIFY(view->findChild<ElidedLabel*>(QStringLiteral("title"))->width() <= before[1]);
+        QVERIFY(view->findChild<QLabel*>(QStringLiteral("title"))->width() <= before[1]);
         // Editing and saving such a snippet works like any other; search reaches into it.
-        view->detailView()->contentEditor()->moveCursor(QTextCursor::End);
-        QTest::keyClicks(view->detailView()->contentEditor(), QStringLiteral("end"));
+        view->detailView()->form()->contentEditor()->moveCursor(QTextCursor::End);
+        QTest::keyClicks(view->detailView()->form()->contentEditor(), QStringLiteral("end"));
         view->detailView()->save();
         QCOMPARE(fixture.store().snippets().first().content, content + QStringLiteral("end"));
         QCOMPARE(fixture.reloaded()->snippets().first().command, command);
@@ -68,7 +68,7 @@ private slots:
         view->setSelectedCategory(hebrew);
         GuiInput::clickRow(view->snippetList(), 0);
         QCOMPARE(Shown::snippets(view), (QStringList{"עבודה 🚀", "*;שלום"}));
-        QCOMPARE((QStringList{view->detailView()->command(), view->detailView()->content()}),
+        QCOMPARE((QStringList{view->detailView()->form()->command(), view->detailView()->form()->content()}),
                  (QStringList{";שלום", content}));
         // Search finds emoji and right-to-left text.
         GuiInput::commitText(view->searchField(), QStringLiteral("👨‍👩‍👧‍👦"));

@@ -2,9 +2,7 @@
 #include "AddCategoryDialog.h"
 #include "CategoryRowView.h"
 #include "EditCategoryDialog.h"
-#include "FocusableTextField.h"
 #include "GuiTestSupport.h"
-#include "PlainButton.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -12,16 +10,16 @@
 #include <QPushButton>
 
 namespace {
-AddCategoryDialog* openAddSheet(ContentView* view) {
-    return GuiInput::openSheet(view->addCategoryButton(),
-                               [view] { return view->addCategorySheet(); });
+AddCategoryDialog* openAddDialog(ContentView* view) {
+    return GuiInput::openDialog(view->addCategoryButton(),
+                               [view] { return view->addCategoryDialog(); });
 }
-EditCategoryDialog* openEditSheet(ContentView* view, const Category& category) {
+EditCategoryDialog* openEditDialog(ContentView* view, const Category& category) {
     CategoryRowView* row = view->categoryRow(category.id);
-    return GuiInput::openSheet(row->editButton(), [row] { return row->editSheet(); });
+    return GuiInput::openDialog(row->editButton(), [row] { return row->editDialog(); });
 }
-QWidget* duplicateError(QWidget* sheet) {
-    return sheet->findChild<QWidget*>(QStringLiteral("duplicateError"));
+QWidget* duplicateError(QWidget* dialog) {
+    return dialog->findChild<QWidget*>(QStringLiteral("duplicateError"));
 }
 } // namespace
 
@@ -51,44 +49,44 @@ private slots:
             QVERIFY(view->categoryRow(id)->findChildren<QAbstractButton*>().isEmpty());
     }
 
-    void addSheet() {
+    void addDialog() {
         EditorFixture fixture;
         fixture.addCategory(QStringLiteral("Work"));
         ContentView* view = fixture.show();
-        AddCategoryDialog* sheet = openAddSheet(view);
-        QVERIFY(sheet);
-        QVERIFY(!sheet->addButton()->isEnabled());
+        AddCategoryDialog* dialog = openAddDialog(view);
+        QVERIFY(dialog);
+        QVERIFY(!dialog->submitButton()->isEnabled());
         // Letter case alone does not make a new name; typing hides the message.
-        QTest::keyClicks(sheet->nameField(), QStringLiteral("wORK"));
-        GuiInput::click(sheet->addButton());
-        QVERIFY(duplicateError(sheet)->isVisible());
-        QTest::keyClicks(sheet->nameField(), QStringLiteral("s"));
-        QVERIFY(!duplicateError(sheet)->isVisible());
+        QTest::keyClicks(dialog->nameField(), QStringLiteral("wORK"));
+        GuiInput::click(dialog->submitButton());
+        QVERIFY(duplicateError(dialog)->isVisible());
+        QTest::keyClicks(dialog->nameField(), QStringLiteral("s"));
+        QVERIFY(!duplicateError(dialog)->isVisible());
         // Return submits the one field (here refused again); Escape cancels.
-        QTest::keyClick(sheet->nameField(), Qt::Key_Backspace);
-        QVERIFY(!duplicateError(sheet)->isVisible());
-        QTest::keyClick(sheet->nameField(), Qt::Key_Return);
-        QVERIFY(sheet->isVisible() && duplicateError(sheet)->isVisible());
-        QPointer<AddCategoryDialog> closing = sheet;
-        QTest::keyClick(sheet->nameField(), Qt::Key_Escape);
+        QTest::keyClick(dialog->nameField(), Qt::Key_Backspace);
+        QVERIFY(!duplicateError(dialog)->isVisible());
+        QTest::keyClick(dialog->nameField(), Qt::Key_Return);
+        QVERIFY(dialog->isVisible() && duplicateError(dialog)->isVisible());
+        QPointer<AddCategoryDialog> closing = dialog;
+        QTest::keyClick(dialog->nameField(), Qt::Key_Escape);
         QTRY_VERIFY(closing.isNull());
         QCOMPARE(namesOf(fixture.store().categories()), (QStringList{"Uncategory", "Work"}));
-        // The next sheet starts empty.
-        sheet = openAddSheet(view);
-        QVERIFY(sheet);
-        QVERIFY(sheet->name().isEmpty());
-        // Names are compared untrimmed: " Work" is new. It is selected once the sheet has closed.
-        QTest::keyClicks(sheet->nameField(), QStringLiteral(" Work"));
-        QVERIFY(GuiInput::clickCloses(sheet->addButton()));
+        // The next dialog starts empty.
+        dialog = openAddDialog(view);
+        QVERIFY(dialog);
+        QVERIFY(dialog->name().isEmpty());
+        // Names are compared untrimmed: " Work" is new. It is selected once the dialog has closed.
+        QTest::keyClicks(dialog->nameField(), QStringLiteral(" Work"));
+        QVERIFY(GuiInput::clickCloses(dialog->submitButton()));
         QTRY_COMPARE(Shown::rows(view->categoryList()),
                      (QStringList{"All Snippets", "Uncategory", "Work", "* Work"}));
         QCOMPARE(view->title(), QStringLiteral(" Work"));
         // A name of spaces is a name; Ctrl+Return adds it.
-        sheet = openAddSheet(view);
-        QVERIFY(sheet);
-        QTest::keyClicks(sheet->nameField(), QStringLiteral("  "));
-        closing = sheet;
-        QTest::keyClick(sheet->nameField(), Qt::Key_Return, Qt::ControlModifier);
+        dialog = openAddDialog(view);
+        QVERIFY(dialog);
+        QTest::keyClicks(dialog->nameField(), QStringLiteral("  "));
+        closing = dialog;
+        QTest::keyClick(dialog->nameField(), Qt::Key_Return, Qt::ControlModifier);
         QTRY_VERIFY(closing.isNull());
         const QStringList names{"Uncategory", "Work", " Work", "  "};
         QCOMPARE(namesOf(fixture.store().categories()), names);
@@ -104,33 +102,33 @@ private slots:
         ContentView* view = fixture.show(work);
         // Escape and Cancel keep the name.
         for (bool byEscape : {true, false}) {
-            EditCategoryDialog* sheet = openEditSheet(view, work);
-            QVERIFY(sheet);
-            GuiInput::retype(sheet->nameField(), QStringLiteral("Play"));
-            QPointer<EditCategoryDialog> closing = sheet;
+            EditCategoryDialog* dialog = openEditDialog(view, work);
+            QVERIFY(dialog);
+            GuiInput::retype(dialog->nameField(), QStringLiteral("Play"));
+            QPointer<EditCategoryDialog> closing = dialog;
             if (byEscape)
-                QTest::keyClick(sheet->nameField(), Qt::Key_Escape);
+                QTest::keyClick(dialog->nameField(), Qt::Key_Escape);
             else
-                GuiInput::click(sheet->cancelButton());
+                GuiInput::click(dialog->cancelButton());
             QTRY_VERIFY(closing.isNull());
             QCOMPARE(fixture.store().category(work.id)->name, QStringLiteral("Work"));
         }
-        EditCategoryDialog* sheet = openEditSheet(view, work);
-        QVERIFY(sheet);
-        QCOMPARE(sheet->nameField()->text(), QStringLiteral("Work"));
+        EditCategoryDialog* dialog = openEditDialog(view, work);
+        QVERIFY(dialog);
+        QCOMPARE(dialog->nameField()->text(), QStringLiteral("Work"));
         // Unchanged or empty: nothing to save.
-        QVERIFY(!sheet->saveButton()->isEnabled());
-        GuiInput::retype(sheet->nameField(), QString());
-        QVERIFY(!sheet->saveButton()->isEnabled());
+        QVERIFY(!dialog->submitButton()->isEnabled());
+        GuiInput::retype(dialog->nameField(), QString());
+        QVERIFY(!dialog->submitButton()->isEnabled());
         // Another category's name in other letter case is refused until edited.
-        QTest::keyClicks(sheet->nameField(), QStringLiteral("HOME"));
-        GuiInput::click(sheet->saveButton());
-        QVERIFY(duplicateError(sheet)->isVisible());
-        QTest::keyClick(sheet->nameField(), Qt::Key_Backspace);
-        QVERIFY(!duplicateError(sheet)->isVisible());
+        QTest::keyClicks(dialog->nameField(), QStringLiteral("HOME"));
+        GuiInput::click(dialog->submitButton());
+        QVERIFY(duplicateError(dialog)->isVisible());
+        QTest::keyClick(dialog->nameField(), Qt::Key_Backspace);
+        QVERIFY(!duplicateError(dialog)->isVisible());
         // Its own name in other letter case is fine.
-        GuiInput::retype(sheet->nameField(), QStringLiteral("WORK"));
-        QVERIFY(GuiInput::clickCloses(sheet->saveButton()));
+        GuiInput::retype(dialog->nameField(), QStringLiteral("WORK"));
+        QVERIFY(GuiInput::clickCloses(dialog->submitButton()));
         const QStringList renamed{"Uncategory", "WORK", "Home"};
         QCOMPARE(namesOf(fixture.store().categories()), renamed);
         QCOMPARE(namesOf(fixture.reloaded()->categories()), renamed);

@@ -3,9 +3,7 @@
 #include "CategoryRowView.h"
 #include "EditCategoryDialog.h"
 #include "GuiTestSupport.h"
-#include "PlainButton.h"
 #include "SnippetDetailView.h"
-#include "SymbolView.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -66,7 +64,7 @@ private slots:
         // A snippet picked among all stays among all; a new one goes to the default category.
         GuiInput::clickRow(view->snippetList(), 1);
         QCOMPARE(Shown::snippets(view).first(), QStringLiteral("All Snippets"));
-        QCOMPARE(view->detailView()->command(), QStringLiteral(";home"));
+        QCOMPARE(view->detailView()->form()->command(), QStringLiteral(";home"));
         QVERIFY(view->addSnippetButton()->isEnabled());
         // A category that hides the snippet takes it out of the detail pane too.
         GuiInput::clickRow(categories, 2);
@@ -75,7 +73,7 @@ private slots:
         // A snippet selected elsewhere brings its category; one whose category record is
         // gone shows in the default category, never in none.
         view->setSelectedSnippet(lib.fixture.store().snippets().at(4));
-        QCOMPARE(view->detailView()->command(), QStringLiteral(";lost"));
+        QCOMPARE(view->detailView()->form()->command(), QStringLiteral(";lost"));
         QCOMPARE(Shown::rows(categories),
                  (QStringList{"All Snippets", "*Uncategory", "Work", "Personal"}));
         QVERIFY(Shown::snippets(view).contains(QStringLiteral("*;lost")));
@@ -110,7 +108,7 @@ private slots:
         view->searchField()->setFocus();
         QTest::keyClick(view->searchField(), Qt::Key_Down);
         QVERIFY(view->snippetList()->hasFocus());
-        QCOMPARE(view->detailView()->command(), QStringLiteral(";home"));
+        QCOMPARE(view->detailView()->form()->command(), QStringLiteral(";home"));
         view->searchField()->setFocus();
         QTest::keyClick(view->searchField(), Qt::Key_Escape);
         QVERIFY(view->searchText().isEmpty());
@@ -158,9 +156,10 @@ private slots:
         // The detail pane's field is an edit like the texts; the view follows the snippet.
         view->setSelectedSnippet(*lib.fixture.store().snippetWithCommand(QStringLiteral(";home")));
         SnippetDetailView* detail = view->detailView();
-        QCOMPARE(detail->categoryBox()->currentText(), QStringLiteral("Personal"));
+        QCOMPARE(detail->form()->categoryBox()->currentText(), QStringLiteral("Personal"));
         QVERIFY(!detail->saveButton()->isEnabled());
-        detail->categoryBox()->setCurrentIndex(detail->categoryBox()->findText(QStringLiteral("Work")));
+        QComboBox* category = detail->form()->categoryBox();
+        category->setCurrentIndex(category->findText(QStringLiteral("Work")));
         QVERIFY(detail->saveButton()->isEnabled());
         GuiInput::click(detail->saveButton());
         QCOMPARE(categoryOf(";home"), lib.work.id);
@@ -186,8 +185,8 @@ private slots:
         QListView* categories = view->categoryList();
         categories->setFocus();
         QTest::keyClick(categories, Qt::Key_F2);
-        QTRY_VERIFY(view->categoryRow(lib.work.id)->showingEditSheet());
-        view->categoryRow(lib.work.id)->editSheet()->reject();
+        QTRY_VERIFY(view->categoryRow(lib.work.id)->showingEditDialog());
+        view->categoryRow(lib.work.id)->editDialog()->reject();
         QTest::keyClick(categories, Qt::Key_Delete);
         QMessageBox* alert = view->categoryRow(lib.work.id)->deleteAlert();
         QVERIFY(alert && alert->isVisible());

@@ -2,13 +2,19 @@
 #include "Translations.h"
 
 #include "CategoryRowView.h"
-#include "ElidedLabel.h"
 #include "RecordCodec.h"
 #include "SnippetRowDelegate.h"
 
 #include <QAbstractScrollArea>
 #include <QAccessible>
+#include <QAbstractSpinBox>
 #include <QApplication>
+#include <QComboBox>
+#include <QKeySequenceEdit>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QSet>
 #include <QInputMethodEvent>
 #include <QListView>
 #include <QMessageBox>
@@ -33,7 +39,7 @@ EditorFixture::EditorFixture(const QList<Category>& storedCategories)
 
 EditorFixture::~EditorFixture() {
     m_window.reset();
-    // Sheets and alerts parented to the window are gone with it; drain deferred deletes.
+    // Dialogs and message boxes parented to the window are gone with it; drain deferred deletes.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
@@ -105,7 +111,7 @@ void GuiInput::commitText(QWidget* widget, const QString& text) {
 bool GuiInput::waitActive(QWidget* window) {
     if (!window)
         return false;
-    // Not isActiveWindow(): it can say yes for a sheet before the application agrees, and
+    // Not isActiveWindow(): it can say yes for a dialog before the application agrees, and
     // key bindings go by the application.
     window->activateWindow();
     return QTest::qWaitFor([window] { return QApplication::activeWindow() == window; });
@@ -164,8 +170,42 @@ QStringList Shown::snippets(const ContentView* view) {
 }
 
 QString Shown::rowLabel(const CategoryRowView* row, const char* label) {
-    return row->findChild<ElidedLabel*>(QString::fromLatin1(label))->text();
+    return row->findChild<QLabel*>(QString::fromLatin1(label))->text();
 }
+
+namespace {
+QString describe(const QWidget* widget) {
+    return QString::fromLatin1(widget->metaObject()->className()) + QLatin1Char(' ') +
+           (widget->accessibleName().isEmpty() ? widget->objectName() : widget->accessibleName());
+}
+
+// A part of another control (a field's clear button, a spin box's line, a scroll bar), named
+// and reached as that control.
+bool isPartOfAnother(const QWidget* widget, const QWidget* root) {
+    if (qobject_cast<const QAbstractScrollArea*>(widget->parentWidget()))
+        return true;
+    for (const QWidget* up = widget->parentWidget(); up && up != root; up = up->parentWidget())
+        if (qobject_cast<const QLineEdit*>(up) || qobject_cast<const QAbstractSpinBox*>(up) ||
+            qobject_cast<const QComboBox*>(up) || qobject_cast<const QKeySequenceEdit*>(up))
+            return true;
+    return false;
+}
+
+// A row's button in a list: the list is the stop, and keys act on its rows (Delete, F2).
+bool isInList(const QWidget* widget, const QWidget* root) {
+    for (const QWidget* up = widget->parentWidget(); up && up != root; up = up->parentWidget())
+        if (qobject_cast<const QAbstractItemView*>(up))
+            return true;
+    return false;
+}
+
+bool isControl(const QWidget* widget) {
+    return qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QLineEdit*>(widget) ||
+           qobject_cast<const QAbstractItemView*>(widget) || qobject_cast<const QComboBox*>(widget) ||
+           qobject_cast<const QAbstractSpinBox*>(widget) ||
+           qobject_cast<const QPlainTextEdit*>(widget) || qobject_cast<const QKeySequenceEdit*>(widget);
+}
+} // namespace
 
 QStringList unnamedControls(QWidget* root) {
     QStringList unnamed;
@@ -175,7 +215,7 @@ QStringList unnamedControls(QWidget* root) {
             continue;
         const bool control = (widget->focusPolicy() & Qt::TabFocus) ||
                              qobject_cast<QAbstractButton*>(widget) != nullptr;
-        if (!control || qobject_cast<QAbstractScrollArea*>(widget->parentWidget()))
+        if (!control || isPartOfAnother(widget, root))
             continue;
         QAccessibleInterface* access = QAccessible::queryAccessibleInterface(widget);
         if (access && !access->text(QAccessible::Name).trimmed().isEmpty())
@@ -198,4 +238,38 @@ QStringList namesOf(const QList<Category>& categories) {
     for (const Category& category : categories)
         names << category.name;
     return names;
+}
+
+QStringList GuiInput::tabThrough(QWidget* window, int stops) {
+    QStringList order;
+    for (int i = 0; i < stops; ++i) {
+        QWidget* focus = QApplication::focusWidget();
+        if (!focus)
+            break;
+        // A control's inner part (the line of a key sequence edit) stands for the control.
+        QWidget* control = focus;
+        while (control != window && !isControl(control) && control->parentWidget())
+            control = control->parentWidget();
+        order << describe(control);
+        QTest::keyClick(focus, Qt::Key_Tab);
+    }
+    return order;
+}
+
+QStringList unreachableControls(QWidget* window) {
+    // Once round the Tab chain, as the keyboard goes.
+    QSet<QWidget*> reached;
+    const QList<QWidget*> widgets = window->findChildren<QWidget*>();
+    for (int i = 0; i < 2 * widgets.size() && QApplication::focusWidget(); ++i) {
+        for (QWidget* up = QApplication::focusWidget(); up; up = up->parentWidget())
+            reached.insert(up);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+    QStringList unreachable;
+    for (QWidget* widget : widgets)
+        if (widget->isVisibleTo(window) && widget->isEnabled() && isControl(widget) &&
+            !isPartOfAnother(widget, window) && !isInList(widget, window) &&
+            !reached.contains(widget))
+            unreachable << describe(widget);
+    return unreachable;
 }

@@ -3,12 +3,14 @@
 #include "Category.h"
 #include "ContentView.h"
 #include "Snippet.h"
+#include "SnippetForm.h"
 #include "SnippetStore.h"
 #include "TemporarySettings.h"
 
 #include <QAbstractButton>
 #include <QTest>
 #include <QTimer>
+#include <QToolButton>
 #include <memory>
 
 class CategoryRowView;
@@ -46,7 +48,7 @@ public:
     static void click(QAbstractButton* button) {
         QTest::mouseClick(button, Qt::LeftButton, {}, button->rect().center());
     }
-    // Clicks `button`; true once the sheet or alert it belongs to is closed and deleted.
+    // Clicks `button`; true once the dialog or message box it belongs to is closed and deleted.
     static bool clickCloses(QAbstractButton* button);
     // Clicks a list row left of its middle, clear of any buttons at its right end.
     static void clickRow(QListView* list, int row, Qt::KeyboardModifiers modifiers = {});
@@ -59,12 +61,15 @@ public:
 
     // Waits until `window` is the active window (key bindings need that).
     static bool waitActive(QWidget* window);
-    // Clicks `button`; returns the sheet `sheet()` gives once it has the keyboard, or null.
-    template <typename Getter> static auto openSheet(QAbstractButton* button, Getter sheet) {
+    // Clicks `button`; returns the dialog `dialog()` gives once it has the keyboard, or null.
+    template <typename Getter> static auto openDialog(QAbstractButton* button, Getter dialog) {
         click(button);
-        auto* opened = sheet();
+        auto* opened = dialog();
         return waitActive(opened) ? opened : nullptr;
     }
+    // Presses Tab `stops` times from where the keyboard is; the controls it went through, in
+    // order ("class accessible name").
+    static QStringList tabThrough(QWidget* window, int stops);
     // Clicks the button labelled `answer` of the open alert titled `title`; returns the alert's
     // message as plain text once it has closed, or "no alert".
     static QString answerAlert(const QString& title, const QString& answer);
@@ -98,6 +103,8 @@ QString rowLabel(const CategoryRowView* row, const char* label);
 // The controls under `root` that the keyboard can reach (or that are shown as buttons) but
 // that assistive technology would announce without a name: class and object name of each.
 QStringList unnamedControls(QWidget* root);
+// The controls under `window` that Tab never reaches, going round from where the keyboard is.
+QStringList unreachableControls(QWidget* window);
 
 QStringList commandsOf(const QList<Snippet>& snippets);
 QStringList namesOf(const QList<Category>& categories);

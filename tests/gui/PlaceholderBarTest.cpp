@@ -1,4 +1,4 @@
-// The placeholder menu, preview and warnings, in the New Snippet sheet.
+// The placeholder menu, preview and warnings, in the New Snippet dialog.
 #include "PlaceholderBar.h"
 #include "AddSnippetDialog.h"
 #include "CustomTextEditor.h"
@@ -15,36 +15,36 @@ class PlaceholderBarTest : public QObject {
 private slots:
     void menuInsertsAtTheCaretAndThePreviewAndWarningsFollow() {
         EditorFixture fixture;
-        AddSnippetDialog sheet(fixture.store(), fixture.addCategory("Work").id, nullptr);
-        PlaceholderBar* bar = sheet.placeholderBar();
+        AddSnippetDialog dialog(fixture.store(), fixture.addCategory("Work").id);
+        PlaceholderBar* bar = dialog.form()->placeholderBar();
         const auto choose = [bar](const QString& name) {
             bar->menuButton()->menu()->findChild<QAction*>("insert-" + name)->trigger();
         };
         QGuiApplication::clipboard()->setText("Ada");
         // A content given to the editor (as the detail pane loads one), then one typed.
-        sheet.contentEditor()->setText("[{{clipboard}}]");
+        dialog.form()->contentEditor()->setText("[{{clipboard}}]");
         QCOMPARE(bar->previewText(), "[Ada]");
-        sheet.contentEditor()->setText("");
-        QTest::keyClicks(sheet.contentEditor(), "Hi ");
+        dialog.form()->contentEditor()->setText("");
+        QTest::keyClicks(dialog.form()->contentEditor(), "Hi ");
         QVERIFY(!bar->isPreviewShown() && !bar->isWarningShown()); // plain text
         choose("clipboard");
         choose("cursor");
-        QCOMPARE(sheet.content(), "Hi {{clipboard}}{{cursor}}");
+        QCOMPARE(dialog.form()->content(), "Hi {{clipboard}}{{cursor}}");
         QCOMPARE(bar->previewText(), "Hi Ada");
         QGuiApplication::clipboard()->setText("Grace");
         QCOMPARE(bar->previewText(), "Hi Grace");
 
-        sheet.contentEditor()->moveCursor(QTextCursor::Start);
+        dialog.form()->contentEditor()->moveCursor(QTextCursor::Start);
         choose("date-format");
-        auto* dialog = sheet.findChild<QInputDialog*>();
-        dialog->setTextValue("yyyy/");
-        dialog->accept();
-        QCOMPARE(sheet.content(), "{{date:yyyy/}}Hi {{clipboard}}{{cursor}}");
+        auto* format = dialog.findChild<QInputDialog*>();
+        format->setTextValue("yyyy/");
+        format->accept();
+        QCOMPARE(dialog.form()->content(), "{{date:yyyy/}}Hi {{clipboard}}{{cursor}}");
         QVERIFY(bar->previewText().startsWith(QDate::currentDate().toString("yyyy/")));
 
         // Unknown, a second cursor, never closed: typed as written, each warned of.
-        sheet.contentEditor()->moveCursor(QTextCursor::End);
-        QTest::keyClicks(sheet.contentEditor(), " {{name}}{{cursor}} {{date");
+        dialog.form()->contentEditor()->moveCursor(QTextCursor::End);
+        QTest::keyClicks(dialog.form()->contentEditor(), " {{name}}{{cursor}} {{date");
         QCOMPARE(bar->warningText().split(u'\n').size(), 3);
         QVERIFY(bar->warningText().contains("{{name}}"));
         QVERIFY(bar->previewText().endsWith(" {{name}}{{cursor}} {{date"));

@@ -1,15 +1,12 @@
-// The shared controls: the multi-line editor and the single-line field.
+// The content editor: plain text, undo, and every character kept.
 #include "CustomTextEditor.h"
-#include "FocusableTextField.h"
 #include "GuiTestSupport.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QMimeData>
-#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
-#include <QVBoxLayout>
 
 class TextControlsTest : public QObject {
     Q_OBJECT
@@ -69,37 +66,6 @@ private slots:
         editor.moveCursor(QTextCursor::End);
         QTest::keyClicks(&editor, QStringLiteral("x"));
         QCOMPARE(editor.text(), content + QStringLiteral("x"));
-    }
-
-    void fieldReportsEditingBeginAndEnd() {
-        QWidget window;
-        auto* layout = new QVBoxLayout(&window);
-        auto* field = new FocusableTextField(QStringLiteral("Name"), &window);
-        auto* other = new QPushButton(QStringLiteral("elsewhere"), &window);
-        layout->addWidget(field);
-        layout->addWidget(other);
-        window.show();
-        QVERIFY(GuiInput::waitActive(&window));
-        other->setFocus(Qt::TabFocusReason);
-        QTRY_VERIFY(other->hasFocus());
-        QSignalSpy spy(field, &FocusableTextField::editingChanged);
-        const auto reports = [&spy] {
-            QList<bool> all;
-            for (const QList<QVariant>& arguments : spy)
-                all << arguments.at(0).toBool();
-            return all;
-        };
-        QTest::mouseClick(field, Qt::LeftButton);
-        QTRY_COMPARE(reports(), QList<bool>{true});
-        QTest::mouseClick(field, Qt::LeftButton); // a second click is not a second start
-        QTest::keyClicks(field, QStringLiteral("ab"));
-        QCOMPARE(field->text(), QStringLiteral("ab"));
-        QTest::keyClick(field, Qt::Key_Return);
-        QCOMPARE(reports(), (QList<bool>{true, false}));
-        QTest::keyClicks(field, QStringLiteral("c"));
-        QCOMPARE(reports(), (QList<bool>{true, false, true}));
-        other->setFocus(Qt::TabFocusReason);
-        QTRY_COMPARE(reports(), (QList<bool>{true, false, true, false}));
     }
 };
 

@@ -3,9 +3,7 @@
 // kept until the user says what becomes of them.
 #include "AddSnippetDialog.h"
 #include "CustomTextEditor.h"
-#include "FocusableTextField.h"
 #include "GuiTestSupport.h"
-#include "PlainButton.h"
 #include "SnippetDetailView.h"
 #include "TriggerOption.h"
 
@@ -26,12 +24,7 @@ struct Library {
     Snippet hi = fixture.addSnippet(QStringLiteral(";hi"), QStringLiteral("Hello"), work.id);
     ContentView* view = fixture.show(work);
 
-    Snippet stored(const QUuid& id) {
-        for (const Snippet& snippet : fixture.store().snippets())
-            if (snippet.id == id)
-                return snippet;
-        return {};
-    }
+    Snippet stored(const QUuid& id) { return *fixture.store().snippet(id); }
     bool brWaits() { return stored(br.id).expandsAfterWordEnd(); }
     SnippetDetailView* select(int row) {
         GuiInput::clickRow(view->snippetList(), row);
@@ -42,8 +35,9 @@ struct Library {
         QTest::keyClicks(QApplication::focusWidget(), text);
     }
     static void tab() { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab); }
-    AddSnippetDialog* openSheet() {
-        return GuiInput::openSheet(view->addSnippetButton(), [this] { return view->addSheet(); });
+    AddSnippetDialog* openDialog() {
+        return GuiInput::openDialog(view->addSnippetButton(),
+                                    [this] { return view->addSnippetDialog(); });
     }
 };
 } // namespace
@@ -55,32 +49,31 @@ private slots:
     // Typing ";brb" while ";br" exists warns, and offers to let ";br" wait for a word end.
     void theCureChangesAnotherSnippetOnlyWithTheAdd() {
         Library lib;
-        AddSnippetDialog* sheet = lib.openSheet();
-        QVERIFY(sheet);
-        QTRY_VERIFY(sheet->commandField()->hasFocus());
+        AddSnippetDialog* dialog = lib.openDialog();
+        QVERIFY(dialog);
+        QTRY_VERIFY(dialog->form()->commandField()->hasFocus());
         Library::typeHere(QStringLiteral(";brb"));
-        QVERIFY(sheet->triggerOption()->showingClash());
-        // The warning takes no stop of its own: Tab, Tab reaches the content.
-        Library::tab();
+        QVERIFY(dialog->form()->triggerOption()->showingClash());
+        // The content comes next, before the warning and its cure.
         Library::tab();
         Library::typeHere(QStringLiteral("Be right back"));
-        QCOMPARE(sheet->content(), QStringLiteral("Be right back"));
+        QCOMPARE(dialog->form()->content(), QStringLiteral("Be right back"));
         QVERIFY(!lib.brWaits());
-        // Taking the cure is a choice for the sheet; Cancel leaves every snippet as it was.
-        GuiInput::click(sheet->triggerOption()->cureButton());
+        // Taking the cure is a choice for the dialog; Cancel leaves every snippet as it was.
+        GuiInput::click(dialog->form()->triggerOption()->cureButton());
         QVERIFY(!lib.brWaits());
-        QVERIFY(!sheet->triggerOption()->showingClash());
-        QVERIFY(GuiInput::clickCloses(sheet->cancelButton()));
+        QVERIFY(!dialog->form()->triggerOption()->showingClash());
+        QVERIFY(GuiInput::clickCloses(dialog->cancelButton()));
         QVERIFY(!lib.brWaits());
         QVERIFY(!lib.fixture.reloaded()->snippets().first().expandsAfterWordEnd());
         // With the snippet added, the cure is made too.
-        sheet = lib.openSheet();
-        QVERIFY(sheet);
-        QTest::keyClicks(sheet->commandField(), QStringLiteral(";brb"));
-        QTest::keyClicks(sheet->contentEditor(), QStringLiteral("Be right back"));
-        GuiInput::click(sheet->triggerOption()->cureButton());
+        dialog = lib.openDialog();
+        QVERIFY(dialog);
+        QTest::keyClicks(dialog->form()->commandField(), QStringLiteral(";brb"));
+        QTest::keyClicks(dialog->form()->contentEditor(), QStringLiteral("Be right back"));
+        GuiInput::click(dialog->form()->triggerOption()->cureButton());
         QVERIFY(!lib.brWaits());
-        QVERIFY(GuiInput::clickCloses(sheet->addButton()));
+        QVERIFY(GuiInput::clickCloses(dialog->submitButton()));
         QVERIFY(lib.brWaits());
         QVERIFY(lib.fixture.reloaded()->snippets().first().expandsAfterWordEnd());
     }
@@ -90,25 +83,25 @@ private slots:
     void aShownSnippetFollowsTheStore() {
         Library lib;
         SnippetDetailView* detail = lib.select(0);
-        QCheckBox* option = detail->triggerOption()->checkBox();
+        QCheckBox* option = detail->form()->triggerOption()->checkBox();
         QVERIFY(!option->isChecked());
         QVERIFY(!lib.fixture.store().updateSnippet(lib.br, lib.br.command, lib.br.content,
                                                    std::nullopt, Snippet::Trigger::AfterWordEnd));
         QVERIFY(option->isChecked());
         QVERIFY(!detail->saveButton()->isEnabled());
         // A small edit of the content, saved, keeps the option.
-        detail->contentEditor()->moveCursor(QTextCursor::End);
-        QTest::keyClicks(detail->contentEditor(), QStringLiteral(","));
+        detail->form()->contentEditor()->moveCursor(QTextCursor::End);
+        QTest::keyClicks(detail->form()->contentEditor(), QStringLiteral(","));
         GuiInput::click(detail->saveButton());
         QVERIFY(lib.brWaits());
         QCOMPARE(lib.stored(lib.br.id).content, QStringLiteral("Best regards,"));
         // An edit of the command pending while the content changes elsewhere: both stay.
-        QTest::keyClick(detail->commandField(), Qt::Key_End);
-        QTest::keyClicks(detail->commandField(), QStringLiteral("x"));
+        QTest::keyClick(detail->form()->commandField(), Qt::Key_End);
+        QTest::keyClicks(detail->form()->commandField(), QStringLiteral("x"));
         Snippet now = lib.stored(lib.br.id);
         QVERIFY(!lib.fixture.store().updateSnippet(now, now.command, QStringLiteral("Regards")));
-        QCOMPARE(detail->commandField()->text(), QStringLiteral(";brx"));
-        QCOMPARE(detail->contentEditor()->toPlainText(), QStringLiteral("Regards"));
+        QCOMPARE(detail->form()->commandField()->text(), QStringLiteral(";brx"));
+        QCOMPARE(detail->form()->contentEditor()->toPlainText(), QStringLiteral("Regards"));
         QVERIFY(detail->saveButton()->isEnabled());
         GuiInput::click(detail->saveButton());
         now = lib.stored(lib.br.id);
@@ -135,36 +128,71 @@ private slots:
         SnippetDetailView* detail = lib.select(0);
         // Marked as modified, with Save on, only while the texts differ from the stored ones.
         QVERIFY(!detail->saveButton()->isEnabled() && !lib.view->isWindowModified());
-        detail->contentEditor()->moveCursor(QTextCursor::End);
-        QTest::keyClicks(detail->contentEditor(), QStringLiteral("!"));
+        detail->form()->contentEditor()->moveCursor(QTextCursor::End);
+        QTest::keyClicks(detail->form()->contentEditor(), QStringLiteral("!"));
         QVERIFY(detail->saveButton()->isEnabled() && lib.view->isWindowModified());
-        QTest::keyClick(detail->contentEditor(), Qt::Key_Backspace);
+        QTest::keyClick(detail->form()->contentEditor(), Qt::Key_Backspace);
         QVERIFY(!detail->saveButton()->isEnabled() && !lib.view->isWindowModified());
-        QTest::keyClicks(detail->contentEditor(), QStringLiteral("!"));
+        QTest::keyClicks(detail->form()->contentEditor(), QStringLiteral("!"));
 
         AlertAnswer asked(unsavedTitle, answer);
         lib.select(1);
         QTRY_VERIFY(asked.answered());
         QVERIFY(asked.message().contains(QStringLiteral(";br")));
-        QTRY_COMPARE(detail->commandField()->text(), shownAfter);
+        QTRY_COMPARE(detail->form()->commandField()->text(), shownAfter);
         QCOMPARE(lib.stored(lib.br.id).content, storedContent);
         QCOMPARE(lib.view->isWindowModified(), modifiedAfter);
         QCOMPARE(Shown::rows(lib.view->snippetList()).contains(QStringLiteral("*") + shownAfter),
                  true);
         if (modifiedAfter)
-            QCOMPARE(detail->content(), QStringLiteral("Best regards!"));
+            QCOMPARE(detail->form()->content(), QStringLiteral("Best regards!"));
+    }
+
+    // A search that would hide the snippet being edited asks the same; Cancel keeps the search.
+    void searchHidingAnEditAsks_data() {
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QString>("searchAfter");
+        QTest::addColumn<QString>("storedContent");
+        QTest::newRow("Save") << "Save" << "rex" << "Best regards!";
+        QTest::newRow("Discard") << "Discard" << "rex" << "Best regards";
+        QTest::newRow("Cancel") << "Cancel" << "re" << "Best regards";
+    }
+    void searchHidingAnEditAsks() {
+        QFETCH(QString, answer);
+        QFETCH(QString, searchAfter);
+        QFETCH(QString, storedContent);
+        Library lib;
+        SnippetDetailView* detail = lib.select(0);
+        detail->form()->contentEditor()->moveCursor(QTextCursor::End);
+        QTest::keyClicks(detail->form()->contentEditor(), QStringLiteral("!"));
+        // A search that keeps it in the list asks nothing.
+        AlertAnswer asked(unsavedTitle, answer);
+        QTest::keyClicks(lib.view->searchField(), QStringLiteral("re"));
+        QVERIFY(!asked.answered());
+        QCOMPARE(Shown::rows(lib.view->snippetList()), QStringList{"*;br"});
+        QTest::keyClicks(lib.view->searchField(), QStringLiteral("x"));
+        QVERIFY(asked.answered());
+        QCOMPARE(lib.view->searchField()->text(), searchAfter);
+        QCOMPARE(lib.stored(lib.br.id).content, storedContent);
+        // The pane shows the snippet only while the list does.
+        const bool shown = !lib.view->showingDetailPlaceholder();
+        QCOMPARE(shown, answer == QStringLiteral("Cancel"));
+        QCOMPARE(Shown::rows(lib.view->snippetList()),
+                 shown ? QStringList{"*;br"} : QStringList{});
+        if (shown)
+            QCOMPARE(detail->form()->content(), QStringLiteral("Best regards!"));
     }
 
     // The window asks the same before it lets the program end; automatic saving asks nothing.
     void quittingAndAutomaticSaving() {
         Library lib;
         SnippetDetailView* detail = lib.select(0);
-        GuiInput::retype(detail->commandField(), QStringLiteral(";bye"));
+        GuiInput::retype(detail->form()->commandField(), QStringLiteral(";bye"));
         {
             AlertAnswer asked(unsavedTitle, QStringLiteral("Cancel"));
             QVERIFY(!lib.view->settleEdits());
             QVERIFY(asked.answered());
-            QCOMPARE(detail->command(), QStringLiteral(";bye"));
+            QCOMPARE(detail->form()->command(), QStringLiteral(";bye"));
         }
         {
             AlertAnswer asked(unsavedTitle, QStringLiteral("Save"));
@@ -174,15 +202,15 @@ private slots:
         }
         QVERIFY(lib.view->settleEdits()); // nothing left to ask about
         lib.view->setSaveEditsOnLeave(true);
-        GuiInput::retype(detail->commandField(), QStringLiteral(";brr"));
+        GuiInput::retype(detail->form()->commandField(), QStringLiteral(";brr"));
         AlertAnswer never(unsavedTitle, QStringLiteral("Cancel"));
         lib.select(1);
-        QTRY_COMPARE(detail->commandField()->text(), QStringLiteral(";hi"));
+        QTRY_COMPARE(detail->form()->commandField()->text(), QStringLiteral(";hi"));
         QCOMPARE(lib.stored(lib.br.id).command, QStringLiteral(";brr"));
         // A save the store refuses keeps the user there, with the reason shown.
-        GuiInput::retype(detail->commandField(), QStringLiteral(";brr"));
+        GuiInput::retype(detail->form()->commandField(), QStringLiteral(";brr"));
         QVERIFY(!lib.view->settleEdits());
-        QVERIFY(detail->showingDuplicateError());
+        QVERIFY(detail->form()->showingCommandError());
         QCOMPARE(lib.stored(lib.hi.id).command, QStringLiteral(";hi"));
         QVERIFY(!never.answered());
     }
@@ -191,13 +219,13 @@ private slots:
     void escapeReverts() {
         Library lib;
         SnippetDetailView* detail = lib.select(0);
-        detail->triggerOption()->checkBox()->click();
-        GuiInput::retype(detail->commandField(), QStringLiteral(";x"));
-        QTest::keyClicks(detail->contentEditor(), QStringLiteral("more"));
-        QTest::keyClick(detail->contentEditor(), Qt::Key_Escape);
-        QCOMPARE((QStringList{detail->command(), detail->content()}),
+        detail->form()->triggerOption()->checkBox()->click();
+        GuiInput::retype(detail->form()->commandField(), QStringLiteral(";x"));
+        QTest::keyClicks(detail->form()->contentEditor(), QStringLiteral("more"));
+        QTest::keyClick(detail->form()->contentEditor(), Qt::Key_Escape);
+        QCOMPARE((QStringList{detail->form()->command(), detail->form()->content()}),
                  (QStringList{";br", "Best regards"}));
-        QVERIFY(!detail->triggerOption()->checkBox()->isChecked());
+        QVERIFY(!detail->form()->triggerOption()->checkBox()->isChecked());
         QVERIFY(!detail->saveButton()->isEnabled() && !lib.view->isWindowModified());
         QVERIFY(lib.view->settleEdits());
     }

@@ -2,16 +2,17 @@
 // palette: each is measured in the rendered pixels against the background it sits on.
 #include "AddCategoryDialog.h"
 #include "AddSnippetDialog.h"
+#include "CategoryRowView.h"
+#include "EditCategoryDialog.h"
 #include "CustomTextEditor.h"
-#include "PlainButton.h"
 #include "Autostart.h"
-#include "FocusableTextField.h"
 #include "GuiTestSupport.h"
 #include "IsolatedTestMain.h"
 #include "Preferences.h"
 #include "PreferencesView.h"
 #include "RecordingAutostartBackend.h"
 #include "SnippetDetailView.h"
+#include "SnippetForm.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -20,6 +21,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QListView>
+#include <QPlainTextEdit>
 #include <QStyleFactory>
 #include <QtTest>
 #include <cmath>
@@ -104,6 +106,11 @@ QStringList faintTexts(QWidget* window) {
             measure(field, field->rect().adjusted(4, 4, -4, -4),
                     field->text().isEmpty() ? field->placeholderText() : field->text(),
                     field->text().isEmpty() ? 3.0 : 4.5);
+        else if (auto* editor = qobject_cast<QPlainTextEdit*>(widget))
+            measure(editor->viewport(), editor->viewport()->rect().adjusted(2, 2, -2, -2),
+                    editor->document()->isEmpty() ? editor->placeholderText()
+                                                  : editor->toPlainText().left(30),
+                    editor->document()->isEmpty() ? 3.0 : 4.5);
         else if (auto* list = qobject_cast<QListView*>(widget)) {
             // Each painted row: its title line and the line under it.
             for (int row = 0; row < list->model()->rowCount(); ++row) {
@@ -148,23 +155,33 @@ private slots:
         QCOMPARE(faintTexts(view).join(QLatin1String("; ")), QString());
         view->setSearchText(QString());
 
-        AddSnippetDialog* sheet =
-            GuiInput::openSheet(view->addSnippetButton(), [view] { return view->addSheet(); });
-        QVERIFY(sheet);
-        QCOMPARE(faintTexts(sheet).join(QLatin1String("; ")), QString());
-        QTest::keyClicks(sheet->commandField(), QStringLiteral(";si")); // the clash warning
-        QTest::keyClicks(sheet->contentEditor(), QStringLiteral("x"));
-        QCOMPARE(faintTexts(sheet).join(QLatin1String("; ")), QString());
-        QTest::keyClicks(sheet->commandField(), QStringLiteral("g"));
-        GuiInput::click(sheet->addButton()); // the duplicate error
-        QCOMPARE(faintTexts(sheet).join(QLatin1String("; ")), QString());
-        sheet->reject();
+        AddSnippetDialog* dialog =
+            GuiInput::openDialog(view->addSnippetButton(), [view] { return view->addSnippetDialog(); });
+        QVERIFY(dialog);
+        QCOMPARE(faintTexts(dialog).join(QLatin1String("; ")), QString());
+        QTest::keyClicks(dialog->form()->commandField(), QStringLiteral(";si")); // the clash warning
+        QTest::keyClicks(dialog->form()->contentEditor(), QStringLiteral("x"));
+        QCOMPARE(faintTexts(dialog).join(QLatin1String("; ")), QString());
+        QTest::keyClicks(dialog->form()->commandField(), QStringLiteral("g"));
+        GuiInput::click(dialog->submitButton()); // the duplicate error
+        QCOMPARE(faintTexts(dialog).join(QLatin1String("; ")), QString());
+        dialog->reject();
 
-        AddCategoryDialog* categorySheet = GuiInput::openSheet(
-            view->addCategoryButton(), [view] { return view->addCategorySheet(); });
-        QVERIFY(categorySheet);
-        QCOMPARE(faintTexts(categorySheet).join(QLatin1String("; ")), QString());
-        categorySheet->reject();
+        AddCategoryDialog* categoryDialog = GuiInput::openDialog(
+            view->addCategoryButton(), [view] { return view->addCategoryDialog(); });
+        QVERIFY(categoryDialog);
+        QCOMPARE(faintTexts(categoryDialog).join(QLatin1String("; ")), QString());
+        QTest::keyClicks(categoryDialog->nameField(), QStringLiteral("work"));
+        GuiInput::click(categoryDialog->submitButton()); // the duplicate error
+        QCOMPARE(faintTexts(categoryDialog).join(QLatin1String("; ")), QString());
+        categoryDialog->reject();
+
+        CategoryRowView* row = view->categoryRow(work.id);
+        EditCategoryDialog* renaming =
+            GuiInput::openDialog(row->editButton(), [row] { return row->editDialog(); });
+        QVERIFY(renaming);
+        QCOMPARE(faintTexts(renaming).join(QLatin1String("; ")), QString());
+        renaming->reject();
 
         Preferences preferences(fixture.settings().path());
         Autostart autostart(std::make_unique<RecordingAutostartBackend>());

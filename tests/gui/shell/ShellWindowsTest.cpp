@@ -59,9 +59,9 @@ void ShellWindowsTest::windowListLeavesOutWhatIsNotAWindow() {
     QWidget shown;
     shown.show();
     QWidget neverShown;
-    QDialog sheet(&shown);
-    sheet.show();
-    sheet.hide();
+    QDialog dialog(&shown);
+    dialog.show();
+    dialog.hide();
     // Like the tray icon's window, which sits embedded in the panel.
     QWidget embedded(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint);
     embedded.show();
@@ -74,7 +74,7 @@ void ShellWindowsTest::windowListLeavesOutWhatIsNotAWindow() {
     windows.showAll();
     QVERIFY(shown.isVisible());
     QVERIFY(!neverShown.isVisible());
-    QVERIFY(!sheet.isVisible());
+    QVERIFY(!dialog.isVisible());
 }
 
 TYPOLET_ISOLATED_TEST_MAIN(ShellWindowsTest)

@@ -1,5 +1,5 @@
-// The Preferences window's "Sync" card: choosing a folder that already holds another computer's
-// library merges it and says what that added, the card lists the computers there and names a
+// The Preferences window's "Sync" group: choosing a folder that already holds another computer's
+// library merges it and says what that added, the group lists the computers there and names a
 // file it cannot read, and "Stop Syncing" leaves the library on this computer. A command two
 // computers each gave a snippet is marked in the snippet list.
 #include "Autostart.h"
@@ -13,7 +13,6 @@
 #include "SyncFile.h"
 #include "SyncFolder.h"
 #include "Timestamp.h"
-#include "ToneLabel.h"
 
 #include <QDir>
 #include <QLabel>

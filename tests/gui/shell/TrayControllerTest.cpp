@@ -10,6 +10,7 @@
 #include "ContentView.h"
 #include "CustomTextEditor.h"
 #include "SnippetDetailView.h"
+#include "SnippetForm.h"
 #include "SnippetStore.h"
 #include "SymbolImage.h"
 
@@ -286,8 +287,8 @@ void TrayControllerTest::quittingSettlesTheEditorsEdits() {
     ContentView* editor = f.editor;
     editor->setSaveEditsOnLeave(answer.isEmpty());
     editor->setSelectedSnippet(store.snippets().first());
-    editor->detailView()->contentEditor()->moveCursor(QTextCursor::End);
-    QTest::keyClicks(editor->detailView()->contentEditor(), QStringLiteral("!"));
+    editor->detailView()->form()->contentEditor()->moveCursor(QTextCursor::End);
+    QTest::keyClicks(editor->detailView()->form()->contentEditor(), QStringLiteral("!"));
     std::unique_ptr<AlertDriver> second;
     int questions = 0;
     AlertDriver driver([&](QMessageBox* alert) {
