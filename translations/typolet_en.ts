@@ -19,19 +19,19 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Enter a descriptive name for your category</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Enter category name...</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>A category with this name already exists</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Add Category</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enter category name…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Category name</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -42,35 +42,18 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Command</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Enter a unique shortcut command that will expand to your content</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Enter shortcut (e.g. ;hello)</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>This command already exists</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Content</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Enter the text that will replace your command</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Enter your content here...</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Add Snippet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>AtomicFile</name>
+    <message>
+        <source>what reached the disk is not what was written</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -94,6 +77,13 @@
     </message>
     <message>
         <source>it holds another JSON value</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>CategoryListModel</name>
+    <message>
+        <source>All Snippets</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -123,6 +113,10 @@ This will permanently delete the %n snippet in this category.</numerusform>
             <numerusform>Are you sure you want to delete &apos;%1&apos;?
 This will permanently delete all %n snippets in this category.</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>Move Snippets to “%1”</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
@@ -184,19 +178,51 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <source>Are you sure you want to delete &apos;%1&apos;?</source>
         <translation type="unfinished"></translation>
     </message>
-</context>
-<context>
-    <name>DataError</name>
     <message>
-        <source>A category with this name already exists</source>
+        <source>Save anyway</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>This command already exists</source>
+        <source>Typolet cannot read your library, %1: %2. Nothing is written over it until it can be read; changes you make meanwhile are kept in Typolet.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%n record(s) in your library could not be read and are not shown, and no copy of the file could be kept (is the disk full?). Nothing is saved over them until a copy can be kept, or you &lt;a href=&quot;save&quot;&gt;save anyway&lt;/a&gt;.</source>
+        <translation>
+            <numerusform>%n record in your library could not be read and are not shown, and no copy of the file could be kept (is the disk full?). Nothing is saved over them until a copy can be kept, or you &lt;a href=&quot;save&quot;&gt;save anyway&lt;/a&gt;.</numerusform>
+            <numerusform>%n records in your library could not be read and are not shown, and no copy of the file could be kept (is the disk full?). Nothing is saved over them until a copy can be kept, or you &lt;a href=&quot;save&quot;&gt;save anyway&lt;/a&gt;.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Clear search</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Enter a command: a blank one would expand on every key</source>
+        <source>Snippets</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add a snippet, then type its command anywhere</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Do you want to save the changes to “%1”?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>If you don&apos;t save, your changes are lost.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move to</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Delete…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Unsaved Changes</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -212,14 +238,6 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
     <message>
         <source>Category name</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>A category with this name already exists</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Cancel</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
@@ -251,7 +269,7 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
 </context>
 <context>
-    <name>EvdevEngineBootstrap</name>
+    <name>EvdevEngineBackend</name>
     <message>
         <source>the desktop&apos;s keyboard</source>
         <translation type="unfinished"></translation>
@@ -265,26 +283,19 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>%1, from %2</source>
-        <translation type="unfinished"></translation>
-    </message>
-</context>
-<context>
-    <name>FormParts</name>
-    <message>
-        <source>Cancel</source>
+        <source>%1, from %2; typing %3</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Delete</source>
+        <source>through the compositor&apos;s virtual keyboard (any character, whatever the layout)</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Could Not Save</source>
+        <source>through the desktop&apos;s remote desktop portal</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Add</source>
+        <source>through the uinput virtual keyboard (the layout&apos;s keys)</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -356,6 +367,10 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
     <message>
         <source>Import Failed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typed as written: %1. Typolet has no placeholder for these.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -476,10 +491,6 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Virtual keyboard: %1 does not exist (is the uinput module loaded?)</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Virtual keyboard: %1 is not writable</source>
         <translation type="unfinished"></translation>
     </message>
@@ -521,6 +532,141 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
     <message>
         <source>Other input devices that cannot be read: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Virtual keyboard: %1 does not exist (sudo modprobe uinput loads it)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typing: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>, once you allow it (through %1 until then)</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>InsertCandidateModel</name>
+    <message>
+        <source>Command</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Content</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Category</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>InsertSnippetWindow</name>
+    <message>
+        <source>Insert Snippet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Command, content or category</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Search snippets</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Up and Down choose a snippet, Return inserts it, Ctrl+C copies it, Escape closes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Snippets found</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preview of the selected snippet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Search result</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There are no snippets yet: add some in the Typolet window.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No snippet matches “%1”.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Snippets found: %1, the best %2 shown.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Snippets found: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>LibraryContent</name>
+    <message>
+        <source>%1 cannot be read: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 holds no library Typolet can read</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>LibraryFile</name>
+    <message>
+        <source>it is a folder, not a file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it is not a regular file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not save to %1: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the file on disk cannot be read (%1), so Typolet does not write over it</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>LibraryHistory</name>
+    <message>
+        <source>Before an edit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Before an import</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Changed by another program</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Before a restore</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Damaged file, as found</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Lost to a change on another computer</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the folder %1 cannot be made</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -610,6 +756,17 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
     <message>
         <source>Later</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>MessageBoxes</name>
+    <message>
+        <source>Delete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could Not Save</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -763,18 +920,6 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Sync</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Coming Soon</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Keep your snippets synchronized and backed up across all your devices. Access them anywhere, anytime.</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Undo with BackSpace</source>
         <translation type="unfinished"></translation>
     </message>
@@ -834,6 +979,38 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <source>This session does not tell Typolet which application is in use, so these apply in X11 sessions only.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Save edits automatically</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Leaving a snippet or quitting saves its changes without asking</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open Insert Snippet from anywhere</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Bind “typolet --insert” to keys in your desktop&apos;s keyboard settings instead.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Count snippet use</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Snippets used often come first in Insert Snippet; the counts stay on this computer</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Clear Counts</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Clear the snippet use counts</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>QuitConfirmation</name>
@@ -850,22 +1027,97 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Quit</source>
+        <source>&amp;Quit</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Run in Background</source>
+        <source>&amp;Run in Background</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Cancel</source>
+        <source>&amp;Cancel</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
-    <name>SettingsFile</name>
+    <name>RestoreDialog</name>
+    <message numerus="yes">
+        <source>%1 and %n more</source>
+        <translation>
+            <numerusform>%1 and %n more</numerusform>
+            <numerusform>%1 and %n more</numerusform>
+        </translation>
+    </message>
     <message>
-        <source>the new file could not be written completely beside it (is the disk full, or the folder read-only?)</source>
+        <source>Restore From Backup</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet keeps the last %1 versions of your library in %2. Restoring one replaces your snippets and categories with it; the library as it is now is kept as a version first.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Versions</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Kept</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Snippets</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Restore</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No earlier version has been kept yet. Typolet keeps one before an import, a restore or a change from another program, and one every ten minutes while you edit.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This version holds no snippets Typolet can read.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>Brings back %n snippet(s): %1.</source>
+        <translation>
+            <numerusform>Brings back %n snippet: %1.</numerusform>
+            <numerusform>Brings back %n snippets: %1.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Removes %n snippet(s) added since: %1.</source>
+        <translation>
+            <numerusform>Removes %n snippet added since: %1.</numerusform>
+            <numerusform>Removes %n snippets added since: %1.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Puts back the earlier text of %n snippet(s): %1.</source>
+        <translation>
+            <numerusform>Puts back the earlier text of %n snippet: %1.</numerusform>
+            <numerusform>Puts back the earlier text of %n snippets: %1.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>The snippets are the same as now.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%n record(s) of this version cannot be read and are left out.</source>
+        <translation>
+            <numerusform>%n record of this version cannot be read and are left out.</numerusform>
+            <numerusform>%n records of this version cannot be read and are left out.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Not Restored</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -877,6 +1129,10 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
     <message>
         <source>About Typolet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet Help</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -899,11 +1155,22 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <translation type="unfinished"></translation>
     </message>
     <message>
+        <source>Changes saved successfully!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Edited</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SnippetForm</name>
+    <message>
         <source>Command</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>This command already exists</source>
+        <source>Enter shortcut (e.g. ;hello)</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
@@ -911,11 +1178,29 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>This content is %L1 characters long. The editor shows the first %L2 and cannot change it; the command can still be changed and saved.</source>
+        <source>Enter your content here…</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Changes saved successfully!</source>
+        <source>Category</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This content is %L1 characters long. The editor shows the first %L2 and cannot change it; the command can still be changed and saved.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SnippetInserter</name>
+    <message>
+        <source>Typolet could not return to the window you were typing in. The snippet “%1” is on the clipboard: paste it there.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SnippetListModel</name>
+    <message>
+        <source>%1 (another snippet has this command too)</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -929,19 +1214,145 @@ This will permanently delete all %n snippets in this category.</numerusform>
 <context>
     <name>SnippetStore</name>
     <message>
-        <source>Could not save %1 to %2: %3</source>
+        <source>Not saved: records in %1 could not be read, and there is no room to keep a copy of the file before it is written over. Free some space, or choose to save anyway.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>StoreMessages</name>
+    <message>
+        <source>A category with this name already exists</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source> and </source>
+        <source>This command already exists</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enter a command: a blank one would expand on every key</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Another snippet has this command too (another computer added it): the one changed last expands. Change one of the two commands.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%1” expands while “%2” is typed, so “%2” cannot be typed any more.</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
         <source>“%1” expands while “%2” is typed, so “%2” cannot be typed.</source>
         <translation type="unfinished"></translation>
     </message>
+</context>
+<context>
+    <name>SyncCard</name>
+    <message numerus="yes">
+        <source>Added %n snippet(s) from the other computers in this folder.</source>
+        <translation>
+            <numerusform>Added %n snippet from the other computers in this folder.</numerusform>
+            <numerusform>Added %n snippets from the other computers in this folder.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%1: %n snippet(s), changed %2</source>
+        <translation>
+            <numerusform>%1: %n snippet, changed %2</numerusform>
+            <numerusform>%1: %n snippets, changed %2</numerusform>
+        </translation>
+    </message>
     <message>
-        <source>“%1” expands while “%2” is typed, so “%2” cannot be typed any more.</source>
+        <source>Sync</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The same snippets on every computer, through a folder that Syncthing, Nextcloud, Dropbox or git already copies. Only the library goes there; preferences, excluded applications and the pause stay on this computer.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sync through a folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Choose Folder…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Stop Syncing</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Computers in the folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Choose the Folder to Sync Through</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nothing to add from this folder: no other computer&apos;s snippets are new here.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Not syncing any more; the library stays on this computer.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folder in use: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Not syncing: the library is on this computer only.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no change yet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 (this computer)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cannot read “%1” (%2); it is left as it is.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SyncFile</name>
+    <message>
+        <source>not valid JSON: %1 (at character %2)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>not a Typolet library</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>written by a newer Typolet (library version %1)</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SyncFolder</name>
+    <message>
+        <source>The folder %1 cannot be made.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet cannot write in %1.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The library cannot be read, so it is not synced: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Changed here and on another computer at the same time: %1. The newer change is kept; the other is in Restore From Backup.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not write %1: %2</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -949,14 +1360,6 @@ This will permanently delete all %n snippets in this category.</numerusform>
     <name>TrayController</name>
     <message>
         <source>About Typolet</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Preferences...</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Quit Typolet</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
@@ -980,23 +1383,67 @@ This will permanently delete all %n snippets in this category.</numerusform>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>“%1” Is Excluded</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Exclude “%1”</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>New Snippet...</source>
+        <source>Typolet</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>New Category...</source>
+        <source>Expansion is paused, but this could not be saved yet; Typolet tries again.</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Find Snippets</source>
+        <source>Expansion is on again, but this could not be saved yet; Typolet tries again.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Snippet…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Category…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Edit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Delete…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preferences…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet Help</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Include “%1” Again</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Excluded Applications</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet — paused</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet — expanding</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -1012,6 +1459,25 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
     <message>
         <source>Expand “%1” only after a word ends</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>When this snippet is saved, “%1” will expand only after a word ends.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>TypoletApp</name>
+    <message>
+        <source>%1 is taken by another program; pause from the tray menu, or choose other keys in Preferences.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is taken by another program; open Insert Snippet from the tray menu, or choose other keys in Preferences.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keys Taken</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -1035,31 +1501,69 @@ This will permanently delete all %n snippets in this category.</numerusform>
     </message>
 </context>
 <context>
-    <name>main</name>
+    <name>UsageDescription</name>
     <message>
-        <source>%1 is taken by another program; pause from the tray menu, or choose other keys in Preferences.</source>
+        <source>Not used yet</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Keys Taken</source>
+        <source>today</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>yesterday</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 days ago</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>on %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Used once, last %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Used %1 times, last %2</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
-    <name>SyncCard</name>
-    <message numerus="yes">
-        <source>Added %n snippet(s) from the other computers in this folder.</source>
-        <translation>
-            <numerusform>Added %n snippet from the other computers in this folder.</numerusform>
-            <numerusform>Added %n snippets from the other computers in this folder.</numerusform>
-        </translation>
+    <name>main</name>
+    <message>
+        <source>Prints the keyboard backend Typolet would use and whether it can see and type keys here, then exits: with 0 when it can, 1 when not.</source>
+        <translation type="unfinished"></translation>
     </message>
-    <message numerus="yes">
-        <source>%1: %n snippet(s), changed %2</source>
-        <translation>
-            <numerusform>%1: %n snippet, changed %2</numerusform>
-            <numerusform>%1: %n snippets, changed %2</numerusform>
-        </translation>
+    <message>
+        <source>Opens the Insert Snippet window of the running Typolet (starting Typolet first if none runs); bind it to keys in the desktop&apos;s keyboard settings where Typolet cannot take keys itself (Wayland).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet, a text expander: typing a snippet&apos;s command in any application replaces it with the snippet&apos;s text.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet needs an X11 display and could not open one (DISPLAY is &quot;%1&quot;).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet needs a Wayland or X11 display for its windows and could not open one (WAYLAND_DISPLAY is &quot;%1&quot;, DISPLAY is &quot;%2&quot;).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Changed on Two Computers</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Restore From Backup…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Insert Snippet…</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 </TS>
