@@ -189,7 +189,7 @@ This will permanently delete all %n snippets in this category.</numerusform>
     <message numerus="yes">
         <source>%n record(s) in your library could not be read and are not shown, and no copy of the file could be kept (is the disk full?). Nothing is saved over them until a copy can be kept, or you &lt;a href=&quot;save&quot;&gt;save anyway&lt;/a&gt;.</source>
         <translation>
-            <numerusform>%n record in your library could not be read and are not shown, and no copy of the file could be kept (is the disk full?). Nothing is saved over them until a copy can be kept, or you &lt;a href=&quot;save&quot;&gt;save anyway&lt;/a&gt;.</numerusform>
+            <numerusform>%n record in your library could not be read and is not shown, and no copy of the file could be kept (is the disk full?). Nothing is saved over them until a copy can be kept, or you &lt;a href=&quot;save&quot;&gt;save anyway&lt;/a&gt;.</numerusform>
             <numerusform>%n records in your library could not be read and are not shown, and no copy of the file could be kept (is the disk full?). Nothing is saved over them until a copy can be kept, or you &lt;a href=&quot;save&quot;&gt;save anyway&lt;/a&gt;.</numerusform>
         </translation>
     </message>
@@ -1112,7 +1112,7 @@ This will permanently delete all %n snippets in this category.</numerusform>
     <message numerus="yes">
         <source>%n record(s) of this version cannot be read and are left out.</source>
         <translation>
-            <numerusform>%n record of this version cannot be read and are left out.</numerusform>
+            <numerusform>%n record of this version cannot be read and is left out.</numerusform>
             <numerusform>%n records of this version cannot be read and are left out.</numerusform>
         </translation>
     </message>
