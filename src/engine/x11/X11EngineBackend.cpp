@@ -12,7 +12,6 @@
 #include "X11KeyboardOutput.h"
 #include "X11KeymapSource.h"
 #include "X11PermissionProbe.h"
-#include "X11WindowFocus.h"
 
 X11EngineBackend::X11EngineBackend(PermissionAlertPresenter& guidance, QObject* parent)
     : EngineBackend(parent), m_guidance(guidance),
@@ -24,8 +23,7 @@ X11EngineBackend::X11EngineBackend(PermissionAlertPresenter& guidance, QObject* 
       m_passwordField(std::make_unique<AtSpiPasswordFieldWatch>()),
       m_clipboard(std::make_unique<X11ClipboardLender>()),
       m_output(std::make_unique<X11KeyboardOutput>(*m_keymaps)),
-      m_clipboardReader(std::make_unique<X11ClipboardReader>(m_clipboard.get())),
-      m_windowFocus(std::make_unique<X11WindowFocus>()) {
+      m_clipboardReader(std::make_unique<X11ClipboardReader>(m_clipboard.get())) {
     m_output->setPasting(m_clipboard.get(), m_focus.get());
     X11KeymapSource* keymaps = m_keymaps.get();
     m_monitor->setKeymapChangedHandler([keymaps] { keymaps->keymapChanged(); });
@@ -82,6 +80,6 @@ void X11EngineBackend::insert(const Snippet& snippet) {
         m_engine->insert(snippet);
 }
 
-WindowFocus* X11EngineBackend::windowFocus() const { return m_windowFocus.get(); }
+WindowFocus* X11EngineBackend::windowFocus() const { return m_focus.get(); }
 
 void X11EngineBackend::restore() { m_output->restoreSpareKeyCodes(); }

@@ -16,7 +16,6 @@ class X11KeyMonitor;
 class X11KeyboardOutput;
 class X11KeymapSource;
 class X11PermissionProbe;
-class X11WindowFocus;
 
 // The engine on an X server: the permission probe, the keymap source, the key monitor, the
 // keyboard output with its clipboard lender and reader, the password-field watch (AT-SPI) and
@@ -55,7 +54,6 @@ private:
     std::unique_ptr<X11ClipboardReader> m_clipboardReader;
     std::unique_ptr<X11GlobalKey> m_pauseKey;
     std::unique_ptr<X11GlobalKey> m_insertKey;
-    std::unique_ptr<X11WindowFocus> m_windowFocus;
     // Last: it goes first, as it may still be typing through the output.
     std::unique_ptr<TextExpander> m_engine;
 };

@@ -1,7 +1,14 @@
 #include "X11FocusedApplication.h"
 
+#include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+
+namespace {
+// The window may be gone or not yet mapped again: such a refusal is answered by asking
+// focusedWindow() later, not by Xlib's default handler, which would end the program.
+int ignoreError(Display*, XErrorEvent*) { return 0; }
+} // namespace
 
 X11FocusedApplication::~X11FocusedApplication() {
     if (m_display)
@@ -48,4 +55,81 @@ QString X11FocusedApplication::name() {
         window = parent;
     }
     return {};
+}
+
+QRect X11FocusedApplication::frameOf(quint64 window) {
+    if (!connect() || window == 0)
+        return {};
+    const auto previous = XSetErrorHandler(ignoreError);
+    XWindowAttributes attributes{};
+    Window child = 0;
+    int x = 0, y = 0;
+    const bool known = XGetWindowAttributes(m_display, window, &attributes) &&
+                       XTranslateCoordinates(m_display, window, DefaultRootWindow(m_display), 0,
+                                             0, &x, &y, &child);
+    XSync(m_display, False);
+    XSetErrorHandler(previous);
+    return known ? QRect(x, y, attributes.width, attributes.height) : QRect();
+}
+
+unsigned long X11FocusedApplication::managedWindow(unsigned long window) {
+    const Atom wmState = XInternAtom(m_display, "WM_STATE", False);
+    for (int depth = 0; window != 0 && depth < 32; ++depth) {
+        Atom type = None;
+        int format = 0;
+        unsigned long items = 0, after = 0;
+        unsigned char* data = nullptr;
+        if (XGetWindowProperty(m_display, window, wmState, 0, 0, False, AnyPropertyType, &type,
+                               &format, &items, &after, &data) == Success) {
+            if (data)
+                XFree(data);
+            if (type != None)
+                return window;
+        }
+        Window root = 0, parent = 0;
+        Window* children = nullptr;
+        unsigned int count = 0;
+        if (!XQueryTree(m_display, window, &root, &parent, &children, &count))
+            return 0;
+        if (children)
+            XFree(children);
+        if (parent == root)
+            return 0;
+        window = parent;
+    }
+    return 0;
+}
+
+void X11FocusedApplication::focus(quint64 window) {
+    if (!connect() || window == 0)
+        return;
+    const auto previous = XSetErrorHandler(ignoreError);
+    const Window root = DefaultRootWindow(m_display);
+    const Atom wmCheck = XInternAtom(m_display, "_NET_SUPPORTING_WM_CHECK", True);
+    Atom type = None;
+    int format = 0;
+    unsigned long items = 0, after = 0;
+    unsigned char* data = nullptr;
+    const bool windowManager =
+        wmCheck != None &&
+        XGetWindowProperty(m_display, root, wmCheck, 0, 1, False, XA_WINDOW, &type, &format,
+                           &items, &after, &data) == Success &&
+        items == 1;
+    if (data)
+        XFree(data);
+    if (const Window managed = windowManager ? managedWindow(window) : 0) {
+        // Source 2: a request on the user's behalf (the insert window is their action).
+        XEvent event{};
+        event.xclient.type = ClientMessage;
+        event.xclient.window = managed;
+        event.xclient.message_type = XInternAtom(m_display, "_NET_ACTIVE_WINDOW", False);
+        event.xclient.format = 32;
+        event.xclient.data.l[0] = 2;
+        event.xclient.data.l[1] = CurrentTime;
+        XSendEvent(m_display, root, False, SubstructureRedirectMask | SubstructureNotifyMask,
+                   &event);
+    }
+    XSetInputFocus(m_display, window, RevertToParent, CurrentTime);
+    XSync(m_display, False);
+    XSetErrorHandler(previous);
 }

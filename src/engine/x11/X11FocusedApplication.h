@@ -1,20 +1,31 @@
 #pragma once
 
 #include "FocusedApplication.h"
+#include "WindowFocus.h"
 
 typedef struct _XDisplay Display;
 
 // The class of the window that has the X input focus, or of its nearest ancestor that has
 // one (toolkits often focus a child of the window the window manager knows). A connection of
 // its own, opened at the first question.
-class X11FocusedApplication : public FocusedApplication {
+//
+// It also hands the focus back to a window (after the insert window): through the window
+// manager where one runs (_NET_ACTIVE_WINDOW, which also raises the window) and directly with
+// XSetInputFocus, which is all there is without one.
+class X11FocusedApplication : public FocusedApplication, public WindowFocus {
 public:
     ~X11FocusedApplication() override;
     QString name() override;
     quint64 window() override;
 
+    quint64 focusedWindow() override { return window(); }
+    QRect frameOf(quint64 window) override;
+    void focus(quint64 window) override;
+
 private:
     bool connect();
+    // The window the window manager knows (the one with WM_STATE) at or above `window`; 0 if none.
+    unsigned long managedWindow(unsigned long window);
 
     Display* m_display = nullptr;
 };
