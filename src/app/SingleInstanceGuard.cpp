@@ -155,3 +155,8 @@ bool SingleInstanceGuard::notifyPrimary() {
         pause.exec();
     }
 }
+
+QString SingleInstanceGuard::requestDescription() const {
+    return qstrcmp(m_request, insertMessage) == 0 ? QStringLiteral("open Insert Snippet")
+                                                  : QStringLiteral("bring its windows forward");
+}

@@ -46,6 +46,8 @@ public:
     // What a later launch asks of the running Typolet: activateMessage (the default) or
     // insertMessage (`typolet --insert`). Set before claim().
     void setRequest(const char* message) { m_request = message; }
+    // What the running Typolet is asked to do, as the log says it.
+    QString requestDescription() const;
 
 signals:
     // A later launch asked this Typolet to bring its windows forward.

@@ -24,8 +24,9 @@ bool TypoletApp::start() {
     // Two engines would expand every snippet twice: a second launch only wakes the first.
     if (m_guard->claim() == SingleInstanceGuard::Role::Secondary) {
         qCInfo(lcApp).noquote() << (m_guard->notifiedPrimary()
-                                         ? QStringLiteral("Typolet is already running; its "
-                                                          "windows were brought forward")
+                                         ? QStringLiteral("Typolet is already running; it was "
+                                                          "asked to %1")
+                                               .arg(m_guard->requestDescription())
                                          : QStringLiteral("Typolet is already running but "
                                                           "did not answer"));
         return false;
