@@ -43,15 +43,15 @@ public:
     // another program, or a session that lets no program take keys).
     QKeySequence insertKeysInForce() const { return m_insertKeysInForce; }
 
-signals:
-    // The insert keys were pressed, wherever the focus is.
-    void insertKeysPressed();
-    void insertKeysInForceChanged(const QKeySequence& keys);
-public:
 
     // The main window's first size.
     static constexpr int mainWidth = 1100;
     static constexpr int mainHeight = 700;
+
+signals:
+    // The insert keys were pressed, wherever the focus is.
+    void insertKeysPressed();
+    void insertKeysInForceChanged(const QKeySequence& keys);
 
 private:
     // The preferences reach the engine at once, whoever changes them.
