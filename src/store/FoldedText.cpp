@@ -129,9 +129,12 @@ qsizetype FoldedText::pieceAtWordStart(QStringView query) const {
                 return i;
         return -1;
     }
-    const QStringView text = m_text;
+    const auto* text = reinterpret_cast<const char16_t*>(m_text.constData());
+    const qsizetype size = m_text.size();
+    const qsizetype length = query.size();
     for (const WordStart& start : m_wordStarts)
-        if (start.letter == first && text.sliced(start.at).startsWith(query))
+        if (start.letter == first && start.at + length <= size &&
+            std::equal(query.utf16() + 1, query.utf16() + length, text + start.at + 1))
             return start.at;
     return -1;
 }

@@ -1,6 +1,8 @@
 #include "SnippetSearch.h"
 
 #include <QRegularExpression>
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
 
 namespace {
@@ -9,6 +11,9 @@ constexpr int commandPrefixPoints = 120; // the command begins with the query
 constexpr int commandWeight = 2;         // a command is what the user named the snippet by
 constexpr qint64 exactCommandPoints = 1'000'000'000;
 } // namespace
+
+SnippetSearch::SnippetSearch() = default;
+SnippetSearch::~SnippetSearch() = default;
 
 void SnippetSearch::rebuild(const QList<Snippet>& snippets, const QList<Category>& categories) {
     setIndex(std::make_shared<const SnippetIndex>(snippets, categories, m_index.get()));
@@ -65,6 +70,23 @@ qint64 SnippetSearch::score(const SnippetIndex::Entry& entry, const Snippet& sni
     return std::max<qint64>(total, 1);
 }
 
+QList<SnippetSearch::Scored> SnippetSearch::scoreRows(const QList<Scored>* earlier,
+                                                      qsizetype from, qsizetype to,
+                                                      const QList<Word>& words,
+                                                      const QString& exact,
+                                                      const QString& foldedExact) const {
+    const QList<SnippetIndex::Entry>& entries = m_index->entries();
+    const QList<Snippet>& snippets = m_index->snippets();
+    QList<Scored> scored;
+    scored.reserve(to - from);
+    for (qsizetype i = from; i < to; ++i) {
+        const qsizetype row = earlier ? earlier->at(i).row : i;
+        if (const qint64 points = score(entries[row], snippets[row], words, exact, foldedExact))
+            scored.append({row, points});
+    }
+    return scored;
+}
+
 SnippetSearch::Result SnippetSearch::rank(const QString& query, qsizetype limit) {
     const QString folded = fold(query);
     static const QRegularExpression spaces(QStringLiteral("\\s+"));
@@ -82,21 +104,21 @@ SnippetSearch::Result SnippetSearch::rank(const QString& query, qsizetype limit)
     if (!m_steps.isEmpty() && m_steps.last().query == folded) {
         scored = m_steps.last().scored;
     } else {
-        const QList<SnippetIndex::Entry>& entries = m_index->entries();
-        const QList<Snippet>& snippets = m_index->snippets();
-        const auto consider = [&](qsizetype row) {
-            if (const qint64 points = score(entries[row], snippets[row], words, exact, foldedExact))
-                scored.append({row, points});
-        };
-        if (!m_steps.isEmpty()) {
-            const QList<Scored>& before = m_steps.last().scored;
-            scored.reserve(before.size());
-            for (const Scored& earlier : before)
-                consider(earlier.row);
+        const QList<Scored>* earlier = m_steps.isEmpty() ? nullptr : &m_steps.last().scored;
+        const qsizetype count = earlier ? earlier->size() : m_index->size();
+        if (count > sharedScoringAbove) {
+            if (!m_helper) {
+                m_helper = std::make_unique<QThreadPool>();
+                m_helper->setMaxThreadCount(1);
+            }
+            const qsizetype half = count / 2;
+            QFuture<QList<Scored>> second = QtConcurrent::run(m_helper.get(), [&] {
+                return scoreRows(earlier, half, count, words, exact, foldedExact);
+            });
+            scored = scoreRows(earlier, 0, half, words, exact, foldedExact);
+            scored.append(second.result());
         } else {
-            scored.reserve(entries.size());
-            for (qsizetype row = 0; row < entries.size(); ++row)
-                consider(row);
+            scored = scoreRows(earlier, 0, count, words, exact, foldedExact);
         }
         m_steps.append({folded, scored});
     }

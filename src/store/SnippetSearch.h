@@ -12,6 +12,8 @@
 #include <QUuid>
 #include <memory>
 
+class QThreadPool;
+
 // Finds snippets by a few typed letters, for the insert window: the letters must come in order
 // in the command, the content or the category's name (not necessarily side by side), letter
 // case and accents ignored. Matches at the start of words and at the command's start rank
@@ -23,6 +25,14 @@
 // snippets that one matched, and going back to it (BackSpace) scores nothing again.
 class SnippetSearch {
 public:
+    // Above this many snippets to look at, two threads score them, half each.
+    static constexpr qsizetype sharedScoringAbove = 20000;
+
+    SnippetSearch();
+    ~SnippetSearch();
+    SnippetSearch(const SnippetSearch&) = delete;
+    SnippetSearch& operator=(const SnippetSearch&) = delete;
+
     static constexpr qsizetype searchedContentLength = SnippetIndex::searchedContentLength;
 
     struct Result {
@@ -70,10 +80,16 @@ private:
                         const QList<Word>& words, const QString& exact,
                         const QString& foldedExact);
     void mapUsage();
+    // Scores the snippets at rows [from, to) of `earlier` (of the whole index when null).
+    QList<Scored> scoreRows(const QList<Scored>* earlier, qsizetype from, qsizetype to,
+                            const QList<Word>& words, const QString& exact,
+                            const QString& foldedExact) const;
 
     std::shared_ptr<const SnippetIndex> m_index = std::make_shared<const SnippetIndex>();
     QHash<QUuid, SnippetUsage> m_usageById;
     QList<SnippetUsage> m_usage; // by row of the index
     // Each earlier query the current one goes on from, shortest first.
     QList<Step> m_steps;
+    // The second thread for large libraries, made when first needed.
+    std::unique_ptr<QThreadPool> m_helper;
 };
