@@ -98,9 +98,11 @@ void measure(int count, double keystrokeTarget) {
 
     // An edit while the window is open, until the list shows it.
     window.searchField()->setText(QStringLiteral("zebra"));
+    QList<Snippet> edited = snippets;
+    edited.append(Snippet::create(";zebra", "x", {}));
     cpu = cpuMs();
     wall.restart();
-    store.setSnippets(snippets + QList<Snippet>{Snippet::create(";zebra", "x", {})});
+    store.setSnippets(std::move(edited));
     QCoreApplication::processEvents();
     report("an edit, on the window's thread", count, wall.elapsed(), cpuMs() - cpu, 0);
     waitFor([&] { return window.statusText().startsWith(u"Snippets found: 1"); });
