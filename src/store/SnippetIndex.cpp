@@ -36,9 +36,11 @@ SnippetIndex::SnippetIndex(QList<Snippet> snippets, const QList<Category>& categ
         return previousRows.value(id, -1);
     };
 
-    m_entries.reserve(m_snippets.size());
-    for (qsizetype row = 0; row < m_snippets.size(); ++row) {
-        const Snippet& snippet = m_snippets[row];
+    // Read only: the list stays shared with the store's, which may be on another thread.
+    const QList<Snippet>& list = m_snippets;
+    m_entries.reserve(list.size());
+    for (qsizetype row = 0; row < list.size(); ++row) {
+        const Snippet& snippet = list[row];
         const FoldedText category = categoryNames.value(snippet.categoryId, fallback);
         const qsizetype before = previousRow(row, snippet.id);
         if (before >= 0) {
