@@ -122,7 +122,7 @@ void CategoryRowView::changeEvent(QEvent* event) {
 void CategoryRowView::showEditDialog() {
     if (isProtected() || showingEditDialog())
         return;
-    m_editDialog = new EditCategoryDialog(m_store, m_category, window());
+    m_editDialog = new EditCategoryDialog(m_store, m_category, window(), m_openWindowClasses);
     m_editDialog->setAttribute(Qt::WA_DeleteOnClose);
     m_editDialog->open();
 }
