@@ -24,6 +24,11 @@ QString errorOf(QWidget* place) {
             return line->findChild<QLabel*>(QStringLiteral("errorMessage"))->text();
     return {};
 }
+// A click on the box itself (a check box takes clicks on its box and text, not on the whole
+// row it is laid out over).
+void tick(QCheckBox* box) {
+    QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(box->height() / 2, box->height() / 2));
+}
 EditCategoryDialog* openEditDialog(ContentView* view, const QUuid& category) {
     CategoryRowView* row = view->categoryRow(category);
     return row ? GuiInput::openDialog(row->editButton(), [row] { return row->editDialog(); })
@@ -49,8 +54,9 @@ private slots:
         QTest::keyClicks(form->contentEditor(), "hey");
         auto* warning = form->findChild<QLabel*>(QStringLiteral("clashWarning"));
         QVERIFY(warning->isHidden());
-        GuiInput::click(form->matchCaseBox());
-        QVERIFY(!warning->isHidden());
+        tick(form->matchCaseBox());
+        QVERIFY(form->matchCaseBox()->isChecked());
+        QVERIFY2(!warning->isHidden(), qPrintable(warning->text()));
         QVERIFY2(warning->text().contains("\u201C;hi\u201D differs from this command only in "
                                           "letter case"),
                  qPrintable(warning->text()));
@@ -67,7 +73,7 @@ private slots:
         SnippetDetailView* pane = view->detailView();
         QCOMPARE(pane->form()->command(), ";hi");
         QVERIFY(!pane->saveButton()->isEnabled());
-        GuiInput::click(pane->form()->matchCaseBox());
+        tick(pane->form()->matchCaseBox());
         QVERIFY(pane->saveButton()->isEnabled());
         GuiInput::click(pane->saveButton());
         QVERIFY(fixture.reloaded()->snippet(hi.id)->matchCase);
