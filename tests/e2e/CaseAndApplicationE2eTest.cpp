@@ -2,6 +2,7 @@
 // typed in (a GTK text view), and a category limited to one window class expands there and not
 // in another client whose WM_CLASS differs.
 #include "RecordCodec.h"
+#include "X11FocusedApplication.h"
 #include "XSession.h"
 
 #include <QDir>
@@ -81,6 +82,13 @@ private slots:
         const QString termOut = session.file("term-out");
         QVERIFY2(session.startTerminal(termOut, "OtherTerm"), qPrintable(session.log()));
         const QString termWindow = session.targetWindow();
+        // Both are offered to a category's form by their class (no window manager runs here:
+        // the windows shown on the screen).
+        qputenv("DISPLAY", session.display().toLocal8Bit());
+        X11FocusedApplication openWindows;
+        const QStringList classes = openWindows.windowClasses();
+        QVERIFY2(classes.contains("TypoletNotes") && classes.contains("OtherTerm"),
+                 qPrintable(classes.join(", ")));
 
         QVERIFY(focus(session, notesWindow));
         QVERIFY(type(session, ";w"));
