@@ -190,14 +190,14 @@ SnippetStore::CommandClash SnippetStore::commandClash(const QString& command,
             return {CommandClash::Kind::differsInCase, {}, other.command, other.id};
     }
     for (const Snippet& other : m_snippets) {
-        if (other.id == snippetId || other.command == command || isBlankCommand(other.command) ||
-            apart(other))
+        if (other.id == snippetId || other.command == command || isBlankCommand(other.command))
             continue;
         const Snippet::Trigger otherTrigger =
             waiting.contains(other.id) ? Snippet::Trigger::AfterWordEnd : other.trigger;
-        if (expandsWhileTyping(other.command, otherTrigger, command))
+        // The categories are looked at last: most snippets are passed over before that.
+        if (expandsWhileTyping(other.command, otherTrigger, command) && !apart(other))
             return {CommandClash::Kind::shorterExpands, other.command, command, other.id};
-        if (expandsWhileTyping(command, trigger, other.command))
+        if (expandsWhileTyping(command, trigger, other.command) && !apart(other))
             return {CommandClash::Kind::shorterExpands, command, other.command, QUuid()};
     }
     return {};

@@ -111,6 +111,9 @@ private slots:
         QVERIFY(GuiInput::clickCloses(dialog->submitButton()));
         QCOMPARE(fixture.reloaded()->category(work.id)->limit,
                  (Category::Limit{Category::Limit::Kind::onlyIn, {"XTerm"}}));
+        // The sidebar tells where its snippets expand.
+        QTRY_COMPARE(view->categoryRow(work.id)->findChild<QLabel*>("categoryName")->toolTip(),
+                     "Work\nOnly in XTerm");
 
         // ;a in both, kept apart; Home may not be made to expand everywhere.
         fixture.addSnippet(";a", "in the terminal", work.id);
