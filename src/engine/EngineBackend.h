@@ -5,6 +5,7 @@
 #include <QUuid>
 #include <functional>
 
+class OpenWindows;
 class SnippetStore;
 class WindowFocus;
 struct EngineSettings;
@@ -50,6 +51,10 @@ public:
     // The keyboard focus, to hand back after the insert window; null where no client may move
     // it (Wayland).
     virtual WindowFocus* windowFocus() const = 0;
+
+    // The windows open now, to offer their applications by name; null where a client cannot
+    // list them (Wayland).
+    virtual OpenWindows* openWindows() const { return nullptr; }
 
     // The application that has the keyboard focus now; empty when it cannot be told.
     virtual QString focusedApplication() const = 0;

@@ -8,6 +8,7 @@
 #include "KeyMonitor.h"
 #include "KeyTranslator.h"
 #include "ClipboardSource.h"
+#include "CommandCase.h"
 #include "KeyboardOutput.h"
 #include "PermissionProbe.h"
 #include "PlaceholderText.h"
@@ -427,7 +428,7 @@ bool TextExpander::wordEndDecided(const QString& next, bool reachedApplication) 
         // A longer command that goes on with this character is what the user is typing.
         KeystrokeBuffer withNext = m_buffer;
         withNext.append(next);
-        const auto longer = m_index.match(withNext);
+        const auto longer = m_index.match(withNext, expandsHere());
         ends = !longer || GraphemeText::count(m_store.snippets()[*longer].command) <=
                               GraphemeText::count(snippet.command);
     }
@@ -481,7 +482,7 @@ void TextExpander::checkForMatch(bool replayed) {
         m_index.rebuild(snippets);
         m_indexedRevision = m_store.snippetsRevision();
     }
-    const auto found = m_index.match(m_buffer);
+    const auto found = m_index.match(m_buffer, expandsHere());
     if (!found)
         return;
     if (focusedWindow() != m_bufferWindow) {
@@ -498,10 +499,35 @@ void TextExpander::checkForMatch(bool replayed) {
         return;
     }
     // A copy: later edits don't change what is typed.
-    if (snippets[*found].expandsAfterWordEnd())
-        awaitWordEnd(snippets[*found], replayed);
+    Snippet matched = snippets[*found];
+    // The command as typed, in whatever case: that is what is erased, and what BackSpace puts
+    // back. Matched character by character, it has as many characters as the stored one.
+    if (matched.matchCase)
+        matched.command = m_buffer.lastCharacters(GraphemeText::count(matched.command));
+    if (matched.expandsAfterWordEnd())
+        awaitWordEnd(matched, replayed);
     else
-        expand(snippets[*found]);
+        expand(matched);
+}
+
+TriggerIndex::Allowed TextExpander::expandsHere() const {
+    if (!m_store.anyCategoryLimited())
+        return {};
+    // The focus is asked once per look, and only when a limited category's snippet matches.
+    auto names = std::make_shared<std::optional<QStringList>>();
+    return [this, names](qsizetype index) {
+        const Category::Limit limit = m_store.limitOf(m_store.snippets()[index].categoryId);
+        if (!limit.limits())
+            return true;
+        if (!*names) {
+            *names = m_platform.focus ? m_platform.focus->names() : QStringList();
+            if ((*names)->isEmpty())
+                qCInfo(lcEngine).noquote()
+                    << QStringLiteral("The focused application is unknown: snippets of categories "
+                                      "limited to applications do not expand");
+        }
+        return limit.expandsIn(**names);
+    };
 }
 
 QString TextExpander::typeableText(const QString& content, int& leftOut) {
@@ -589,8 +615,13 @@ void TextExpander::expandWith(const Snippet& snippet, const QString& wordEnd, bo
 
     int leftOut = 0;
     const qsizetype cursor = rendered.cursor < 0 ? rendered.text.size() : rendered.cursor;
-    const QString beforeCursor = typeableText(rendered.text.left(cursor), leftOut);
-    QString typed = beforeCursor + typeableText(rendered.text.mid(cursor), leftOut);
+    QString before = rendered.text.left(cursor), after = rendered.text.mid(cursor);
+    // In the case the command was typed in: on the text as typed, so that a placeholder's
+    // braces are never what is capitalised. An insertion has no command.
+    if (snippet.matchCase)
+        CommandCase::apply(CommandCase::of(snippet.command), before, after);
+    const QString beforeCursor = typeableText(before, leftOut);
+    QString typed = beforeCursor + typeableText(after, leftOut);
     if (leftOut > 0)
         qCWarning(lcEngine).noquote()
             << QStringLiteral("Left out %1 control character(s) of a snippet's content: only "

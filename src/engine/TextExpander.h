@@ -133,6 +133,10 @@ private:
     // Applies one key's text to the buffer; true when it was appended.
     bool applyKey(const QString& character);
     void checkForMatch(bool replayed = false);
+    // Which snippets may expand in the focused application; none when no category is limited.
+    // Where the application cannot be told (Wayland), a limited category's snippets expand
+    // nowhere.
+    TriggerIndex::Allowed expandsHere() const;
     // `wordEnd`: the key that ended the command's word; `endReached`: it is in the application.
     // A content that shows the clipboard first asks for its text (ReadingClipboard).
     void expand(const Snippet& snippet, const QString& wordEnd = {}, bool endReached = false);

@@ -60,6 +60,8 @@ void X11EngineBackend::apply(const EngineSettings& settings) {
 
 QString X11EngineBackend::focusedApplication() const { return m_focus->name(); }
 
+OpenWindows* X11EngineBackend::openWindows() const { return m_focus.get(); }
+
 bool X11EngineBackend::grabGlobalKey(GlobalKey which, QKeyCombination keys,
                                      std::function<void()> onPressed) {
     std::unique_ptr<X11GlobalKey>& grab = which == GlobalKey::pause ? m_pauseKey : m_insertKey;

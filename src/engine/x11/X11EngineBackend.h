@@ -34,6 +34,7 @@ public:
                        std::function<void()> onPressed) override;
     void insert(const Snippet& snippet) override;
     WindowFocus* windowFocus() const override;
+    OpenWindows* openWindows() const override;
     QString focusedApplication() const override;
     // The server's layout is followed, never chosen here.
     QString layoutInUse() const override { return {}; }
