@@ -4,6 +4,7 @@
 #include "PlaceholderText.h"
 #include "SnippetStore.h"
 #include "UsageStore.h"
+#include "WindowPlacement.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -13,7 +14,6 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPlainTextEdit>
-#include <QScreen>
 #include <QTreeView>
 #include <QVBoxLayout>
 
@@ -110,14 +110,7 @@ void InsertSnippetWindow::present(const QRect& around) {
         search();
     else
         m_search->clear(); // searches again
-    QScreen* screen = around.isEmpty() ? nullptr : QGuiApplication::screenAt(around.center());
-    if (!screen)
-        screen = QGuiApplication::primaryScreen();
-    if (screen) {
-        QRect frame(QPoint(), size());
-        frame.moveCenter(screen->availableGeometry().center());
-        move(frame.topLeft());
-    }
+    WindowPlacement::centreOnScreenOf(*this, around);
     show();
     raise();
     activateWindow();

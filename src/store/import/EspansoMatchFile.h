@@ -10,9 +10,11 @@ class ImportReader;
 
 // A YAML match file of the espanso text expander. Its top-level `matches` list holds mappings;
 // one with a string `trigger` (or a `triggers` list of strings) and a string `replace` gives a
-// snippet per trigger, in a category named after the file. Mappings without a string
-// `replace` (images, forms, regular expressions) are skipped and counted; other keys of a
-// mapping and other top-level keys are left alone.
+// snippet per trigger, in a category named after the file. A `form` match (its layout with
+// [[name]] fields, described under `form_fields`) becomes a content with form fields, and so do
+// the {{form1.name}} uses of a `form` variable. Mappings without a string `replace` or `form`
+// (images, regular expressions) are skipped and counted; other keys of a mapping and other
+// top-level keys are left alone.
 //
 // YAML aliases let a small file name one large value thousands of times. The parser shares
 // such a value, but each snippet made from it is a copy of its own; so the snippets' text and
