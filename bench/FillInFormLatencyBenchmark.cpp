@@ -10,7 +10,6 @@
 
 #include <QCoreApplication>
 #include <X11/Xlib.h>
-#include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
 #include <algorithm>
@@ -31,12 +30,19 @@ void typeKeysym(Display* display, KeySym keysym) {
     XTestFakeKeyEvent(display, code, False, CurrentTime);
 }
 
+// Its title ("Fill In “;fill”") as Qt sets it: UTF-8 in _NET_WM_NAME.
 bool isForm(Display* display, Window window) {
-    char* name = nullptr;
-    if (!XFetchName(display, window, &name) || !name)
+    const Atom netWmName = XInternAtom(display, "_NET_WM_NAME", False);
+    Atom type = 0;
+    int format = 0;
+    unsigned long items = 0, after = 0;
+    unsigned char* data = nullptr;
+    if (XGetWindowProperty(display, window, netWmName, 0, 64, False, AnyPropertyType, &type,
+                           &format, &items, &after, &data) != Success ||
+        !data)
         return false;
-    const bool form = QString::fromUtf8(name).startsWith(QStringLiteral("Fill In"));
-    XFree(name);
+    const bool form = QByteArray(reinterpret_cast<const char*>(data), int(items)).startsWith("Fill In");
+    XFree(data);
     return form;
 }
 
