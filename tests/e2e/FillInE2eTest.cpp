@@ -43,6 +43,17 @@ class FillInE2eTest : public QObject {
                                                session.typoletOutput().right(1500)));
     }
 
+    static QByteArray clipboard(XSession& session) {
+        QProcess xclip;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("DISPLAY"), session.display());
+        xclip.setProcessEnvironment(env);
+        xclip.start(QStringLiteral("xclip"), {"-selection", "clipboard", "-o"});
+        // The event loop runs meanwhile: Typolet is the one answering.
+        XSession::waitFor([&] { return xclip.state() == QProcess::NotRunning; }, 10000);
+        return xclip.readAllStandardOutput();
+    }
+
 private slots:
     void filledOrPutBack() {
         XSession session;
@@ -71,6 +82,27 @@ private slots:
         expectShown(session, "To: Dear Ann ;sig, bye Ann ;sig! ;dear.");
         QVERIFY2(!session.typoletOutput().contains("Key pressed: B"),
                  "the form's keys were taken for typing");
+    }
+
+    // The window typed in is gone when the form is done: nothing is typed anywhere, the filled
+    // content is on the clipboard and the form says so.
+    void focusCannotComeBack() {
+        XSession session;
+        QVERIFY(session.isRunning());
+        QVERIFY2(session.startWith({{";dear", "Dear {{field:Name}}!"}},
+                                   XSession::Target::GtkTextView),
+                 qPrintable(session.log()));
+        QVERIFY(xdotool(session, {"type", "--delay", "15", ";dear"}));
+        const QString form = focusedForm(session);
+        QVERIFY2(!form.isEmpty(), qPrintable(session.typoletOutput().right(1500)));
+        session.target()->kill();
+        QVERIFY(session.target()->waitForFinished(10000));
+        QVERIFY(xdotool(session, {"type", "--delay", "15", "Zoe"}));
+        QVERIFY(xdotool(session, {"key", "Return"}));
+        QVERIFY2(XSession::waitFor([&] { return clipboard(session) == "Dear Zoe!"; }, 20000),
+                 qPrintable(session.typoletOutput().right(1500)));
+        QVERIFY(!focusedForm(session).isEmpty()); // open again, with the note
+        QVERIFY(session.typoletOutput().contains("the snippet went to the clipboard"));
     }
 };
 
