@@ -144,7 +144,7 @@ private slots:
         constexpr uint32_t keyA = 38;
         monitor.press(keyA);
         QTRY_COMPARE(form.asked.size(), 1);
-        QVERIFY(!monitor.holding()); // the form gets the keys
+        QTRY_VERIFY(!monitor.holding()); // the form gets the keys
         diagnostics.lines.clear();
         monitor.press(keyA);
         monitor.focusChange(); // the form took the focus
