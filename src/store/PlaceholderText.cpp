@@ -158,11 +158,11 @@ qsizetype PlaceholderText::readPlaceholder(const QString& content, qsizetype sta
     return close + 2;
 }
 
-bool PlaceholderText::addFormField(Kind kind, const QString& spec, qsizetype start,
+bool PlaceholderText::addFormField(Kind kind, const QString& inner, qsizetype start,
                                    const QString& written) {
-    const qsizetype equals = spec.indexOf(u'=');
-    Part part{kind, {}, spec.left(equals).trimmed(), {}};
-    const QString value = equals < 0 ? QString() : spec.mid(equals + 1);
+    const qsizetype equals = inner.indexOf(u'=');
+    Part part{kind, {}, inner.left(equals).trimmed(), {}};
+    const QString value = equals < 0 ? QString() : inner.mid(equals + 1);
     if (part.name.isEmpty()) {
         m_issues.append(Issue{Problem::UnnamedField, start, written});
         return false;

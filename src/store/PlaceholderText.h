@@ -93,9 +93,9 @@ public:
 private:
     void appendLiteral(QStringView text);
     void add(Kind kind, const QString& text = {});
-    // {{field:…}}, {{area:…}} or {{choice:…}}: `spec` is what follows the colon. False when it
+    // {{field:…}}, {{area:…}} or {{choice:…}}: `inner` is what follows the colon. False when it
     // is typed as written (a problem was reported).
-    bool addFormField(Kind kind, const QString& spec, qsizetype start, const QString& written);
+    bool addFormField(Kind kind, const QString& inner, qsizetype start, const QString& written);
     void parse(const QString& content);
     // Reads the placeholder that starts at `start` (two braces); returns where reading goes on.
     qsizetype readPlaceholder(const QString& content, qsizetype start);

@@ -148,13 +148,13 @@ QString replacedLiterally(const QString& content, const QRegularExpression& patt
     return result;
 }
 
-// A form's field as our placeholder: `spec` is its entry under `form_fields` (or a form
+// A form's field as our placeholder: `described` is its entry under `form_fields` (or a form
 // variable's `fields`), if any. A list of `values` (type `choice` or `list`) is a choice,
 // `multiline: true` several lines, a `default` the field's default; anything else a plain field.
-QString formField(const QString& name, const Entry& spec, Budget& budget) {
+QString formField(const QString& name, const Entry& described, Budget& budget) {
     Entry values, multiline, byDefault;
-    if (spec && spec->IsMap())
-        collect(*spec, {{"values", &values}, {"multiline", &multiline}, {"default", &byDefault}},
+    if (described && described->IsMap())
+        collect(*described, {{"values", &values}, {"multiline", &multiline}, {"default", &byDefault}},
                 budget);
     // A placeholder lives on one line and ends at the first }}.
     const auto clean = [](QString value) {
@@ -182,12 +182,12 @@ QString formField(const QString& name, const Entry& spec, Budget& budget) {
 
 // The placeholder of each field a form names (`fields`: the form's `form_fields`), by name.
 QHash<QString, QString> formFieldsOf(const QString& layout, const Entry& fields, Budget& budget) {
-    QHash<QString, Entry> specs;
+    QHash<QString, Entry> descriptions;
     if (fields && fields->IsMap()) {
         for (const auto& entry : *fields) {
             budget.visit();
             if (entry.first.IsScalar())
-                specs.insert(text(entry.first), Entry(entry.second));
+                descriptions.insert(text(entry.first), Entry(entry.second));
         }
     }
     QHash<QString, QString> placeholders;
@@ -195,9 +195,9 @@ QHash<QString, QString> formFieldsOf(const QString& layout, const Entry& fields,
     for (const auto& use : field.globalMatch(layout)) {
         const QString name = use.captured(1);
         if (!placeholders.contains(name))
-            placeholders.insert(name, formField(name, specs.value(name), budget));
+            placeholders.insert(name, formField(name, descriptions.value(name), budget));
     }
-    for (auto it = specs.cbegin(); it != specs.cend(); ++it)
+    for (auto it = descriptions.cbegin(); it != descriptions.cend(); ++it)
         if (!placeholders.contains(it.key()))
             placeholders.insert(it.key(), formField(it.key(), it.value(), budget));
     return placeholders;
