@@ -6,6 +6,7 @@
 #include <functional>
 
 class OpenWindows;
+class FormValueSource;
 class SnippetStore;
 class WindowFocus;
 struct EngineSettings;
@@ -48,6 +49,9 @@ public:
     // Sends `snippet`'s content to the focused window as an expansion would, erasing nothing
     // (the insert window). After start().
     virtual void insert(const Snippet& snippet) = 0;
+    // Where a content's form fields get their values (the fill-in form); before or after
+    // start(). Without one they type their defaults.
+    virtual void setFormValueSource(FormValueSource* source) = 0;
     // The keyboard focus, to hand back after the insert window; null where no client may move
     // it (Wayland).
     virtual WindowFocus* windowFocus() const = 0;

@@ -40,6 +40,7 @@ bool X11EngineBackend::start(SnippetStore& store, std::function<bool()> keysIgno
         store, EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(),
                               m_output.get(), m_focus.get(), m_passwordField.get()});
     m_engine->setKeysIgnoredWhen(std::move(keysIgnored));
+    m_engine->setFormValues(m_formValues);
     m_engine->setClipboard(m_clipboardReader.get());
     connect(m_engine.get(), &TextExpander::snippetUsed, this, &EngineBackend::snippetUsed);
     const bool listening = m_engine->isMonitoring();
@@ -75,6 +76,12 @@ bool X11EngineBackend::grabGlobalKey(GlobalKey which, QKeyCombination keys,
     }
     connect(grab.get(), &X11GlobalKey::pressed, grab.get(), std::move(onPressed));
     return true;
+}
+
+void X11EngineBackend::setFormValueSource(FormValueSource* source) {
+    m_formValues = source;
+    if (m_engine)
+        m_engine->setFormValues(source);
 }
 
 void X11EngineBackend::insert(const Snippet& snippet) {

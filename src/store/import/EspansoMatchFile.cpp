@@ -37,7 +37,7 @@ struct OverLimit {
 // comparing key text in place (yaml-cpp's own lookup copies every key it compares, a large
 // one named by an alias included).
 struct MatchKeys {
-    Entry trigger, triggers, replace, word, vars, propagateCase, regex, image;
+    Entry trigger, triggers, replace, word, vars, propagateCase, regex, image, form, formFields;
 };
 
 // Counts what converting the file visits and makes, against the limits.
@@ -95,7 +95,9 @@ MatchKeys keysOf(const YAML::Node& match, Budget& budget) {
              {"vars", &keys.vars},
              {"propagate_case", &keys.propagateCase},
              {"regex", &keys.regex},
-             {"image_path", &keys.image}},
+             {"image_path", &keys.image},
+             {"form", &keys.form},
+             {"form_fields", &keys.formFields}},
             budget);
     return keys;
 }
@@ -140,9 +142,93 @@ bool runsAProgram(const std::string& kind) {
     return kind == "shell" || kind == "script";
 }
 
+// `content` with every match of `pattern` replaced by `value` as it stands (a regular
+// expression's replacement would read backslashes in it).
+QString replacedLiterally(const QString& content, const QRegularExpression& pattern,
+                          const QString& value) {
+    QString result;
+    qsizetype from = 0;
+    for (const auto& found : pattern.globalMatch(content)) {
+        result += QStringView(content).sliced(from, found.capturedStart() - from);
+        result += value;
+        from = found.capturedEnd();
+    }
+    result += QStringView(content).sliced(from);
+    return result;
+}
+
+// A form's field as our placeholder: `described` is its entry under `form_fields` (or a form
+// variable's `fields`), if any. A list of `values` (type `choice` or `list`) is a choice,
+// `multiline: true` several lines, a `default` the field's default; anything else a plain field.
+QString formField(const QString& name, const Entry& described, Budget& budget) {
+    Entry values, multiline, byDefault;
+    if (described && described->IsMap())
+        collect(*described, {{"values", &values}, {"multiline", &multiline}, {"default", &byDefault}},
+                budget);
+    // A placeholder lives on one line and ends at the first }}.
+    const auto clean = [](QString value) {
+        return value.replace(QLatin1Char('\n'), QLatin1Char(' ')).remove(QStringLiteral("}}"));
+    };
+    if (isSequence(values)) {
+        QStringList choices;
+        for (const YAML::Node& value : *values) {
+            budget.visit();
+            if (value.IsScalar())
+                choices.append(clean(text(value))
+                                   .replace(QLatin1Char('\\'), QStringLiteral("\\\\"))
+                                   .replace(QLatin1Char('|'), QStringLiteral("\\|")));
+        }
+        if (!choices.isEmpty())
+            return QStringLiteral("{{choice:%1=%2}}").arg(name, choices.join(QLatin1Char('|')));
+    }
+    const QString kind = isScalar(multiline) && multiline->Scalar() == "true"
+                             ? QStringLiteral("area")
+                             : QStringLiteral("field");
+    if (isScalar(byDefault))
+        return QStringLiteral("{{%1:%2=%3}}").arg(kind, name, clean(text(*byDefault)));
+    return QStringLiteral("{{%1:%2}}").arg(kind, name);
+}
+
+// The placeholder of each field a form names (`fields`: the form's `form_fields`), by name.
+QHash<QString, QString> formFieldsOf(const QString& layout, const Entry& fields, Budget& budget) {
+    QHash<QString, Entry> descriptions;
+    if (fields && fields->IsMap()) {
+        for (const auto& entry : *fields) {
+            budget.visit();
+            if (entry.first.IsScalar())
+                descriptions.insert(text(entry.first), Entry(entry.second));
+        }
+    }
+    QHash<QString, QString> placeholders;
+    static const QRegularExpression field(QStringLiteral("\\[\\[\\s*([\\w-]+)\\s*\\]\\]"));
+    for (const auto& use : field.globalMatch(layout)) {
+        const QString name = use.captured(1);
+        if (!placeholders.contains(name))
+            placeholders.insert(name, formField(name, descriptions.value(name), budget));
+    }
+    for (auto it = descriptions.cbegin(); it != descriptions.cend(); ++it)
+        if (!placeholders.contains(it.key()))
+            placeholders.insert(it.key(), formField(it.key(), it.value(), budget));
+    return placeholders;
+}
+
+// A form match's layout as a content: [[name]] becomes the field's placeholder, and braces are
+// literal ones.
+QString formContent(const QString& layout, const QHash<QString, QString>& fields) {
+    QString content = QString(layout).replace(QStringLiteral("{{"), QStringLiteral("{{{{"));
+    for (auto it = fields.cbegin(); it != fields.cend(); ++it)
+        content = replacedLiterally(
+            content,
+            QRegularExpression(QStringLiteral("\\[\\[\\s*%1\\s*\\]\\]")
+                                   .arg(QRegularExpression::escape(it.key()))),
+            it.value());
+    return content;
+}
+
 // What each variable of a match (or of the file) becomes in the content: a placeholder of
 // ours, or its echoed text; those of other kinds stay as written and are named in `unknown`,
-// those that run a program are named in `programs` ("name (shell)").
+// those that run a program are named in `programs` ("name (shell)"). A form variable's
+// fields, used as {{form1.name}}, become form fields.
 void readVars(const Entry& vars, QHash<QString, QString>& values, QStringList& unknown,
               QStringList& programs, Budget& budget) {
     if (!isSequence(vars))
@@ -155,15 +241,21 @@ void readVars(const Entry& vars, QHash<QString, QString>& values, QStringList& u
         collect(var, {{"name", &name}, {"type", &type}, {"params", &params}}, budget);
         if (!isScalar(name) || !isScalar(type))
             continue;
-        Entry format, echo;
+        Entry format, echo, layout, fields;
         if (params && params->IsMap())
-            collect(*params, {{"format", &format}, {"echo", &echo}}, budget);
+            collect(*params,
+                    {{"format", &format}, {"echo", &echo}, {"layout", &layout}, {"fields", &fields}},
+                    budget);
         const std::string& kind = type->Scalar();
         if (kind == "date")
             values.insert(text(*name), isScalar(format)
                                            ? QStringLiteral("{{date:%1}}").arg(qtDateFormat(text(*format)))
                                            : QStringLiteral("{{date}}"));
-        else if (kind == "clipboard")
+        else if (kind == "form" && isScalar(layout)) {
+            const auto placeholders = formFieldsOf(text(*layout), fields, budget);
+            for (auto it = placeholders.cbegin(); it != placeholders.cend(); ++it)
+                values.insert(text(*name) + QLatin1Char('.') + it.key(), it.value());
+        } else if (kind == "clipboard")
             values.insert(text(*name), QStringLiteral("{{clipboard}}"));
         else if (kind == "echo" && isScalar(echo))
             // Braces in the echoed text are literal ones.
@@ -181,8 +273,7 @@ QString withValues(QString content, const QHash<QString, QString>& values) {
     for (auto it = values.cbegin(); it != values.cend(); ++it) {
         const QRegularExpression use(QStringLiteral("\\{\\{\\s*%1\\s*\\}\\}")
                                          .arg(QRegularExpression::escape(it.key())));
-        QString value = it.value();
-        content.replace(use, value.replace(QLatin1Char('\\'), QStringLiteral("\\\\")));
+        content = replacedLiterally(content, use, it.value());
     }
     return content;
 }
@@ -308,8 +399,10 @@ ImportPlan EspansoMatchFile::decode(const QString& path, const QByteArray& yaml,
             if (reader.cancelled())
                 return ImportPlan::failure(path, ImportReader::cancelledMessage());
             const MatchKeys keys = match.IsMap() ? keysOf(match, budget) : MatchKeys{};
+            // A form match types its layout with the fields filled in.
+            const Entry& body = isScalar(keys.replace) ? keys.replace : keys.form;
             const auto triggers =
-                isScalar(keys.replace) ? triggersOf(keys, budget) : QList<const std::string*>();
+                isScalar(body) ? triggersOf(keys, budget) : QList<const std::string*>();
             if (triggers.isEmpty()) {
                 ++plan.skipped;
                 // Named by what the user typed for it, with what it needs.
@@ -321,7 +414,7 @@ ImportPlan EspansoMatchFile::decode(const QString& path, const QByteArray& yaml,
                 continue;
             }
             // Each snippet holds a copy of the content once it is stored, so each counts.
-            const qint64 contentSize = qint64(keys.replace->Scalar().size());
+            const qint64 contentSize = qint64(body->Scalar().size());
             for (const std::string* trigger : triggers)
                 budget.take(qint64(trigger->size()) + contentSize);
             // `word: true` waits for the word around the trigger to end, as our option does.
@@ -329,7 +422,10 @@ ImportPlan EspansoMatchFile::decode(const QString& path, const QByteArray& yaml,
             QHash<QString, QString> values = globalValues;
             QStringList programs;
             readVars(keys.vars, values, plan.typedAsWritten, programs, budget);
-            const QString written = text(*keys.replace);
+            const QString written =
+                isScalar(keys.replace)
+                    ? text(*keys.replace)
+                    : formContent(text(*body), formFieldsOf(text(*body), keys.formFields, budget));
             for (const QString& global : std::as_const(programGlobals))
                 if (!values.contains(global.section(QLatin1Char(' '), 0, 0)))
                     programs.append(global);

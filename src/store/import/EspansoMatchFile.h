@@ -13,10 +13,12 @@ class ImportReader;
 // snippet per trigger, in a category named after the file; `word: true` waits for a word end
 // and `propagate_case: true` matches the command's case. A file with a top-level
 // `filter_class` (a class name, or names separated by "|") gives a category limited to those
-// applications; one that filters otherwise is refused. Mappings without a string `replace`
-// (images, forms, regular expressions) and those whose content needs a shell or script
-// variable are skipped and counted, named in the plan's `leftOut` where they can be; other keys
-// of a mapping and other top-level keys are left alone.
+// applications; one that filters otherwise is refused. A `form` match (its layout with
+// [[name]] fields, described under `form_fields`) becomes a content with form fields, and so do
+// the {{form1.name}} uses of a `form` variable. Mappings without a string `replace` or `form`
+// (images, regular expressions) and those whose content needs a shell or script variable are
+// skipped and counted, named in the plan's `leftOut` where they can be; other keys of a
+// mapping and other top-level keys are left alone.
 //
 // YAML aliases let a small file name one large value thousands of times. The parser shares
 // such a value, but each snippet made from it is a copy of its own; so the snippets' text and
