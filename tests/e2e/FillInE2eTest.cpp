@@ -78,6 +78,9 @@ private slots:
         QVERIFY(xdotool(session, {"type", "--delay", "15", "Bo"}));
         QVERIFY(xdotool(session, {"key", "Escape"}));
         QVERIFY(targetFocused(session));
+        // The command is typed back once the view has the focus again; keys typed before it is
+        // back are not held for it yet, so the next key waits for it here.
+        expectShown(session, "To: Dear Ann ;sig, bye Ann ;sig! ;dear");
         QVERIFY(xdotool(session, {"type", "--delay", "15", "."}));
         expectShown(session, "To: Dear Ann ;sig, bye Ann ;sig! ;dear.");
         QVERIFY2(!session.typoletOutput().contains("Key pressed: B"),
