@@ -1,5 +1,6 @@
 #include "DesktopShell.h"
 
+#include "AtSpiTextCursorLocator.h"
 #include "Autostart.h"
 #include "CommandLine.h"
 #include "ConsolePermissionAlert.h"
@@ -201,9 +202,17 @@ int DesktopShell::runWithWindows(QCoreApplication& app, EngineBackend& engine,
         return UsageDescription::describe(usage.usageOf(id), QDateTime::currentDateTime());
     });
     QObject::connect(&usage, &UsageStore::usageChanged, editor, &ContentView::refreshUsage);
+    // The text cursor's place, so that the insert window and the form open just below it. Only
+    // on X11: on Wayland an application knows no screen coordinates, and Typolet's windows
+    // cannot be placed.
+    AtSpiTextCursorLocator cursorLocator;
+    TextCursorLocator* cursor = engine.windowFocus() ? &cursorLocator : nullptr;
+    if (cursor)
+        cursorLocator.start();
     InsertSnippetWindow insertWindow(store, usage);
     SnippetInserter inserter(insertWindow, engine.windowFocus(),
-                             [&engine](const Snippet& snippet) { engine.insert(snippet); });
+                             [&engine](const Snippet& snippet) { engine.insert(snippet); },
+                             cursor);
     QAction insertAction;
     insertAction.setObjectName(QStringLiteral("insertSnippet"));
     const auto showInsertKeys = [&insertAction](const QKeySequence& keys) {
@@ -222,7 +231,7 @@ int DesktopShell::runWithWindows(QCoreApplication& app, EngineBackend& engine,
     tray.addInsertAction(&insertAction);
     // Contents with form fields: the engine asks, the form over the window typed in answers.
     FillInForm fillInForm;
-    FormFiller formFiller(fillInForm, engine.windowFocus());
+    FormFiller formFiller(fillInForm, engine.windowFocus(), cursor);
     engine.setFormValueSource(&formFiller);
     QObject::connect(&app, &QCoreApplication::aboutToQuit, &formFiller,
                      [&engine] { engine.setFormValueSource(nullptr); });

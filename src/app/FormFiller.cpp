@@ -3,13 +3,15 @@
 #include "FillInForm.h"
 #include "Logging.h"
 #include "PlaceholderText.h"
+#include "TextCursorLocator.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
 
-FormFiller::FormFiller(FillInForm& form, WindowFocus* focus, QObject* parent)
-    : QObject(parent), m_form(form), m_focusReturn(focus) {
+FormFiller::FormFiller(FillInForm& form, WindowFocus* focus, TextCursorLocator* cursor,
+                       QObject* parent)
+    : QObject(parent), m_form(form), m_focusReturn(focus), m_cursor(cursor) {
     connect(&m_form, &FillInForm::filled, this, [this](const QHash<QString, QString>& values) {
         answer(Answer{Answer::Outcome::Filled, values});
     });
@@ -21,7 +23,14 @@ void FormFiller::askValues(const Snippet& snippet, AnswerHandler answered) {
     m_snippet = snippet;
     m_answered = std::move(answered);
     m_focusReturn.rememberFocused();
-    m_form.present(snippet, m_focusReturn.rememberedFrame());
+    const QRect frame = m_focusReturn.rememberedFrame();
+    if (!m_cursor) {
+        m_form.present(snippet, frame);
+        return;
+    }
+    m_cursor->locate(this, [this, snippet, frame](std::optional<QRect> cursor) {
+        m_form.present(snippet, frame, cursor.value_or(QRect()));
+    });
 }
 
 void FormFiller::answer(const Answer& given) {

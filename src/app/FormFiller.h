@@ -7,6 +7,7 @@
 #include <QObject>
 
 class FillInForm;
+class TextCursorLocator;
 class WindowFocus;
 
 // Answers the engine's question for a content's form fields: opens the fill-in form over the
@@ -17,8 +18,10 @@ class WindowFocus;
 class FormFiller : public QObject, public FormValueSource {
     Q_OBJECT
 public:
-    // `focus` may be null (Wayland): see FocusReturn.
-    FormFiller(FillInForm& form, WindowFocus* focus, QObject* parent = nullptr);
+    // `focus` may be null (Wayland): see FocusReturn. `cursor`, where not null, tells where the
+    // text cursor is, so that the form opens below it, where the insert window does.
+    FormFiller(FillInForm& form, WindowFocus* focus, TextCursorLocator* cursor = nullptr,
+               QObject* parent = nullptr);
 
     void askValues(const Snippet& snippet, AnswerHandler answered) override;
 
@@ -31,6 +34,7 @@ private:
 
     FillInForm& m_form;
     FocusReturn m_focusReturn;
+    TextCursorLocator* m_cursor;
     Snippet m_snippet;
     AnswerHandler m_answered;
 };

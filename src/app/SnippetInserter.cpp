@@ -2,14 +2,17 @@
 
 #include "InsertSnippetWindow.h"
 #include "Logging.h"
+#include "TextCursorLocator.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
 
 SnippetInserter::SnippetInserter(InsertSnippetWindow& window, WindowFocus* focus,
-                                 std::function<void(const Snippet&)> send, QObject* parent)
-    : QObject(parent), m_window(window), m_send(std::move(send)), m_focusReturn(focus) {
+                                 std::function<void(const Snippet&)> send,
+                                 TextCursorLocator* cursor, QObject* parent)
+    : QObject(parent), m_window(window), m_send(std::move(send)), m_focusReturn(focus),
+      m_cursor(cursor) {
     connect(&m_window, &InsertSnippetWindow::insertRequested, this, &SnippetInserter::send);
     connect(&m_window, &InsertSnippetWindow::dismissed, this,
             [this] { m_focusReturn.giveBack([](bool) {}); });
@@ -18,12 +21,23 @@ SnippetInserter::SnippetInserter(InsertSnippetWindow& window, WindowFocus* focus
 }
 
 void SnippetInserter::open() {
+    if (m_locating)
+        return; // the window is about to show
     if (m_window.isVisible()) {
         m_window.present(m_window.frameGeometry());
         return;
     }
     m_focusReturn.rememberFocused();
-    m_window.present(m_focusReturn.rememberedFrame());
+    const QRect frame = m_focusReturn.rememberedFrame();
+    if (!m_cursor) {
+        m_window.present(frame);
+        return;
+    }
+    m_locating = true;
+    m_cursor->locate(this, [this, frame](std::optional<QRect> cursor) {
+        m_locating = false;
+        m_window.present(frame, cursor.value_or(QRect()));
+    });
 }
 
 void SnippetInserter::send(const Snippet& snippet) {

@@ -7,6 +7,7 @@
 #include <functional>
 
 class InsertSnippetWindow;
+class TextCursorLocator;
 class WindowFocus;
 
 // Opens the insert window over the application the user was typing in, and sends the chosen
@@ -19,9 +20,11 @@ class SnippetInserter : public QObject {
     Q_OBJECT
 public:
     // `focus` may be null (Wayland): the compositor then gives the focus back by itself, and
-    // the content goes out after a short pause. `send` hands a snippet to the engine.
+    // the content goes out after a short pause. `send` hands a snippet to the engine. `cursor`,
+    // where not null, tells where the text cursor is, so that the window opens below it.
     SnippetInserter(InsertSnippetWindow& window, WindowFocus* focus,
-                    std::function<void(const Snippet&)> send, QObject* parent = nullptr);
+                    std::function<void(const Snippet&)> send, TextCursorLocator* cursor = nullptr,
+                    QObject* parent = nullptr);
 
     // Shows the window (the global key, the tray entry, `typolet --insert`).
     void open();
@@ -37,4 +40,7 @@ private:
     std::function<void(const Snippet&)> m_send;
     // To the window that had the focus when the insert window opened.
     FocusReturn m_focusReturn;
+    TextCursorLocator* m_cursor;
+    // Waiting for the text cursor's place: the window is not shown yet.
+    bool m_locating = false;
 };

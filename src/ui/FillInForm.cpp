@@ -41,7 +41,7 @@ void FillInForm::clearFields() {
     m_fields.clear();
 }
 
-void FillInForm::present(const Snippet& snippet, const QRect& around) {
+void FillInForm::present(const Snippet& snippet, const QRect& around, const QRect& caret) {
     clearFields();
     m_snippet = snippet.id;
     m_answered = false;
@@ -90,7 +90,7 @@ void FillInForm::present(const Snippet& snippet, const QRect& around) {
     }
     adjustSize();
     resize(std::max(width(), 360), height());
-    move(WindowPlacement::topLeft(size(), around));
+    move(WindowPlacement::topLeft(size(), around, caret));
     show();
     raise();
     activateWindow();

@@ -25,9 +25,10 @@ class FillInForm : public QWidget {
 public:
     explicit FillInForm(RecentFieldValues::Clock clock = {}, QWidget* parent = nullptr);
 
-    // Shows the fields of `snippet`'s content, centred on the screen that holds `around` (the
-    // window the user was typing in), and puts the keyboard in the first.
-    void present(const Snippet& snippet, const QRect& around = {});
+    // Shows the fields of `snippet`'s content, just below `caret` (the text cursor, when known)
+    // or else centred on the screen that holds `around` (the window the user was typing in),
+    // and puts the keyboard in the first.
+    void present(const Snippet& snippet, const QRect& around = {}, const QRect& caret = {});
     // Shows the form again with `note` in place of its fields (what happened to the last
     // answer); Return or Escape then only closes it.
     void showNote(const QString& note);

@@ -108,14 +108,14 @@ InsertSnippetWindow::~InsertSnippetWindow() {
     m_indexer.waitForDone();
 }
 
-void InsertSnippetWindow::present(const QRect& around) {
+void InsertSnippetWindow::present(const QRect& around, const QRect& caret) {
     m_note.clear();
     m_clipboard.reset();
     if (m_search->text().isEmpty())
         search();
     else
         m_search->clear(); // searches again
-    move(WindowPlacement::topLeft(size(), around));
+    move(WindowPlacement::topLeft(size(), around, caret));
     show();
     raise();
     activateWindow();

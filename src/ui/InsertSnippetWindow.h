@@ -32,9 +32,10 @@ public:
     InsertSnippetWindow(SnippetStore& store, UsageStore& usage, QWidget* parent = nullptr);
     ~InsertSnippetWindow() override;
 
-    // Shows the window with an empty search, centred on the screen that holds `around` (the
-    // window the user was typing in; the primary screen when it is empty), and takes the focus.
-    void present(const QRect& around = {});
+    // Shows the window with an empty search, just below `caret` (the text cursor, when known)
+    // or else centred on the screen that holds `around` (the window the user was typing in;
+    // the primary screen when it is empty), and takes the focus.
+    void present(const QRect& around = {}, const QRect& caret = {});
     // A line under the list, for what happened to the last request (shown until the next).
     void showNote(const QString& note);
 
