@@ -1,6 +1,6 @@
-// Where Insert Snippet opens in a real X session: just below the text cursor of a GTK text view,
-// as the accessibility bus reports that cursor, and centred on the screen when there is no
-// accessibility bus to ask.
+// Where Insert Snippet and the fill-in form open in a real X session: just below the text cursor
+// of a GTK text view, as the accessibility bus reports that cursor, and centred on the screen
+// when there is no accessibility bus to ask.
 #include "XSession.h"
 
 #include <QDBusArgument>
@@ -57,14 +57,13 @@ std::optional<ObjectRef> findTextView(QDBusConnection& bus, const ObjectRef& obj
 class InsertPlacementE2eTest : public QObject {
     Q_OBJECT
 
-    // The insert window's frame once it shows; empty if it never does.
-    static QRect insertWindowFrame(XSession& session) {
+    // The frame of Typolet's window named `title` (a pattern) once it shows and has the
+    // keyboard focus; empty if it never does.
+    static QRect focusedFrame(XSession& session, const QString& title) {
         QString window;
         XSession::waitFor(
             [&] {
-                window = session
-                             .output("xdotool",
-                                     {"search", "--onlyvisible", "--name", "^Insert Snippet$"})
+                window = session.output("xdotool", {"search", "--onlyvisible", "--name", title})
                              .trimmed();
                 return !window.isEmpty() && !window.contains(u'\n') &&
                        session.output("xdotool", {"getwindowfocus"}).trimmed() == window;
@@ -117,11 +116,16 @@ class InsertPlacementE2eTest : public QObject {
         return {box[0].toInt(), box[1].toInt(), std::max(box[2].toInt(), 1), box[3].toInt()};
     }
 
+    static QString describe(const QRect& r) {
+        return QStringLiteral("%1,%2 %3x%4").arg(r.x()).arg(r.y()).arg(r.width()).arg(r.height());
+    }
+
 private slots:
+    // The insert window, and then the fill-in form of a command typed on the same line.
     void opensBelowTheTextCursor() {
         XSession session;
         QVERIFY(session.isRunning() && session.startAccessibilityBus());
-        session.writeSnippets({{";addr", "12 Main Street"}});
+        session.writeSnippets({{";addr", "12 Main Street"}, {";dear", "Dear {{field:Name}}"}});
         QVERIFY2(session.startTypolet(), qPrintable(session.log()));
         // Typolet follows the focus from here on.
         QVERIFY2(XSession::waitFor([&] {
@@ -138,19 +142,37 @@ private slots:
         QVERIFY(session.run("xdotool", {"type", "--delay", "15", "thanks for "}));
         QVERIFY(XSession::waitFor(
             [&] { return XSession::readText(shown) == "Dear Ann,\nthanks for "; }));
-        const QRect cursor = textCursorOverTheBus(session);
+        QRect cursor = textCursorOverTheBus(session);
         // On the second line of a view that starts at 170,90.
         QVERIFY2(cursor.height() > 0 && cursor.left() > 170 && cursor.top() >= 90 + cursor.height(),
-                 qPrintable(QStringLiteral("%1,%2 %3x%4")
-                                .arg(cursor.x())
-                                .arg(cursor.y())
-                                .arg(cursor.width())
-                                .arg(cursor.height())));
+                 qPrintable(describe(cursor)));
 
         QVERIFY(session.run("xdotool", {"key", "ctrl+alt+period"}));
-        const QRect frame = insertWindowFrame(session);
+        QRect frame = focusedFrame(session, "^Insert Snippet$");
         QVERIFY2(!frame.isEmpty(), qPrintable(session.typoletOutput()));
         QCOMPARE(frame.topLeft(), QPoint(cursor.left(), cursor.bottom() + 1 + 4));
+
+        // Escape; further along the line, a command whose content asks for a name.
+        QVERIFY(session.run("xdotool", {"key", "Escape"}));
+        QVERIFY(XSession::waitFor([&] {
+            return session.output("xdotool", {"getwindowfocus"}).trimmed() ==
+                   session.targetWindow();
+        }));
+        QVERIFY(session.run("xdotool", {"type", "--delay", "15", "all; ;dear"}));
+        frame = focusedFrame(session, "^Fill In");
+        QVERIFY2(!frame.isEmpty(), qPrintable(session.typoletOutput()));
+        QVERIFY(XSession::waitFor(
+            [&] { return XSession::readText(shown) == "Dear Ann,\nthanks for all; "; }));
+        const QRect further = textCursorOverTheBus(session);
+        QVERIFY2(further.top() == cursor.top() && further.left() > cursor.left(),
+                 qPrintable(describe(further)));
+        // Below the same line. The view may not have taken in the keys that erased the command
+        // when Typolet asked, so the left edge lies at the cursor or up to the command's width
+        // after it; ";dear" is less than twice as wide as the five characters "all; ".
+        QCOMPARE(frame.top(), further.bottom() + 1 + 4);
+        QVERIFY2(frame.left() >= further.left() &&
+                     frame.left() <= further.left() + 2 * (further.left() - cursor.left()),
+                 qPrintable(describe(frame) + " under " + describe(further)));
     }
 
     void opensCentredWithoutAnAccessibilityBus() {
@@ -160,7 +182,7 @@ private slots:
         QVERIFY(session.run("xdotool", {"type", "--delay", "15", "Dear Ann,"}));
         QVERIFY(XSession::waitFor([&] { return session.shownText() == "Dear Ann,"; }));
         QVERIFY(session.run("xdotool", {"key", "ctrl+alt+period"}));
-        const QRect frame = insertWindowFrame(session);
+        const QRect frame = focusedFrame(session, "^Insert Snippet$");
         QVERIFY2(!frame.isEmpty(), qPrintable(session.typoletOutput()));
         const QStringList screen =
             session.output("xdotool", {"getdisplaygeometry"}).split(' ', Qt::SkipEmptyParts);
