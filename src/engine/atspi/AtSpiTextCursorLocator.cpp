@@ -30,6 +30,21 @@ struct Question {
             once(cursor);
     }
 };
+
+// The cursor's rectangle from a GetCharacterExtents reply (x, y, width, height).
+std::optional<QRect> cursorIn(const QDBusPendingReply<int, int, int, int>& reply) {
+    // An application that does not know its layout answers with an empty box; the place after
+    // the last character is as tall as a line but may have no width.
+    if (reply.isError() || reply.argumentAt<3>() <= 0)
+        return std::nullopt;
+    const QRect cursor(reply.argumentAt<0>(), reply.argumentAt<1>(),
+                       std::max(reply.argumentAt<2>(), 1), reply.argumentAt<3>());
+    qCDebug(lcEngine).noquote() << QStringLiteral("Text cursor at %1,%2, %3 high")
+                                       .arg(cursor.x())
+                                       .arg(cursor.y())
+                                       .arg(cursor.height());
+    return cursor;
+}
 } // namespace
 
 AtSpiTextCursorLocator::AtSpiTextCursorLocator(QObject* parent) : QObject(parent) {}
@@ -136,36 +151,20 @@ void AtSpiTextCursorLocator::locate(QObject* context, Answer answered) {
             [this, question, service, path](QDBusPendingCallWatcher* answer) {
                 answer->deleteLater();
                 const QDBusPendingReply<QDBusVariant> offset = *answer;
-                // Not a text, or one without a cursor.
-                if (offset.isError() || offset.value().variant().toInt() < 0 || !m_bus) {
+                const int at = offset.isError() ? -1 : offset.value().variant().toInt();
+                if (at < 0) { // not a text, or one without a cursor
                     question->answer(std::nullopt);
                     return;
                 }
                 QDBusMessage extents = QDBusMessage::createMethodCall(
                     service, path, textInterface, QStringLiteral("GetCharacterExtents"));
-                extents << offset.value().variant().toInt() << screenCoordinates;
+                extents << at << screenCoordinates;
                 auto* next =
                     new QDBusPendingCallWatcher(m_bus->asyncCall(extents, answerDeadlineMs), this);
                 connect(next, &QDBusPendingCallWatcher::finished, this,
                         [question](QDBusPendingCallWatcher* box) {
                             box->deleteLater();
-                            const QDBusPendingReply<int, int, int, int> reply = *box;
-                            // An application that does not know its layout answers with an
-                            // empty box; the place after the last character is as tall as a
-                            // line but may have no width.
-                            if (reply.isError() || reply.argumentAt<3>() <= 0) {
-                                question->answer(std::nullopt);
-                                return;
-                            }
-                            const QRect cursor(reply.argumentAt<0>(), reply.argumentAt<1>(),
-                                               std::max(reply.argumentAt<2>(), 1),
-                                               reply.argumentAt<3>());
-                            qCDebug(lcEngine).noquote()
-                                << QStringLiteral("Text cursor at %1,%2, %3 high")
-                                       .arg(cursor.x())
-                                       .arg(cursor.y())
-                                       .arg(cursor.height());
-                            question->answer(cursor);
+                            question->answer(cursorIn(*box));
                         });
             });
 }
