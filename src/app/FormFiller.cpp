@@ -88,8 +88,8 @@ void FormFiller::keepForUser(const QString& typed) {
     // Typed into whatever has the focus now, it could land anywhere; lost, the user would not
     // know what had been erased.
     QGuiApplication::clipboard()->setText(typed);
-    qCWarning(lcApp).noquote()
-        << QStringLiteral("The focus did not come back: the erased command went to the clipboard");
+    qCWarning(lcApp).noquote() << QStringLiteral(
+        "The focus did not come back: the erased command went to the clipboard");
     m_form.showNote(tr("Typolet could not return to the window you were typing in. "
                        "What you typed, “%1”, is on the clipboard: paste it there.")
                         .arg(typed));

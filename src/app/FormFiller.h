@@ -26,7 +26,9 @@ public:
     FormFiller(FillInForm& form, WindowFocus* focus, QObject* parent = nullptr);
 
     void askValues(const Snippet& snippet, AnswerHandler answered) override;
-    void setFocusHandlers(FocusHandlers handlers) override { m_focusHandlers = std::move(handlers); }
+    void setFocusHandlers(FocusHandlers handlers) override {
+        m_focusHandlers = std::move(handlers);
+    }
     void keepForUser(const QString& typed) override;
 
 signals:

@@ -87,8 +87,8 @@ private slots:
         QTest::addColumn<QString>("logged");
         QTest::newRow("filled") << "Return" << QByteArray("Dear Zoe!")
                                 << "the snippet went to the clipboard";
-        QTest::newRow("dismissed") << "Escape" << QByteArray(";dear")
-                                   << "the erased command went to the clipboard";
+        QTest::newRow("dismissed")
+            << "Escape" << QByteArray(";dear") << "the erased command went to the clipboard";
     }
     void focusCannotComeBack() {
         QFETCH(QString, key);

@@ -19,8 +19,9 @@ class WindowManagerE2eTest : public QObject {
     static void expectFile(XSession& session, const QString& path, const QString& expected) {
         QString actual;
         XSession::waitFor([&] { return (actual = XSession::readText(path)) == expected; }, 30000);
-        QVERIFY2(actual == expected, qPrintable(XSession::describeDifference(actual, expected) +
-                                                "\nTypolet: " + session.typoletOutput().right(1500)));
+        QVERIFY2(actual == expected,
+                 qPrintable(XSession::describeDifference(actual, expected) +
+                            "\nTypolet: " + session.typoletOutput().right(1500)));
     }
     // A GTK text view of its own class; its X window, or empty.
     static QString startView(XSession& session, const QString& windowClass, const QString& out) {
@@ -64,9 +65,8 @@ private slots:
         const QString notesWindow = startView(session, "TypoletNotes", notesOut);
         const QString otherWindow = startView(session, "OtherNotes", otherOut);
         QVERIFY2(!notesWindow.isEmpty() && !otherWindow.isEmpty(), qPrintable(session.log()));
-        QVERIFY(XSession::waitFor([&] {
-            return reparented(session, notesWindow) && reparented(session, otherWindow);
-        }));
+        QVERIFY(XSession::waitFor(
+            [&] { return reparented(session, notesWindow) && reparented(session, otherWindow); }));
 
         // The screen's top-level windows are the manager's frames now, which have no class:
         // the classes come from the manager's list of clients.

@@ -30,15 +30,18 @@ private slots:
     void includedMatchFilesMakeOneLimitedCategory() {
         QTemporaryDir base;
         const auto at = [&](const char* path) { return base.filePath(QString::fromUtf8(path)); };
+        // Each "/" "*" is split: the meta-object compiler would read it as a comment.
         QVERIFY(write(at("config/mail.yml"), "filter_class: Thunderbird\n"
                                              "includes:\n"
                                              "  - ../match/_mail.yml\n"
-                                             "  - \"$CONFIG/match/_mail/" "*.yml\"\n"
+                                             "  - \"$CONFIG/match/_mail/"
+                                             "*.yml\"\n"
                                              "  - ../match/_gone.yml\n"
                                              "  - mail.yml\n"
                                              "  - ../match/_broken.yml\n"
                                              "  - ../match/_folder.yml\n"
-                                             "  - \"$CONFIG/match/none/" "*.yml\"\n"
+                                             "  - \"$CONFIG/match/none/"
+                                             "*.yml\"\n"
                                              "extra_includes:\n"
                                              "  - ../match/_ring.yml\n"));
         // It names the configuration file again: read once, that adds nothing.
@@ -53,18 +56,22 @@ matches:
     replace: "Best regards, {{me}}"
     propagate_case: true
 )y"));
-        QVERIFY(write(at("match/_mail/b.yml"), "matches:\n  - trigger: \";b\"\n    replace: bee\n"));
+        QVERIFY(
+            write(at("match/_mail/b.yml"), "matches:\n  - trigger: \";b\"\n    replace: bee\n"));
         QVERIFY(write(at("match/_mail/a.yml"), "matches:\n  - trigger: \";a\"\n    replace: ay\n"));
-        QVERIFY(write(at("match/_mail/notes.txt"), "matches:\n  - trigger: \";n\"\n    replace: no\n"));
+        QVERIFY(
+            write(at("match/_mail/notes.txt"), "matches:\n  - trigger: \";n\"\n    replace: no\n"));
         // Two files that include each other.
-        QVERIFY(write(at("match/_ring.yml"),
-                      "includes: [_ring2.yml]\nmatches:\n  - trigger: \";r1\"\n    replace: one\n"));
+        QVERIFY(
+            write(at("match/_ring.yml"),
+                  "includes: [_ring2.yml]\nmatches:\n  - trigger: \";r1\"\n    replace: one\n"));
         QVERIFY(write(at("match/_ring2.yml"),
                       "includes: [_ring.yml]\nmatches:\n  - trigger: \";r2\"\n    replace: two\n"));
         QVERIFY(write(at("match/_broken.yml"), "matches: [\n  - trigger: \";x\"\n"));
         QVERIFY(QDir().mkpath(at("match/_folder.yml")));
         // Not included: in the usual layout it is everyone's, imported on its own.
-        QVERIFY(write(at("match/base.yml"), "matches:\n  - trigger: \";base\"\n    replace: all\n"));
+        QVERIFY(
+            write(at("match/base.yml"), "matches:\n  - trigger: \";base\"\n    replace: all\n"));
 
         ImportReader reader;
         const ImportPlan plan = LibraryImport::read(at("config/mail.yml"), reader);
@@ -81,8 +88,10 @@ matches:
 
         // Each file that could not be read is named, with why.
         QCOMPARE(plan.notRead.size(), 4);
-        QCOMPARE(plan.notRead.at(0), "$CONFIG/match/none/" "*.yml matches no file.");
-        QVERIFY2(plan.notRead.at(1).contains(at("match/_gone.yml")), qPrintable(plan.notRead.at(1)));
+        QCOMPARE(plan.notRead.at(0), "$CONFIG/match/none/"
+                                     "*.yml matches no file.");
+        QVERIFY2(plan.notRead.at(1).contains(at("match/_gone.yml")),
+                 qPrintable(plan.notRead.at(1)));
         QVERIFY2(plan.notRead.at(2).contains("_broken.yml") && plan.notRead.at(2).contains("YAML"),
                  qPrintable(plan.notRead.at(2)));
         QVERIFY2(plan.notRead.at(3).contains("_folder.yml"), qPrintable(plan.notRead.at(3)));

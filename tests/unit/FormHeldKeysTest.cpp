@@ -59,8 +59,8 @@ private slots:
             << Keys{keyB, keyBackSpace, keyC, keyLeft} << Keys{} << Keys{} << int(Outcome::Filled)
             << Expansions{erase, typed("Hi Bo!c")} << QStringList();
         QTest::newRow("typed right after Escape: after the command")
-            << Keys{} << Keys{} << Keys{keyB} << int(Outcome::Dismissed) << Expansions{erase, typed("qb")}
-            << QStringList();
+            << Keys{} << Keys{} << Keys{keyB} << int(Outcome::Dismissed)
+            << Expansions{erase, typed("qb")} << QStringList();
         QTest::newRow("both, in the order typed")
             << Keys{keyB} << Keys{} << Keys{keyC} << int(Outcome::Dismissed)
             << Expansions{erase, typed("qbc")} << QStringList();

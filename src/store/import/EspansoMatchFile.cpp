@@ -6,10 +6,10 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
-#include <QSet>
 #include <QHash>
-#include <QRegularExpression>
 #include <QLocale>
+#include <QRegularExpression>
+#include <QSet>
 #include <istream>
 #include <optional>
 #include <yaml-cpp/yaml.h>
@@ -386,7 +386,8 @@ QStringList includedFiles(const QString& written, const QString& folder, const Q
             const QDir dir(at);
             if (part == QLatin1String("**")) {
                 next.append(at);
-                QDirIterator below(at, QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+                QDirIterator below(at, QDir::Dirs | QDir::NoDotAndDotDot,
+                                   QDirIterator::Subdirectories);
                 while (below.hasNext())
                     next.append(below.next());
             } else if (!hasWildcards(part)) {
@@ -461,11 +462,12 @@ bool addMatches(const Entry& matches, const Entry& globals, const Category& cate
             ++plan.skipped;
             // Named by what the user typed for it, with what it needs.
             if (isScalar(keys.regex))
-                plan.leftOut.append(EspansoMatchFile::tr("%1 (regular expression)").arg(text(*keys.regex)));
+                plan.leftOut.append(
+                    EspansoMatchFile::tr("%1 (regular expression)").arg(text(*keys.regex)));
             else if (keys.image && (isScalar(keys.trigger) || isSequence(keys.triggers)))
                 if (const auto named = triggersOf(keys, budget); !named.isEmpty())
-                    plan.leftOut.append(
-                        EspansoMatchFile::tr("%1 (image)").arg(QString::fromStdString(*named.first())));
+                    plan.leftOut.append(EspansoMatchFile::tr("%1 (image)")
+                                            .arg(QString::fromStdString(*named.first())));
             continue;
         }
         // Each snippet holds a copy of the content once it is stored, so each counts.
@@ -488,8 +490,8 @@ bool addMatches(const Entry& matches, const Entry& globals, const Category& cate
         if (!programs.isEmpty()) {
             ++plan.skipped;
             const QString kind = programs.first().section(QLatin1Char('('), 1).chopped(1);
-            plan.leftOut.append(QStringLiteral("%1 (%2)")
-                                    .arg(QString::fromStdString(*triggers.first()), kind));
+            plan.leftOut.append(
+                QStringLiteral("%1 (%2)").arg(QString::fromStdString(*triggers.first()), kind));
             continue;
         }
         for (const QString& global : std::as_const(unknownGlobals))
@@ -521,9 +523,8 @@ struct Included {
 // `category`. Each file is read once: a file that includes itself, or one that includes the
 // file that included it, adds nothing more. A file that cannot be read is named in the plan,
 // and the others are read on. False when the import was cancelled.
-bool addIncluded(const QString& configPath, const QStringList& includes,
-                 const Category& category, ImportPlan& plan, Budget& budget,
-                 ImportReader& reader) {
+bool addIncluded(const QString& configPath, const QStringList& includes, const Category& category,
+                 ImportPlan& plan, Budget& budget, ImportReader& reader) {
     const QFileInfo config(configPath);
     // $CONFIG is the folder that holds the configuration files' folder.
     const QString base = QDir::cleanPath(config.absolutePath() + QLatin1String("/.."));
