@@ -51,6 +51,57 @@
     </message>
 </context>
 <context>
+    <name>ApplicationLimitEditor</name>
+    <message>
+        <source>Expands</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Where the snippets expand</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Everywhere</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Only in…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Everywhere except…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Applications</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Window classes, such as XTerm, firefox</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open Windows</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add the class of a window that is open now</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No open windows were found</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This session does not tell which application has the focus (Wayland): the snippets of a category limited to applications expand nowhere here.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name at least one application; without one the snippets expand everywhere.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>AtomicFile</name>
     <message>
         <source>what reached the disk is not what was written</source>
@@ -112,6 +163,16 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
     <message>
         <source>Move Snippets to “%1”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1
+Only in %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1
+Everywhere except %2</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -259,6 +320,26 @@ This will permanently delete all %n snippet(s) in this category.</source>
         <source>%1 makes more than %2 MB of snippet text once its aliases are followed, more than Typolet imports from one file.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>%1 (regular expression)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 (image)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 matches no file.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 keeps its snippets to windows by title or by program (filter_title, filter_exec), which Typolet cannot follow; nothing was imported. Only filter_class, the window class, can be imported.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 keeps its snippets to the applications of a regular expression (filter_class), which Typolet cannot follow; nothing was imported. Typolet reads a class name or names separated by “|”, such as Gedit or Alacritty|kitty.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>EvdevEngineBackend</name>
@@ -288,6 +369,32 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
     <message>
         <source>through the uinput virtual keyboard (the layout&apos;s keys)</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>FillInForm</name>
+    <message>
+        <source>Type</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Fill In</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Fill In “%1”</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>FormFiller</name>
+    <message>
+        <source>Typolet could not return to the window you were typing in. The snippet “%1” is on the clipboard: paste it there.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Typolet could not return to the window you were typing in. What you typed, “%1”, is on the clipboard: paste it there.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -360,6 +467,14 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
     <message>
         <source>Typed as written: %1. Typolet has no placeholder for these.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Left out: %1. Typolet cannot do these.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Some included files were not read, and their snippets are not here: %1</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -595,6 +710,10 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
     <message>
         <source>Snippets found: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preparing the search…</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -891,6 +1010,54 @@ This will permanently delete all %n snippet(s) in this category.</source>
             <numerusform></numerusform>
         </translation>
     </message>
+    <message>
+        <source>%1 has no name for its field (write it after the colon); it is typed as written.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 offers nothing to choose (write =a|b|c after its name); it is typed as written.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Asks first:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Fill-in field</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Fill-in field with a default</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>default</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Choice</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Label</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Several lines</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 (one of %2)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 (several lines)</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>PreferencesView</name>
@@ -1171,6 +1338,14 @@ This will permanently delete all %n snippet(s) in this category.</source>
         <source>This content is %L1 characters long. The editor shows the first %L2 and cannot change it; the command can still be changed and saved.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Match the command&apos;s case</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The command is found in any letter case: typed with a capital first letter, the content starts with a capital; typed all in capitals, the content is typed in capitals.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>SnippetInserter</name>
@@ -1224,6 +1399,14 @@ This will permanently delete all %n snippet(s) in this category.</source>
     </message>
     <message>
         <source>“%1” expands while “%2” is typed, so “%2” cannot be typed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%1” differs from this command only in letter case, and one of the two matches the command&apos;s case: both would expand for the same keys.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Two snippets with the command “%1” would both expand in the same application. Keep their categories to applications that do not overlap, or change one of the commands.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -64,6 +64,9 @@ public:
         QString retyped;        // keys that slipped in after the command, erased with it
         std::optional<QString> clipboard; // read before the form opened, if the content shows it
         bool asked = false;     // the command is erased and the form was asked for
+        // Keys held while the form had not the focus (as it opened, and once it is done until
+        // the answer's output): kept from every window, typed after the answer's output.
+        QList<KeyStroke> held;
     };
     // What an expansion under way (reading the clipboard or typing) knows.
     struct Output {

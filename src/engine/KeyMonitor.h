@@ -51,6 +51,11 @@ public:
     // reported. Keys of other programs are reported at any other time, also while holding.
     virtual void ownTypingStarts() {}
 
+    // The keys held now, and those held from now on, are for the window that has the focus
+    // now: one of Typolet's own windows had the focus while they were held, and gave it back
+    // to the window they were typed for.
+    virtual void heldKeysFollowFocus() {}
+
     // Lets the held keys go, from the next turn of the event loop on: each reaches the focused
     // application and is then reported (marked `replayed`), one per turn, never from inside this
     // call. When the report of one starts another expansion (holdKeys() is called meanwhile),

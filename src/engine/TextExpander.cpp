@@ -78,6 +78,21 @@ TextExpander::~TextExpander() {
         m_output->cancel();
 }
 
+void TextExpander::setFormValues(FormValueSource* source) {
+    m_formValues = source;
+    if (!source)
+        return;
+    const QPointer<TextExpander> self(this);
+    source->setFocusHandlers({[self] {
+                                  if (self)
+                                      self->formFocused();
+                              },
+                              [self] {
+                                  if (self)
+                                      self->formLeaving();
+                              }});
+}
+
 void TextExpander::startMonitoring() {
     PermissionProbe* permissions = m_platform.permissions;
     if (!permissions || !permissions->canObserveKeys()) {
@@ -355,6 +370,39 @@ QStringList TextExpander::slippedTexts(const QList<KeyStroke>& strokes, bool& pl
     return texts;
 }
 
+std::optional<QStringList> TextExpander::holdForOutput() {
+    // Keys that reached the application while the clipboard was read come first.
+    QList<KeyStroke> slippedKeys;
+    if (m_life.phase() == Phase::ReadingClipboard)
+        slippedKeys = std::exchange(m_life.output().typedWhileReading, {});
+    if (!m_monitoring)
+        return QStringList();
+    KeyHold& hold = holdKeys();
+    slippedKeys += hold.takeSlipped();
+    if (!hold.holding() && !m_saidCannotHold) {
+        m_saidCannotHold = true;
+        qCWarning(lcEngine).noquote()
+            << QStringLiteral("Could not hold the keyboard during an expansion (%1); keys "
+                              "typed meanwhile may land inside the text")
+                   .arg(m_platform.monitor->canHoldKeys()
+                            ? QStringLiteral("another program holds it")
+                            : QStringLiteral("the keyboards are only read here, never taken"));
+    }
+    bool plainText = true;
+    const QStringList slipped = slippedTexts(slippedKeys, plainText);
+    if (plainText)
+        return slipped;
+    // An editing key or a key chord followed the command at once: the command may no longer
+    // be before the caret, so erasing it could destroy other text. Nothing goes out, and the
+    // expansion ends at once.
+    qCInfo(lcKeys).noquote() << QStringLiteral("Expansion skipped: other keys reached the "
+                                               "application first");
+    m_life.keysAfterExpansion() = slipped + m_life.keysAfterExpansion();
+    m_life.handle(Event::OutputStarted);
+    expansionFinished();
+    return std::nullopt;
+}
+
 void TextExpander::forgetTyping() {
     m_buffer.clear();
     if (m_life.phase() == Phase::AwaitingWordEnd)
@@ -408,6 +456,12 @@ void TextExpander::awaitWordEnd(const Snippet& snippet, bool replayed) {
 bool TextExpander::heldWhileAwaiting(const KeyStroke& stroke) {
     if (m_life.expanding())
         return heldKey(stroke);
+    if (m_life.phase() == Phase::FillingIn || m_holdingForForm) {
+        // Typed for the application, not the form: typed after the answer's output. Kept
+        // from every window meanwhile, as letting it go would put it into the form.
+        (m_holdingForForm ? m_heldForForm : m_life.filling().held).append(stroke);
+        return false;
+    }
     if (m_life.phase() != Phase::AwaitingWordEnd || m_life.awaited().decided ||
         m_platform.translator->isModifierKey(stroke.keyCode))
         return true;
@@ -693,29 +747,19 @@ void TextExpander::askForValues(const Snippet& snippet, const QString& wordEnd,
     int erased = static_cast<int>(GraphemeText::count(snippet.command));
     if (endReached)
         erased += static_cast<int>(GraphemeText::count(wordEnd));
-    QList<KeyStroke> slippedKeys;
-    if (m_life.phase() == Phase::ReadingClipboard)
-        slippedKeys = std::exchange(m_life.output().typedWhileReading, {});
-    QString retyped;
-    if (m_monitoring) {
-        KeyHold& hold = holdKeys();
-        slippedKeys += hold.takeSlipped();
-        bool plainText = true;
-        const QStringList slipped = slippedTexts(slippedKeys, plainText);
-        if (!plainText) {
-            // As for any content: the command may no longer be before the caret.
-            qCInfo(lcKeys).noquote() << QStringLiteral("Expansion skipped: other keys reached the "
-                                                       "application first");
-            m_life.keysAfterExpansion() = slipped + m_life.keysAfterExpansion();
-            m_life.handle(Event::OutputStarted);
-            expansionFinished();
-            return;
-        }
-        retyped = slipped.join(QString());
-        erased += static_cast<int>(GraphemeText::count(retyped));
+    // Keys held from here on are the application's, kept for after the answer's output.
+    m_holdingForForm = true;
+    const auto slipped = holdForOutput();
+    m_holdingForForm = false;
+    if (!slipped) {
+        m_heldForForm.clear();
+        return;
     }
+    const QString retyped = slipped->join(QString());
+    erased += static_cast<int>(GraphemeText::count(retyped));
     m_life.handle(Event::ValuesAsked);
     ExpansionLifecycle::Filling& filling = m_life.filling();
+    filling.held = std::exchange(m_heldForForm, {});
     filling.snippet = snippet;
     filling.wordEnd = endReached ? wordEnd : QString();
     filling.retyped = retyped;
@@ -739,9 +783,8 @@ void TextExpander::commandErased() {
     if (m_life.phase() != Phase::FillingIn || m_life.filling().asked)
         return;
     m_life.filling().asked = true;
-    // The keys go on to the application now; from the moment the form has the focus they are
-    // the form's.
-    m_hold.reset();
+    // The keys stay held until the form has the focus: let go before, they would reach the
+    // application ahead of the content.
     m_formValues->askValues(m_life.filling().snippet,
                             [self = QPointer<TextExpander>(this)](
                                 const FormValueSource::Answer& answer) {
@@ -750,16 +793,77 @@ void TextExpander::commandErased() {
                             });
 }
 
+void TextExpander::formFocused() {
+    if (m_life.phase() != Phase::FillingIn || !m_life.filling().asked)
+        return;
+    // The held keys were kept back one by one; letting go gives the form the keyboard.
+    m_hold.reset();
+}
+
+void TextExpander::formLeaving() {
+    if (m_life.phase() != Phase::FillingIn || !m_life.filling().asked || !m_monitoring)
+        return;
+    // Keys that beat the hold reached the form as it closed: those after the key that closed
+    // it were typed for the application, the others are the form's own.
+    const QList<KeyStroke> slipped = holdKeys().takeSlipped();
+    qsizetype closing = -1;
+    for (qsizetype i = 0; i < slipped.size(); ++i) {
+        const KeyStroke& stroke = slipped[i];
+        const QString text =
+            m_platform.translator->peekText(stroke.keyCode, stroke.state).value_or(QString());
+        if (m_platform.translator->isEscapeKey(stroke.keyCode) || text == u"\r" || text == u"\n")
+            closing = i;
+    }
+    m_life.filling().held += slipped.mid(closing + 1);
+}
+
+QString TextExpander::heldForFormText(const QList<KeyStroke>& strokes) {
+    QString text;
+    int leftOut = 0;
+    for (const KeyStroke& stroke : strokes) {
+        if (m_platform.translator->isModifierKey(stroke.keyCode))
+            continue;
+        const auto key =
+            m_platform.translator->translateKeyCode(stroke.keyCode, stroke.state, m_deadKeyState);
+        if (!key || key->isEmpty())
+            continue;
+        for (int i = 0; i <= stroke.repeats; ++i) {
+            if (isBackspace(*key)) {
+                if (!text.isEmpty())
+                    text.chop(GraphemeText::clusters(text).constLast().size());
+            } else if (leavesTheField(*key) || isAccepted(*key)) {
+                text += *key;
+            } else {
+                ++leftOut;
+            }
+        }
+    }
+    if (leftOut > 0)
+        qCInfo(lcKeys).noquote()
+            << QStringLiteral("%1 key(s) held while the form opened or closed were not text: "
+                              "left out")
+                   .arg(leftOut);
+    return text;
+}
+
 void TextExpander::valuesAnswered(const FormValueSource::Answer& answer) {
     if (m_life.phase() != Phase::FillingIn || !m_life.filling().asked)
         return;
-    const ExpansionLifecycle::Filling filling = m_life.filling();
+    ExpansionLifecycle::Filling& open = m_life.filling();
+    // What the user typed for the application while the form had not the focus follows what
+    // was typed before it opened.
+    open.retyped += heldForFormText(std::exchange(open.held, {}));
+    const ExpansionLifecycle::Filling filling = open;
+    // The focus is back where the command was typed: the keys held since the form was done
+    // were typed for this window.
+    if (answer.outcome != FormValueSource::Answer::Outcome::FocusLost && m_hold)
+        m_platform.monitor->heldKeysFollowFocus();
     switch (answer.outcome) {
     case FormValueSource::Answer::Outcome::Filled:
         expandWith(filling.snippet, filling.wordEnd, true, filling.clipboard, answer.values);
         return;
     case FormValueSource::Answer::Outcome::Dismissed:
-        // As it was typed: the command, what ended its word, and what followed at once.
+        // As it was typed: the command, what ended its word, and what followed.
         qCInfo(lcEngine).noquote() << QStringLiteral("Form dismissed: the command is put back");
         replace(0, filling.snippet.command + filling.wordEnd + filling.retyped, std::nullopt, {});
         return;
@@ -768,54 +872,27 @@ void TextExpander::valuesAnswered(const FormValueSource::Answer& answer) {
             << QStringLiteral("The window typed in did not get the focus back: nothing typed");
         m_life.handle(Event::ExpansionDropped);
         m_buffer.clear();
+        m_hold.reset(); // the keys are the focused window's again
+        if (answer.dismissed)
+            m_formValues->keepForUser(filling.snippet.command + filling.wordEnd + filling.retyped);
         return;
     }
 }
 
 void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,
                            const QString& bufferAfter, int caretBack) {
-    // Keys that reached the application while the clipboard was read come first.
-    QList<KeyStroke> slippedKeys;
-    if (m_life.phase() == Phase::ReadingClipboard)
-        slippedKeys = std::exchange(m_life.output().typedWhileReading, {});
-    QString retyped;
-    if (m_monitoring) {
-        KeyHold& hold = holdKeys();
-        slippedKeys += hold.takeSlipped();
-        if (!hold.holding() && !m_saidCannotHold) {
-            m_saidCannotHold = true;
-            qCWarning(lcEngine).noquote()
-                << QStringLiteral("Could not hold the keyboard during an expansion (%1); keys "
-                                  "typed meanwhile may land inside the text")
-                       .arg(m_platform.monitor->canHoldKeys()
-                                ? QStringLiteral("another program holds it")
-                                : QStringLiteral("the keyboards are only read here, never taken"));
-        }
-        // Keys that reached the application after the command, before the hold began.
-        bool plainText = true;
-        const QStringList slipped = slippedTexts(slippedKeys, plainText);
-        QStringList& keysAfter = m_life.keysAfterExpansion();
-        if (!plainText) {
-            // An editing key or a key chord followed the command at once: the command may no
-            // longer be before the caret, so erasing it could destroy other text. Nothing goes
-            // out, and the expansion ends at once.
-            qCInfo(lcKeys).noquote() << QStringLiteral("Expansion skipped: other keys reached the "
-                                              "application first");
-            keysAfter = slipped + keysAfter;
-            m_life.handle(Event::OutputStarted);
-            expansionFinished();
-            return;
-        }
-        // Plain text is erased with the command and typed again after the content.
-        retyped = slipped.join(QString());
-        erased += static_cast<int>(GraphemeText::count(retyped));
-        if (caretBack > 0)
-            caretBack += static_cast<int>(GraphemeText::count(retyped)); // not before the caret
-        else
-            keysAfter = slipped + keysAfter;
-        if (!slipped.isEmpty())
-            undo.reset(); // the next key has come already
-    }
+    const auto slipped = holdForOutput();
+    if (!slipped)
+        return;
+    // Plain text is erased with the command and typed again after the content.
+    const QString retyped = slipped->join(QString());
+    erased += static_cast<int>(GraphemeText::count(retyped));
+    if (caretBack > 0)
+        caretBack += static_cast<int>(GraphemeText::count(retyped)); // not before the caret
+    else
+        m_life.keysAfterExpansion() = *slipped + m_life.keysAfterExpansion();
+    if (!slipped->isEmpty())
+        undo.reset(); // the next key has come already
 
     m_buffer.clear();
     m_buffer.append(bufferAfter);

@@ -70,7 +70,9 @@ public:
     void setClipboard(ClipboardSource* clipboard) { m_clipboard = clipboard; }
     // Where a content's form fields ({{field:Name}}, ...) get their values. Without one they
     // type their defaults, as the content is typed at once.
-    void setFormValues(FormValueSource* source) { m_formValues = source; }
+    // Keys typed while the form opens, and after it is done until the answer's output, are
+    // held and come after that output, as typed.
+    void setFormValues(FormValueSource* source);
     // Contents of at least `characters` characters are pasted through the clipboard instead of
     // typed, which is far quicker for long ones; 0 (the default) types every content.
     void setPasteThreshold(int characters) { m_pasteThreshold = characters; }
@@ -156,7 +158,15 @@ private:
     void askForValues(const Snippet& snippet, const QString& wordEnd, bool endReached,
                       const std::optional<QString>& clipboard);
     void commandErased();
+    // The form has the keyboard focus: the keys held as it opened wait for the answer, the
+    // others are the form's.
+    void formFocused();
+    // The form is done: keys are held again until the answer's output.
+    void formLeaving();
     void valuesAnswered(const FormValueSource::Answer& answer);
+    // The keys held while the form had not the focus, as text: BackSpace takes back the
+    // character before it, keys that are not text are left out.
+    QString heldForFormText(const QList<KeyStroke>& strokes);
     // A command that waits for a word to end has been typed: the next key decides. The keys
     // are held meanwhile where they can be, so that a Tab or Return that ends the word
     // reaches the application only after the content. Not for a key let go from a hold: the
@@ -177,6 +187,11 @@ private:
     // The texts of keys that reached the application before a hold began, in order; `plainText`
     // turns false when one is not plain text (an editing key, a chord, an uncertain repeat).
     QStringList slippedTexts(const QList<KeyStroke>& strokes, bool& plainText);
+    // Holds the keys for an output and gathers, as texts, those that reached the application
+    // after the command before the hold began (with those typed while the clipboard was
+    // read). When one is not plain text the command may no longer be before the caret: the
+    // expansion then ends at once, the keys are taken in afterwards, and nothing is returned.
+    std::optional<QStringList> holdForOutput();
     // Holds the keyboard unless it is held already; the filter sees each key held.
     KeyHold& holdKeys();
     void releaseHeldKeys();
@@ -210,6 +225,9 @@ private:
     FormValueSource* m_formValues = nullptr;
     int m_pasteThreshold = 0;
     bool m_saidCannotHold = false;
+    // While the hold for a form begins, before the form is asked for: the keys held meanwhile.
+    bool m_holdingForForm = false;
+    QList<KeyStroke> m_heldForForm;
 
     ExpansionLifecycle m_life;
     QTimer m_awaitTimer;

@@ -61,6 +61,10 @@ ImportDialog::ImportDialog(SnippetStore& store, ImportPlan plan, QWidget* parent
     if (!candidates.leftOut.isEmpty())
         summary.append(tr("Left out: %1. Typolet cannot do these.")
                            .arg(candidates.leftOut.join(QStringLiteral(", "))));
+    if (!candidates.notRead.isEmpty())
+        summary.append(tr("Some included files were not read, and their snippets are not "
+                          "here: %1")
+                           .arg(candidates.notRead.join(QLatin1Char(' '))));
     if (!candidates.typedAsWritten.isEmpty())
         summary.append(tr("Typed as written: %1. Typolet has no placeholder for these.")
                            .arg(candidates.typedAsWritten.join(QStringLiteral(", "))));

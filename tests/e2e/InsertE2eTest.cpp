@@ -47,16 +47,6 @@ class InsertE2eTest : public QObject {
                    session.targetWindow();
         }, 5000);
     }
-    static QByteArray clipboard(XSession& session) {
-        QProcess xclip;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("DISPLAY"), session.display());
-        xclip.setProcessEnvironment(env);
-        xclip.start(QStringLiteral("xclip"), {"-selection", "clipboard", "-o"});
-        // The event loop runs meanwhile: Typolet may be the one answering.
-        XSession::waitFor([&] { return xclip.state() == QProcess::NotRunning; }, 10000);
-        return xclip.readAllStandardOutput();
-    }
 
 private slots:
     void insertsIntoTheWindowThatHadTheFocus() {
@@ -70,7 +60,7 @@ private slots:
         copied.close();
         session.start(QStringLiteral("xclip"), {"-quiet", "-selection", "clipboard", "-i",
                                                 session.file("copied")});
-        QVERIFY(XSession::waitFor([&] { return clipboard(session) == before; }));
+        QVERIFY(XSession::waitFor([&] { return session.clipboardText() == before; }));
         const QString letter = longText();
         QVERIFY2(session.startWith({{";addr", kShort}, {";letter", letter}},
                                    XSession::Target::GtkTextView),
@@ -99,7 +89,7 @@ private slots:
         QVERIFY2(shown == expected, qPrintable(XSession::describeDifference(shown, expected)));
         QVERIFY2(session.typoletOutput().contains("Pasting with Ctrl+V"),
                  qPrintable(session.typoletOutput().right(1500)));
-        QVERIFY(XSession::waitFor([&] { return clipboard(session) == before; }));
+        QVERIFY(XSession::waitFor([&] { return session.clipboardText() == before; }));
 
         // Escape: the view keeps its text and the focus.
         QVERIFY(session.run(QStringLiteral("xdotool"), {"key", "ctrl+alt+period"}));

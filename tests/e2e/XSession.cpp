@@ -131,6 +131,14 @@ QString XSession::output(const QString& program, const QStringList& arguments) c
     return QString::fromLocal8Bit(process.readAllStandardOutput());
 }
 
+QByteArray XSession::clipboardText() const {
+    QProcess xclip;
+    xclip.setProcessEnvironment(environment({}));
+    xclip.start(QStringLiteral("xclip"), {"-selection", "clipboard", "-o"});
+    waitFor([&] { return xclip.state() == QProcess::NotRunning; }, 10000);
+    return xclip.readAllStandardOutput();
+}
+
 bool XSession::run(const QString& program, const QStringList& arguments, int timeoutMs) {
     QProcess process;
     process.setProcessEnvironment(environment({}));

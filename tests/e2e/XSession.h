@@ -81,6 +81,9 @@ public:
     bool run(const QString& program, const QStringList& arguments, int timeoutMs = 30000);
     // Runs an X tool (xwininfo) to completion and returns what it printed.
     QString output(const QString& program, const QStringList& arguments) const;
+    // The clipboard's text as xclip reads it; the event loop runs meanwhile, as Typolet may be
+    // the one answering.
+    QByteArray clipboardText() const;
 
     // A D-Bus session bus, which brings AT-SPI's accessibility bus, for every program started
     // after it; without it programs run with no session bus. Before startTypolet().

@@ -28,10 +28,15 @@ class ScriptedForm : public FormValueSource {
 public:
     QList<Snippet> asked;
     AnswerHandler answer;
+    FocusHandlers focus;
+    QStringList keptForUser;
     void askValues(const Snippet& snippet, AnswerHandler answered) override {
         asked.append(snippet);
         answer = std::move(answered);
+        focus.focused(); // the form has the keyboard at once
     }
+    void setFocusHandlers(FocusHandlers handlers) override { focus = std::move(handlers); }
+    void keepForUser(const QString& typed) override { keptForUser.append(typed); }
 };
 
 Expansion erase(int count) {

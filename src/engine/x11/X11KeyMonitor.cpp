@@ -497,6 +497,11 @@ void X11KeyMonitor::dropHeldPresses() {
                    .arg(presses);
 }
 
+void X11KeyMonitor::heldKeysFollowFocus() {
+    if (m_keysGrabbed)
+        m_focusWhenHeld = inputFocus();
+}
+
 void X11KeyMonitor::releaseKeys() {
     if (m_stage == HoldStage::Free)
         return;

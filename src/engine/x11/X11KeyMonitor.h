@@ -45,6 +45,7 @@ public:
     HoldResult holdKeys(HeldKeyFilter onHeld) override;
     void releaseKeys() override;
     void ownTypingStarts() override { m_stage = HoldStage::OwnTyping; }
+    void heldKeysFollowFocus() override;
     void setFocusChangeHandler(std::function<void()> handler) override {
         m_focusChanged = std::move(handler);
     }

@@ -3,10 +3,13 @@
 #include "ImportReader.h"
 #include "YamlInputBuffer.h"
 
+#include <QDir>
+#include <QDirIterator>
 #include <QFileInfo>
 #include <QHash>
-#include <QRegularExpression>
 #include <QLocale>
+#include <QRegularExpression>
+#include <QSet>
 #include <istream>
 #include <optional>
 #include <yaml-cpp/yaml.h>
@@ -331,6 +334,247 @@ QList<const std::string*> triggersOf(const MatchKeys& keys, Budget& budget) {
     }
     return triggers;
 }
+// One name of a path with wildcards as a regular expression: `*` and `?` stand for any
+// characters (one for `?`), `[...]` for one of a set.
+QRegularExpression namePattern(const QString& glob) {
+    QString pattern;
+    for (qsizetype i = 0; i < glob.size(); ++i) {
+        const QChar c = glob[i];
+        const qsizetype setEnd = c == u'[' ? glob.indexOf(u']', i + 2) : -1;
+        if (c == u'*') {
+            pattern += QLatin1String(".*");
+        } else if (c == u'?') {
+            pattern += QLatin1Char('.');
+        } else if (setEnd > i) {
+            QString set = glob.mid(i + 1, setEnd - i - 1);
+            if (set.startsWith(u'!'))
+                set[0] = u'^';
+            pattern += QLatin1Char('[') + set.replace(QLatin1Char('\\'), QLatin1String("\\\\")) +
+                       QLatin1Char(']');
+            i = setEnd;
+        } else {
+            pattern += QRegularExpression::escape(QString(c));
+        }
+    }
+    return QRegularExpression(QRegularExpression::anchoredPattern(pattern));
+}
+
+bool hasWildcards(QStringView text) {
+    return text.contains(u'*') || text.contains(u'?') || text.contains(u'[');
+}
+
+// The files one entry of `includes` names: relative to `folder` (the including file's), or to
+// `base` after a leading $CONFIG/; with wildcards, the files they match, in name order. A
+// folder named `**` stands for any number of folders.
+QStringList includedFiles(const QString& written, const QString& folder, const QString& base) {
+    QString path = written;
+    if (path.startsWith(QLatin1String("$CONFIG/")))
+        path = base + path.mid(7);
+    else if (QDir::isRelativePath(path))
+        path = folder + QLatin1Char('/') + path;
+    path = QDir::cleanPath(path);
+    if (!hasWildcards(path))
+        return {path};
+    // Matched one name at a time, so that only the folders the pattern names are looked in.
+    const QStringList parts = path.split(QLatin1Char('/'));
+    QStringList reached{parts.first().isEmpty() ? QStringLiteral("/") : parts.first()};
+    for (qsizetype i = 1; i < parts.size(); ++i) {
+        const QString& part = parts[i];
+        const bool last = i == parts.size() - 1;
+        QStringList next;
+        for (const QString& at : std::as_const(reached)) {
+            const QDir dir(at);
+            if (part == QLatin1String("**")) {
+                next.append(at);
+                QDirIterator below(at, QDir::Dirs | QDir::NoDotAndDotDot,
+                                   QDirIterator::Subdirectories);
+                while (below.hasNext())
+                    next.append(below.next());
+            } else if (!hasWildcards(part)) {
+                next.append(dir.filePath(part));
+            } else {
+                const QRegularExpression pattern = namePattern(part);
+                const auto kind = last ? QDir::Files : QDir::Dirs | QDir::NoDotAndDotDot;
+                for (const QString& name : dir.entryList(kind, QDir::Name))
+                    if (pattern.match(name).hasMatch())
+                        next.append(dir.filePath(name));
+            }
+        }
+        reached = next;
+    }
+    reached.removeIf([](const QString& file) { return !QFileInfo(file).isFile(); });
+    reached.sort();
+    reached.removeDuplicates();
+    return reached;
+}
+
+// The entries of an `includes` list (a single path is taken as a list of one).
+QStringList pathsOf(const Entry& list, Budget& budget) {
+    if (isScalar(list))
+        return {text(*list)};
+    QStringList paths;
+    if (!isSequence(list))
+        return paths;
+    for (const YAML::Node& item : *list) {
+        budget.visit();
+        if (item.IsScalar())
+            paths.append(text(item));
+    }
+    return paths;
+}
+
+QString yamlError(const QString& path, const YAML::Exception& error) {
+    const QString what = QString::fromStdString(error.msg);
+    if (error.mark.is_null())
+        return EspansoMatchFile::tr("%1 is not valid YAML: %2.").arg(path, what);
+    // Lines and columns counted from 1, as editors show them.
+    return EspansoMatchFile::tr("%1 is not valid YAML: %2 (line %3, column %4).")
+        .arg(path, what)
+        .arg(error.mark.line + 1)
+        .arg(error.mark.column + 1);
+}
+
+// Adds the snippets of a file's `matches` (with its `global_vars`) to `plan`, in `category`.
+// `progress`: the matches are the reader's remaining work, reported as they are converted.
+// False when the import was cancelled.
+bool addMatches(const Entry& matches, const Entry& globals, const Category& category,
+                ImportPlan& plan, Budget& budget, ImportReader& reader, bool progress) {
+    QHash<QString, QString> globalValues;
+    QStringList unknownGlobals; // named only where a match uses them
+    QStringList programGlobals;
+    readVars(globals, globalValues, unknownGlobals, programGlobals, budget);
+    if (!isSequence(matches))
+        return true;
+    const qint64 count = qint64(matches->size());
+    qint64 done = 0;
+    for (const YAML::Node& match : *matches) {
+        budget.visit();
+        if (progress)
+            reader.report(parseShare * count + (1000 - parseShare) * done++, 1000 * count);
+        if (reader.cancelled())
+            return false;
+        const MatchKeys keys = match.IsMap() ? keysOf(match, budget) : MatchKeys{};
+        // A form match types its layout with the fields filled in.
+        const Entry& body = isScalar(keys.replace) ? keys.replace : keys.form;
+        const auto triggers =
+            isScalar(body) ? triggersOf(keys, budget) : QList<const std::string*>();
+        if (triggers.isEmpty()) {
+            ++plan.skipped;
+            // Named by what the user typed for it, with what it needs.
+            if (isScalar(keys.regex))
+                plan.leftOut.append(
+                    EspansoMatchFile::tr("%1 (regular expression)").arg(text(*keys.regex)));
+            else if (keys.image && (isScalar(keys.trigger) || isSequence(keys.triggers)))
+                if (const auto named = triggersOf(keys, budget); !named.isEmpty())
+                    plan.leftOut.append(EspansoMatchFile::tr("%1 (image)")
+                                            .arg(QString::fromStdString(*named.first())));
+            continue;
+        }
+        // Each snippet holds a copy of the content once it is stored, so each counts.
+        const qint64 contentSize = qint64(body->Scalar().size());
+        for (const std::string* trigger : triggers)
+            budget.take(qint64(trigger->size()) + contentSize);
+        // `word: true` waits for the word around the trigger to end, as our option does.
+        const bool wholeWord = isScalar(keys.word) && keys.word->Scalar() == "true";
+        QHash<QString, QString> values = globalValues;
+        QStringList programs;
+        readVars(keys.vars, values, plan.typedAsWritten, programs, budget);
+        const QString written =
+            isScalar(keys.replace)
+                ? text(*keys.replace)
+                : formContent(text(*body), formFieldsOf(text(*body), keys.formFields, budget));
+        for (const QString& global : std::as_const(programGlobals))
+            if (!values.contains(global.section(QLatin1Char(' '), 0, 0)))
+                programs.append(global);
+        programs.removeIf([&](const QString& named) { return !uses(written, named); });
+        if (!programs.isEmpty()) {
+            ++plan.skipped;
+            const QString kind = programs.first().section(QLatin1Char('('), 1).chopped(1);
+            plan.leftOut.append(
+                QStringLiteral("%1 (%2)").arg(QString::fromStdString(*triggers.first()), kind));
+            continue;
+        }
+        for (const QString& global : std::as_const(unknownGlobals))
+            if (written.contains(QStringLiteral("{{") + global.section(QLatin1Char(' '), 0, 0)) &&
+                !plan.typedAsWritten.contains(global))
+                plan.typedAsWritten.append(global);
+        const QString content = withValues(written, values);
+        // `propagate_case: true` is our "Match the command's case".
+        const bool matchCase =
+            isScalar(keys.propagateCase) && keys.propagateCase->Scalar() == "true";
+        for (const std::string* trigger : triggers) {
+            Snippet snippet = Snippet::create(
+                QString::fromStdString(*trigger), content, category.id,
+                wholeWord ? Snippet::Trigger::AfterWordEnd : Snippet::Trigger::Immediately);
+            snippet.matchCase = matchCase;
+            plan.addSnippet(snippet);
+        }
+    }
+    return true;
+}
+
+// A file named by an include, waiting to be read, with the folder its own includes start from.
+struct Included {
+    QString written; // as the including file names it
+    QString path;
+};
+
+// Reads the match files a configuration file includes (and those they include in turn) into
+// `category`. Each file is read once: a file that includes itself, or one that includes the
+// file that included it, adds nothing more. A file that cannot be read is named in the plan,
+// and the others are read on. False when the import was cancelled.
+bool addIncluded(const QString& configPath, const QStringList& includes, const Category& category,
+                 ImportPlan& plan, Budget& budget, ImportReader& reader) {
+    const QFileInfo config(configPath);
+    // $CONFIG is the folder that holds the configuration files' folder.
+    const QString base = QDir::cleanPath(config.absolutePath() + QLatin1String("/.."));
+    QSet<QString> seen{config.canonicalFilePath()};
+    QList<Included> queue;
+    const auto enqueue = [&](const QStringList& written, const QString& folder) {
+        for (const QString& entry : written) {
+            const QStringList files = includedFiles(entry, folder, base);
+            if (files.isEmpty())
+                plan.notRead.append(EspansoMatchFile::tr("%1 matches no file.").arg(entry));
+            for (const QString& file : files)
+                queue.append({entry, file});
+        }
+    };
+    enqueue(includes, config.absolutePath());
+    while (!queue.isEmpty()) {
+        const Included next = queue.takeFirst();
+        const QFileInfo info(next.path);
+        const QString identity = info.exists() ? info.canonicalFilePath() : next.path;
+        if (seen.contains(identity))
+            continue;
+        seen.insert(identity);
+        QByteArray data;
+        if (const auto error = reader.readFile(next.path, data)) {
+            if (reader.cancelled())
+                return false;
+            plan.notRead.append(*error);
+            continue;
+        }
+        YAML::Node root;
+        try {
+            root = YAML::Load(data.toStdString());
+        } catch (const YAML::Exception& error) {
+            plan.notRead.append(yamlError(next.path, error));
+            continue;
+        }
+        Entry matches, globals, includesMore, extraMore;
+        if (root.IsMap())
+            collect(root,
+                    {{"matches", &matches},
+                     {"global_vars", &globals},
+                     {"includes", &includesMore},
+                     {"extra_includes", &extraMore}},
+                    budget);
+        if (!addMatches(matches, globals, category, plan, budget, reader, false))
+            return false;
+        enqueue(pathsOf(includesMore, budget) + pathsOf(extraMore, budget), info.absolutePath());
+    }
+    return true;
+}
 } // namespace
 
 ImportPlan EspansoMatchFile::read(const QString& path, ImportReader& reader) {
@@ -354,14 +598,16 @@ ImportPlan EspansoMatchFile::decode(const QString& path, const QByteArray& yaml,
         if (reader.cancelled())
             return ImportPlan::failure(path, ImportReader::cancelledMessage());
         Budget budget(path);
-        Entry matches, globals, filterClass, filterTitle, filterExec;
+        Entry matches, globals, filterClass, filterTitle, filterExec, includes, extraIncludes;
         if (root.IsMap())
             collect(root,
                     {{"matches", &matches},
                      {"global_vars", &globals},
                      {"filter_class", &filterClass},
                      {"filter_title", &filterTitle},
-                     {"filter_exec", &filterExec}},
+                     {"filter_exec", &filterExec},
+                     {"includes", &includes},
+                     {"extra_includes", &extraIncludes}},
                     budget);
         // A file for some applications only: its snippets go to a category limited to them.
         // A filter Typolet cannot follow refuses the file rather than let its snippets expand
@@ -383,76 +629,16 @@ ImportPlan EspansoMatchFile::decode(const QString& path, const QByteArray& yaml,
                               .arg(path));
             plan.categories.first().limit = {Category::Limit::Kind::onlyIn, *names};
         }
-        QHash<QString, QString> globalValues;
-        QStringList unknownGlobals; // named only where a match uses them
-        QStringList programGlobals;
-        readVars(globals, globalValues, unknownGlobals, programGlobals, budget);
-        if (!isSequence(matches))
+        // A configuration file takes its snippets from the match files it includes.
+        const QStringList included = pathsOf(includes, budget) + pathsOf(extraIncludes, budget);
+        const bool configuration = includes || extraIncludes;
+        if (!configuration && !isSequence(matches))
             return ImportPlan::failure(
                 path, tr("%1 has no \u201Cmatches\u201D list, so it holds no snippets to import.")
                           .arg(path));
-        const qint64 count = qint64(matches->size());
-        qint64 done = 0;
-        for (const YAML::Node& match : *matches) {
-            budget.visit();
-            reader.report(parseShare * count + (1000 - parseShare) * done++, 1000 * count);
-            if (reader.cancelled())
-                return ImportPlan::failure(path, ImportReader::cancelledMessage());
-            const MatchKeys keys = match.IsMap() ? keysOf(match, budget) : MatchKeys{};
-            // A form match types its layout with the fields filled in.
-            const Entry& body = isScalar(keys.replace) ? keys.replace : keys.form;
-            const auto triggers =
-                isScalar(body) ? triggersOf(keys, budget) : QList<const std::string*>();
-            if (triggers.isEmpty()) {
-                ++plan.skipped;
-                // Named by what the user typed for it, with what it needs.
-                if (isScalar(keys.regex))
-                    plan.leftOut.append(tr("%1 (regular expression)").arg(text(*keys.regex)));
-                else if (keys.image && (isScalar(keys.trigger) || isSequence(keys.triggers)))
-                    if (const auto named = triggersOf(keys, budget); !named.isEmpty())
-                        plan.leftOut.append(tr("%1 (image)").arg(QString::fromStdString(*named.first())));
-                continue;
-            }
-            // Each snippet holds a copy of the content once it is stored, so each counts.
-            const qint64 contentSize = qint64(body->Scalar().size());
-            for (const std::string* trigger : triggers)
-                budget.take(qint64(trigger->size()) + contentSize);
-            // `word: true` waits for the word around the trigger to end, as our option does.
-            const bool wholeWord = isScalar(keys.word) && keys.word->Scalar() == "true";
-            QHash<QString, QString> values = globalValues;
-            QStringList programs;
-            readVars(keys.vars, values, plan.typedAsWritten, programs, budget);
-            const QString written =
-                isScalar(keys.replace)
-                    ? text(*keys.replace)
-                    : formContent(text(*body), formFieldsOf(text(*body), keys.formFields, budget));
-            for (const QString& global : std::as_const(programGlobals))
-                if (!values.contains(global.section(QLatin1Char(' '), 0, 0)))
-                    programs.append(global);
-            programs.removeIf([&](const QString& named) { return !uses(written, named); });
-            if (!programs.isEmpty()) {
-                ++plan.skipped;
-                const QString kind = programs.first().section(QLatin1Char('('), 1).chopped(1);
-                plan.leftOut.append(QStringLiteral("%1 (%2)")
-                                        .arg(QString::fromStdString(*triggers.first()), kind));
-                continue;
-            }
-            for (const QString& global : std::as_const(unknownGlobals))
-                if (written.contains(QStringLiteral("{{") + global.section(QLatin1Char(' '), 0, 0)) &&
-                    !plan.typedAsWritten.contains(global))
-                    plan.typedAsWritten.append(global);
-            const QString content = withValues(written, values);
-            // `propagate_case: true` is our "Match the command's case".
-            const bool matchCase =
-                isScalar(keys.propagateCase) && keys.propagateCase->Scalar() == "true";
-            for (const std::string* trigger : triggers) {
-                Snippet snippet = Snippet::create(
-                    QString::fromStdString(*trigger), content, category.id,
-                    wholeWord ? Snippet::Trigger::AfterWordEnd : Snippet::Trigger::Immediately);
-                snippet.matchCase = matchCase;
-                plan.addSnippet(snippet);
-            }
-        }
+        if (!addMatches(matches, globals, plan.categories.first(), plan, budget, reader, true) ||
+            !addIncluded(path, included, plan.categories.first(), plan, budget, reader))
+            return ImportPlan::failure(path, ImportReader::cancelledMessage());
         // A file with nothing usable brings no empty category either.
         if (plan.snippets.isEmpty())
             plan.categories.clear();
@@ -461,14 +647,7 @@ ImportPlan EspansoMatchFile::decode(const QString& path, const QByteArray& yaml,
     } catch (const YAML::Exception& error) {
         if (reader.cancelled())
             return ImportPlan::failure(path, ImportReader::cancelledMessage());
-        const QString what = QString::fromStdString(error.msg);
-        if (error.mark.is_null())
-            return ImportPlan::failure(path, tr("%1 is not valid YAML: %2.").arg(path, what));
-        // Lines and columns counted from 1, as editors show them.
-        return ImportPlan::failure(path, tr("%1 is not valid YAML: %2 (line %3, column %4).")
-                                             .arg(path, what)
-                                             .arg(error.mark.line + 1)
-                                             .arg(error.mark.column + 1));
+        return ImportPlan::failure(path, yamlError(path, error));
     }
     return plan;
 }

@@ -20,6 +20,13 @@ class ImportReader;
 // skipped and counted, named in the plan's `leftOut` where they can be; other keys of a
 // mapping and other top-level keys are left alone.
 //
+// A configuration file (one with `includes` or `extra_includes`, lists of paths) takes its
+// snippets from the match files it names, read with it into its one category, limited by its
+// `filter_class`. The paths are relative to the configuration file's folder, or to the folder
+// above it after a leading `$CONFIG/`, and may hold wildcards (`../match/_mail/*.yml`). Each
+// file is read once, however often it is named; one that cannot be read is named in the
+// plan's `notRead` and the others are read on.
+//
 // YAML aliases let a small file name one large value thousands of times. The parser shares
 // such a value, but each snippet made from it is a copy of its own; so the snippets' text and
 // the entries visited are counted as the file is converted, and a file beyond `maxText` or

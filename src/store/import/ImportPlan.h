@@ -28,6 +28,9 @@ struct ImportPlan {
     // Entries that need what Typolet cannot do (a shell command's output, an image, a regular
     // expression as trigger): left out, each named once with its kind: ":ip (shell)".
     QStringList leftOut;
+    // Files the source includes that could not be read, each said with why (the others are
+    // read on).
+    QStringList notRead;
 
     static ImportPlan failure(QString source, QString error);
 
