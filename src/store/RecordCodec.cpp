@@ -2,6 +2,9 @@
 
 #include <QSet>
 
+#include <algorithm>
+#include <array>
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <cmath>
@@ -9,68 +12,94 @@
 #include <simdjson.h>
 
 namespace {
+int hexDigitValue(char c) {
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
+}
+
 // Lists are read with simdjson rather than QJsonDocument: a library of 100,000 snippets as a
 // Qt JSON tree costs about 90 MB that the allocator keeps after the tree is gone, and twice
 // the time. Writing stays with QJsonDocument, which produces the stored form.
 using simdjson::dom::element;
 using simdjson::dom::object;
 
-// The last of same-named keys, as Qt's reader keeps it; simdjson's own lookup finds the first,
-// and a record must read alike whichever reader the rest of its file sends it to.
-simdjson::simdjson_result<element> field(const object& record, std::string_view key) {
-    simdjson::simdjson_result<element> found(simdjson::NO_SUCH_FIELD);
-    for (const simdjson::dom::key_value_pair pair : record) {
-        if (pair.key == key)
-            found = simdjson::simdjson_result<element>(element(pair.value));
-    }
-    return found;
-}
-
-std::optional<QString> stringField(const object& record, std::string_view key) {
+std::optional<QString> stringOf(const element& value) {
     std::string_view text;
-    if (field(record, key).get_string().get(text) != simdjson::SUCCESS)
+    if (value.get_string().get(text) != simdjson::SUCCESS)
         return std::nullopt;
     return QString::fromUtf8(text.data(), qsizetype(text.size()));
 }
 
-std::optional<double> numberField(const object& record, std::string_view key) {
+std::optional<double> numberOf(const element& value) {
     double number = 0; // integers are numbers too
-    if (field(record, key).get_double().get(number) != simdjson::SUCCESS)
+    if (value.get_double().get(number) != simdjson::SUCCESS)
         return std::nullopt;
     // -0 as +0, as Qt's reader gives it: Qt writes -0.0 as 0, so a kept -0.0 would not read
     // back bit for bit after the next save.
     return number == 0 ? 0.0 : number;
 }
 
-std::optional<QUuid> uuidField(const object& record, std::string_view key) {
-    const auto text = stringField(record, key);
-    return text ? RecordCodec::parseUuid(*text) : std::nullopt;
+std::optional<QUuid> uuidOf(const element& value) {
+    std::string_view text;
+    if (value.get_string().get(text) != simdjson::SUCCESS)
+        return std::nullopt;
+    return RecordCodec::parseUuid(text);
+}
+
+// A record's fields by name, each the last of same-named keys, as Qt's reader keeps it
+// (simdjson's own lookup finds the first), so that a record reads alike whichever reader the
+// rest of its file sends it to. One walk over the record finds them all.
+template <size_t N>
+bool fieldsOf(const element& value, const std::array<std::string_view, N>& names,
+              std::array<element, N>& found) {
+    object record;
+    if (value.get_object().get(record) != simdjson::SUCCESS)
+        return false;
+    std::array<bool, N> seen{};
+    for (const simdjson::dom::key_value_pair pair : record) {
+        for (size_t i = 0; i < N; ++i) {
+            if (pair.key == names[i]) {
+                found[i] = pair.value;
+                seen[i] = true;
+                break;
+            }
+        }
+    }
+    return std::all_of(seen.begin(), seen.end(), [](bool s) { return s; });
 }
 
 std::optional<Snippet> decodeSnippet(const element& value) {
-    object record;
-    if (value.get_object().get(record) != simdjson::SUCCESS)
+    static constexpr std::array<std::string_view, 5> names{"id", "command", "content",
+                                                           "createdAt", "categoryId"};
+    std::array<element, 5> fields;
+    if (!fieldsOf(value, names, fields))
         return std::nullopt;
-    const auto id = uuidField(record, "id");
-    const auto command = stringField(record, "command");
-    const auto content = stringField(record, "content");
-    const auto createdAt = numberField(record, "createdAt");
-    const auto categoryId = uuidField(record, "categoryId");
+    const auto id = uuidOf(fields[0]);
+    auto command = stringOf(fields[1]);
+    auto content = stringOf(fields[2]);
+    const auto createdAt = numberOf(fields[3]);
+    const auto categoryId = uuidOf(fields[4]);
     if (!id || !command || !content || !createdAt || !categoryId)
         return std::nullopt;
-    return Snippet(*id, *command, *content, *createdAt, *categoryId);
+    return Snippet(*id, std::move(*command), std::move(*content), *createdAt, *categoryId);
 }
 
 std::optional<Category> decodeCategory(const element& value) {
-    object record;
-    if (value.get_object().get(record) != simdjson::SUCCESS)
+    static constexpr std::array<std::string_view, 3> names{"id", "name", "createdAt"};
+    std::array<element, 3> fields;
+    if (!fieldsOf(value, names, fields))
         return std::nullopt;
-    const auto id = uuidField(record, "id");
-    const auto name = stringField(record, "name");
-    const auto createdAt = numberField(record, "createdAt");
+    const auto id = uuidOf(fields[0]);
+    auto name = stringOf(fields[1]);
+    const auto createdAt = numberOf(fields[2]);
     if (!id || !name || !createdAt)
         return std::nullopt;
-    return Category(*id, *name, *createdAt);
+    return Category(*id, std::move(*name), *createdAt);
 }
 
 // Qt's reader, for the documents simdjson refuses while QJsonDocument reads them: Qt writes
@@ -190,14 +219,41 @@ QString RecordCodec::uuidString(const QUuid& id) {
 }
 
 std::optional<QUuid> RecordCodec::parseUuid(const QString& text) {
-    // QUuid also takes braces and returns the nil id for garbage; only the bare 8-4-4-4-12 form
-    // is valid here, and the nil id must be told apart from a failed parse.
     if (text.size() != 36)
         return std::nullopt;
-    const QUuid id = QUuid::fromString(text);
-    if (id.toString(QUuid::WithoutBraces).compare(text, Qt::CaseInsensitive) != 0)
+    char ascii[36];
+    for (qsizetype i = 0; i < 36; ++i) {
+        const char16_t c = text.at(i).unicode();
+        if (c >= 0x80)
+            return std::nullopt;
+        ascii[i] = char(c);
+    }
+    return parseUuid(std::string_view(ascii, 36));
+}
+
+std::optional<QUuid> RecordCodec::parseUuid(std::string_view text) {
+    // Only the bare 8-4-4-4-12 form, in either case (QUuid also takes braces and returns the
+    // nil id for garbage, which must be told apart from a failed parse). Read by hand: a large
+    // library has two ids per snippet, and this is most of what reading one costs otherwise.
+    if (text.size() != 36)
         return std::nullopt;
-    return id;
+    uchar bytes[16];
+    int byte = 0;
+    for (size_t i = 0; i < 36;) {
+        if (i == 8 || i == 13 || i == 18 || i == 23) {
+            if (text[i] != '-')
+                return std::nullopt;
+            ++i;
+            continue;
+        }
+        const int high = hexDigitValue(text[i]);
+        const int low = hexDigitValue(text[i + 1]);
+        if (high < 0 || low < 0)
+            return std::nullopt;
+        bytes[byte++] = uchar(high * 16 + low);
+        i += 2;
+    }
+    return QUuid::fromRfc4122(QByteArrayView(reinterpret_cast<const char*>(bytes), 16));
 }
 
 // Keys are inserted in the object's own (sorted) order so that each insert is an append.
