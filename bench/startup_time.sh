@@ -36,9 +36,10 @@ for run in $(seq "$runs"); do
   DISPLAY=$display XDG_CONFIG_HOME=$work/config XDG_STATE_HOME=$work/state \
     XDG_RUNTIME_DIR=$work/runtime dbus-run-session -- \
     "$probe" Typolet 1000 "$build/typolet" >"$work/result" 2>/dev/null </dev/null || true
-  line=$(cat "$work/result" 2>/dev/null)
+  # Services the bus starts write to the same output; the probe's line is the one to read.
+  line=$(grep '^mapped ' "$work/result" 2>/dev/null | tail -1 || true)
   echo "run $run: ${line:-failed}"
-  echo "$line" >>"$work/all"
+  [ -z "$line" ] || echo "$line" >>"$work/all"
 done
 echo "load average after: $(cut -d' ' -f1-3 /proc/loadavg)"
 # The median of each figure over the runs that finished.
