@@ -1,5 +1,7 @@
 #include "IniFormat.h"
 
+#include "LargePages.h"
+
 #include <QStringList>
 #include <array>
 #include <cstring>
@@ -362,6 +364,7 @@ std::optional<QByteArray> fastByteArray(QByteArrayView raw) {
     QByteArray out;
     out.reserve(end - begin + readAheadRoom);
     out.resize(end - begin);
+    LargePages::prefer(out.data(), out.size());
     char* dst = out.data();
     while (in < stop) {
 #if defined(__SSE2__)

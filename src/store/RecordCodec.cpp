@@ -1,5 +1,7 @@
 #include "RecordCodec.h"
 
+#include "LargePages.h"
+
 #include <QSet>
 
 #include <algorithm>
@@ -143,6 +145,7 @@ QList<Record> decodeElements(const Array& array, int* unreadable) {
     // Room for all at once: growing a list of 100,000 records step by step moves them over and
     // over.
     records.reserve(qsizetype(array.size()));
+    LargePages::prefer(records.data(), records.capacity() * qsizetype(sizeof(Record)));
     for (const auto& value : array) {
         std::optional<Record> record;
         if constexpr (std::is_same_v<Record, Snippet>)
@@ -165,6 +168,12 @@ std::optional<QList<Record>> decodeList(const QByteArray& json, int* unreadable)
     // A list read from the library file comes with room after its end, so the parser reads it
     // where it is rather than in a padded copy.
     const bool padded = json.capacity() - json.size() >= qsizetype(simdjson::SIMDJSON_PADDING);
+    // The parser's buffers are of the list's size and filled at once.
+    if (parser.allocate(size_t(json.size())) == simdjson::SUCCESS) {
+        const qsizetype capacity = qsizetype(parser.doc.capacity());
+        LargePages::prefer(parser.doc.tape.get(), (capacity + 3) * qsizetype(sizeof(uint64_t)));
+        LargePages::prefer(parser.doc.string_buf.get(), 5 * capacity / 3);
+    }
     if (parser.parse(json.constData(), size_t(json.size()), !padded).get(document) ==
         simdjson::SUCCESS) {
         simdjson::dom::array array;
