@@ -50,17 +50,21 @@ bool TypoletApp::start() {
         return focused != nullptr && focused->isVisible();
     });
 
+    Logging::markStartup("engine started");
     m_mainWindow = std::make_unique<QMainWindow>();
     m_mainWindow->setObjectName(QStringLiteral("mainWindow"));
     // "[*]": the editor marks the window while a snippet has edits not yet saved.
     m_mainWindow->setWindowTitle(QStringLiteral("Typolet[*]"));
     auto editor = std::make_unique<ContentView>(m_store);
     m_editor = editor.get();
+    Logging::markStartup("editor made");
     m_mainWindow->setCentralWidget(editor.release());
     m_mainWindow->resize(m_mainWindow->sizeHint().expandedTo(QSize(mainWidth, mainHeight)));
     m_mainWindow->show();
+    Logging::markStartup("main window shown");
 
     m_trayController->setUp(m_mainWindow.get());
+    Logging::markStartup("tray set up");
     connect(m_guard.get(), &SingleInstanceGuard::activationRequested, m_trayController.get(),
             &TrayController::openApp);
     connectEngine();
