@@ -57,51 +57,98 @@ std::optional<QUuid> uuidOf(const element& value) {
 // (simdjson's own lookup finds the first), so that a record reads alike whichever reader the
 // rest of its file sends it to. One walk over the record finds them all.
 template <size_t N>
-bool fieldsOf(const element& value, const std::array<std::string_view, N>& names,
-              std::array<element, N>& found) {
+struct Fields {
+    std::array<element, N> value;
+    std::array<bool, N> seen{};
+};
+
+// nullopt when `value` is not an object or lacks one of the first `required` names; the names
+// after those were added later and may be absent.
+template <size_t N>
+std::optional<Fields<N>> fieldsOf(const element& value,
+                                  const std::array<std::string_view, N>& names, size_t required) {
     object record;
     if (value.get_object().get(record) != simdjson::SUCCESS)
-        return false;
-    std::array<bool, N> seen{};
+        return std::nullopt;
+    Fields<N> fields;
     for (const simdjson::dom::key_value_pair pair : record) {
         for (size_t i = 0; i < N; ++i) {
             if (pair.key == names[i]) {
-                found[i] = pair.value;
-                seen[i] = true;
+                fields.value[i] = pair.value;
+                fields.seen[i] = true;
                 break;
             }
         }
     }
-    return std::all_of(seen.begin(), seen.end(), [](bool s) { return s; });
+    if (!std::all_of(fields.seen.begin(), fields.seen.begin() + std::ptrdiff_t(required),
+                     [](bool seen) { return seen; }))
+        return std::nullopt;
+    return fields;
+}
+
+// The keys added later are optional: without them (or with a value of another type) a record
+// reads as it did before they existed.
+bool flagOf(const element& value) {
+    bool flag = false;
+    return value.get_bool().get(flag) == simdjson::SUCCESS && flag;
+}
+
+QStringList namesOf(const element& value) {
+    QStringList names;
+    simdjson::dom::array array;
+    if (value.get_array().get(array) != simdjson::SUCCESS)
+        return names;
+    for (const element item : array) {
+        std::string_view text;
+        if (item.get_string().get(text) == simdjson::SUCCESS)
+            names.append(QString::fromUtf8(text.data(), qsizetype(text.size())));
+    }
+    return names;
+}
+
+Category::Limit limitOf(QStringList onlyIn, QStringList exceptIn) {
+    if (!onlyIn.isEmpty())
+        return {Category::Limit::Kind::onlyIn, std::move(onlyIn)};
+    if (!exceptIn.isEmpty())
+        return {Category::Limit::Kind::exceptIn, std::move(exceptIn)};
+    return {};
 }
 
 std::optional<Snippet> decodeSnippet(const element& value) {
-    static constexpr std::array<std::string_view, 5> names{"id", "command", "content",
-                                                           "createdAt", "categoryId"};
-    std::array<element, 5> fields;
-    if (!fieldsOf(value, names, fields))
+    static constexpr std::array<std::string_view, 6> names{
+        "id", "command", "content", "createdAt", "categoryId", "matchCase"};
+    const auto fields = fieldsOf(value, names, 5);
+    if (!fields)
         return std::nullopt;
-    const auto id = uuidOf(fields[0]);
-    auto command = stringOf(fields[1]);
-    auto content = stringOf(fields[2]);
-    const auto createdAt = numberOf(fields[3]);
-    const auto categoryId = uuidOf(fields[4]);
+    const auto id = uuidOf(fields->value[0]);
+    auto command = stringOf(fields->value[1]);
+    auto content = stringOf(fields->value[2]);
+    const auto createdAt = numberOf(fields->value[3]);
+    const auto categoryId = uuidOf(fields->value[4]);
     if (!id || !command || !content || !createdAt || !categoryId)
         return std::nullopt;
-    return Snippet(*id, std::move(*command), std::move(*content), *createdAt, *categoryId);
+    Snippet snippet(*id, std::move(*command), std::move(*content), *createdAt, *categoryId);
+    snippet.matchCase = fields->seen[5] && flagOf(fields->value[5]);
+    return snippet;
 }
 
 std::optional<Category> decodeCategory(const element& value) {
-    static constexpr std::array<std::string_view, 3> names{"id", "name", "createdAt"};
-    std::array<element, 3> fields;
-    if (!fieldsOf(value, names, fields))
+    static constexpr std::array<std::string_view, 5> names{"id", "name", "createdAt", "onlyIn",
+                                                           "exceptIn"};
+    const auto fields = fieldsOf(value, names, 3);
+    if (!fields)
         return std::nullopt;
-    const auto id = uuidOf(fields[0]);
-    auto name = stringOf(fields[1]);
-    const auto createdAt = numberOf(fields[2]);
+    const auto id = uuidOf(fields->value[0]);
+    auto name = stringOf(fields->value[1]);
+    const auto createdAt = numberOf(fields->value[2]);
     if (!id || !name || !createdAt)
         return std::nullopt;
-    return Category(*id, std::move(*name), *createdAt);
+    Category category(*id, std::move(*name), *createdAt);
+    const auto namesAt = [&](size_t i) {
+        return fields->seen[i] ? namesOf(fields->value[i]) : QStringList();
+    };
+    category.limit = limitOf(namesAt(3), namesAt(4));
+    return category;
 }
 
 // Qt's reader, for the documents simdjson refuses while QJsonDocument reads them: Qt writes
@@ -124,7 +171,18 @@ std::optional<Snippet> decodeSnippet(const QJsonValue& value) {
     const auto categoryId = uuid("categoryId");
     if (!value.isObject() || !id || !command || !content || !createdAt.isDouble() || !categoryId)
         return std::nullopt;
-    return Snippet(*id, *command, *content, createdAt.toDouble(), *categoryId);
+    Snippet snippet(*id, *command, *content, createdAt.toDouble(), *categoryId);
+    snippet.matchCase = record.value(QLatin1String("matchCase")).toBool(false);
+    return snippet;
+}
+
+QStringList namesField(const QJsonObject& record, const char* key) {
+    QStringList names;
+    for (const QJsonValue& item : record.value(QLatin1String(key)).toArray()) {
+        if (item.isString())
+            names.append(item.toString());
+    }
+    return names;
 }
 
 std::optional<Category> decodeCategory(const QJsonValue& value) {
@@ -135,7 +193,9 @@ std::optional<Category> decodeCategory(const QJsonValue& value) {
     const auto uuid = id.isString() ? RecordCodec::parseUuid(id.toString()) : std::nullopt;
     if (!value.isObject() || !uuid || !name.isString() || !createdAt.isDouble())
         return std::nullopt;
-    return Category(*uuid, name.toString(), createdAt.toDouble());
+    Category category(*uuid, name.toString(), createdAt.toDouble());
+    category.limit = limitOf(namesField(record, "onlyIn"), namesField(record, "exceptIn"));
+    return category;
 }
 
 // Every element of `array` that decodes as a Record, counting the others.
@@ -273,12 +333,19 @@ QJsonObject RecordCodec::encode(const Snippet& snippet) {
     object.insert(QLatin1String("content"), snippet.content);
     object.insert(QLatin1String("createdAt"), snippet.createdAt);
     object.insert(QLatin1String("id"), uuidString(snippet.id));
+    if (snippet.matchCase)
+        object.insert(QLatin1String("matchCase"), true);
     return object;
 }
 
 QJsonObject RecordCodec::encode(const Category& category) {
     QJsonObject object;
     object.insert(QLatin1String("createdAt"), category.createdAt);
+    if (category.limit.limits())
+        object.insert(QLatin1String(category.limit.kind == Category::Limit::Kind::onlyIn
+                                        ? "onlyIn"
+                                        : "exceptIn"),
+                      QJsonArray::fromStringList(category.limit.applications));
     object.insert(QLatin1String("id"), uuidString(category.id));
     object.insert(QLatin1String("name"), category.name);
     return object;
