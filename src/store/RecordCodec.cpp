@@ -248,7 +248,16 @@ std::optional<QList<Record>> decodeList(const QByteArray& json, int* unreadable)
     return decodeElements<Record>(qtDocument.array(), unreadable);
 }
 
-QByteArray compact(const QJsonArray& array) {
+// The compact JSON list of `records`; nullopt when a time is not finite, as JSON has no form
+// for it.
+template <typename Record>
+std::optional<QByteArray> encodeList(const QList<Record>& records) {
+    QJsonArray array;
+    for (const Record& record : records) {
+        if (!std::isfinite(record.createdAt))
+            return std::nullopt;
+        array.append(RecordCodec::encode(record));
+    }
     return QJsonDocument(array).toJson(QJsonDocument::Compact);
 }
 } // namespace
@@ -352,23 +361,11 @@ QJsonObject RecordCodec::encode(const Category& category) {
 }
 
 std::optional<QByteArray> RecordCodec::encodeSnippets(const QList<Snippet>& snippets) {
-    QJsonArray array;
-    for (const Snippet& snippet : snippets) {
-        if (!std::isfinite(snippet.createdAt))
-            return std::nullopt;
-        array.append(encode(snippet));
-    }
-    return compact(array);
+    return encodeList(snippets);
 }
 
 std::optional<QByteArray> RecordCodec::encodeCategories(const QList<Category>& categories) {
-    QJsonArray array;
-    for (const Category& category : categories) {
-        if (!std::isfinite(category.createdAt))
-            return std::nullopt;
-        array.append(encode(category));
-    }
-    return compact(array);
+    return encodeList(categories);
 }
 
 std::optional<QList<Snippet>> RecordCodec::decodeSnippets(const QByteArray& json,
