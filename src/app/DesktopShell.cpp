@@ -35,9 +35,12 @@
 #include <QDateTime>
 #include <QTimer>
 #include <QMessageBox>
+#include <QScopeGuard>
 #include <QSocketNotifier>
+#include <fontconfig/fontconfig.h>
 #include <csignal>
 #include <sys/socket.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -68,6 +71,16 @@ int DesktopShell::run(int argc, char* argv[], const InputBackend::Choice& backen
     const bool wayland = backend.kind == InputBackend::Kind::Evdev &&
                          !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
     const bool hasDisplay = probeConnection != nullptr || wayland;
+    // Reading the font configuration is the largest single step before the first frame, and
+    // needs nothing of Qt's: done on a thread of its own while the toolkit connects to the
+    // display and the library loads, it is ready by the time the first widget measures text.
+    std::thread fontConfiguration;
+    if (hasDisplay)
+        fontConfiguration = std::thread([] { FcInit(); });
+    const auto fontsReady = qScopeGuard([&fontConfiguration] {
+        if (fontConfiguration.joinable())
+            fontConfiguration.join();
+    });
     std::unique_ptr<QCoreApplication> app;
     if (hasDisplay) {
         // If the toolkit cannot use the display after all, it runs without windows rather than
@@ -80,6 +93,7 @@ int DesktopShell::run(int argc, char* argv[], const InputBackend::Choice& backen
         app = std::make_unique<QCoreApplication>(argc, argv);
     }
     Logging::configure();
+    Logging::markStartup("QApplication made");
     Translations::install(*app);
     CommandLine commandLine;
     commandLine.process(*app); // an unknown option ends Typolet here, with status 1
@@ -87,6 +101,7 @@ int DesktopShell::run(int argc, char* argv[], const InputBackend::Choice& backen
     // The library file's one owner: the store and the preferences both keep their data in it.
     LibraryFile library;
     SnippetStore store(library);
+    Logging::markStartup("library loaded");
     if (!hasDisplay)
         return runWithoutWindows(backend, store);
     Preferences preferences(library);
@@ -94,6 +109,9 @@ int DesktopShell::run(int argc, char* argv[], const InputBackend::Choice& backen
     SystemClipboard clipboard;
     const std::unique_ptr<EngineBackend> engine =
         makeBackend(backend, guidance, clipboard, preferences);
+    if (fontConfiguration.joinable())
+        fontConfiguration.join();
+    Logging::markStartup("engine made");
     return runWithWindows(*app, *engine, store, preferences, commandLine.insertWanted());
 }
 
@@ -246,5 +264,6 @@ int DesktopShell::runWithWindows(QCoreApplication& app, EngineBackend& engine,
         std::signal(SIGTERM, onTerminationSignal);
         std::signal(SIGINT, onTerminationSignal);
     }
+    QTimer::singleShot(0, [] { Logging::markStartup("event loop running"); });
     return app.exec();
 }

@@ -1,5 +1,7 @@
 #include "SingleInstanceGuard.h"
 
+#include "LocalServer.h"
+#include "LocalSocket.h"
 #include "Logging.h"
 
 #include <QDir>
@@ -8,8 +10,6 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 #include <QSysInfo>
-#include <QLocalServer>
-#include <QLocalSocket>
 #include <QRegularExpression>
 #include <QEventLoop>
 #include <QTimer>
@@ -28,10 +28,7 @@ SingleInstanceGuard::SingleInstanceGuard(QString serverName, QObject* parent)
     m_lock.setStaleLockTime(0);
 }
 
-SingleInstanceGuard::~SingleInstanceGuard() {
-    if (m_server)
-        m_server->close();
-}
+SingleInstanceGuard::~SingleInstanceGuard() = default;
 
 QString SingleInstanceGuard::displayKey(const QString& x11Display, const QString& waylandDisplay) {
     if (!waylandDisplay.isEmpty())
@@ -101,52 +98,40 @@ SingleInstanceGuard::Role SingleInstanceGuard::claim() {
 }
 
 void SingleInstanceGuard::listen() {
-    m_server = std::make_unique<QLocalServer>();
-    m_server->setSocketOptions(QLocalServer::UserAccessOption);
-    // We hold the lock, so a socket file still there belongs to a Typolet that is gone.
-    QLocalServer::removeServer(m_serverName);
+    // We hold the lock, so a socket file still there belongs to a Typolet that is gone: the
+    // server replaces it.
+    m_server = std::make_unique<LocalServer>();
     if (!m_server->listen(m_serverName)) {
         qCWarning(lcApp).noquote() << QStringLiteral("Cannot listen for later launches on %1: %2")
                               .arg(m_serverName, m_server->errorString());
         return;
     }
-    connect(m_server.get(), &QLocalServer::newConnection, this,
-            &SingleInstanceGuard::acceptConnections);
+    connect(m_server.get(), &LocalServer::connected, this, &SingleInstanceGuard::answer);
 }
 
-void SingleInstanceGuard::acceptConnections() {
-    while (QLocalSocket* socket = m_server->nextPendingConnection()) {
-        connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-        auto handle = [this, socket] {
-            if (!socket->canReadLine())
-                return;
-            const QByteArray line = socket->readLine();
-            if (line == activateMessage)
-                emit activationRequested();
-            else if (line == insertMessage)
-                emit insertRequested();
-            socket->disconnectFromServer();
-        };
-        connect(socket, &QLocalSocket::readyRead, this, handle);
-        // The request may have arrived with the connection.
-        handle();
-    }
+void SingleInstanceGuard::answer(LocalSocket* socket) {
+    connect(socket, &LocalSocket::disconnected, socket, &QObject::deleteLater);
+    auto handle = [this, socket] {
+        if (!socket->canReadLine())
+            return;
+        const QByteArray line = socket->readLine();
+        socket->close();
+        socket->deleteLater();
+        if (line == activateMessage)
+            emit activationRequested();
+        else if (line == insertMessage)
+            emit insertRequested();
+    };
+    connect(socket, &LocalSocket::readyRead, this, handle);
 }
 
 bool SingleInstanceGuard::notifyPrimary() {
     QElapsedTimer elapsed;
     elapsed.start();
     while (true) {
-        QLocalSocket socket;
-        socket.connectToServer(m_serverName);
-        if (socket.waitForConnected(1000)) {
-            socket.write(m_request);
-            while (socket.bytesToWrite() > 0 && socket.waitForBytesWritten(2000)) {
-            }
-            const bool sent = socket.bytesToWrite() == 0;
-            socket.disconnectFromServer();
-            return sent;
-        }
+        if (const std::unique_ptr<LocalSocket> socket(LocalSocket::connectTo(m_serverName));
+            socket)
+            return socket->write(m_request);
         if (elapsed.elapsed() > connectPatienceMs)
             return false;
         // The first Typolet may still be starting: try again shortly, events still flowing.

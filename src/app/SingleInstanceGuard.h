@@ -5,7 +5,8 @@
 #include <QString>
 #include <memory>
 
-class QLocalServer;
+class LocalServer;
+class LocalSocket;
 
 // Only one Typolet may run per user: two engines would expand every snippet twice.
 //
@@ -58,11 +59,11 @@ signals:
 private:
     bool notifyPrimary();
     void listen();
-    void acceptConnections();
+    void answer(LocalSocket* socket);
 
     QString m_serverName;
     QLockFile m_lock;
-    std::unique_ptr<QLocalServer> m_server;
+    std::unique_ptr<LocalServer> m_server;
     bool m_notified = false;
     const char* m_request = activateMessage;
 };

@@ -51,6 +51,7 @@ bool TypoletApp::start() {
         return focused != nullptr && focused->isVisible();
     });
 
+    Logging::markStartup("engine started");
     m_mainWindow = std::make_unique<QMainWindow>();
     m_mainWindow->setObjectName(QStringLiteral("mainWindow"));
     // "[*]": the editor marks the window while a snippet has edits not yet saved.
@@ -60,11 +61,14 @@ bool TypoletApp::start() {
     // The category forms offer the applications with windows open, where the session lists them.
     if (OpenWindows* windows = m_engine.openWindows())
         editor->setOpenWindowClasses([windows] { return windows->windowClasses(); });
+    Logging::markStartup("editor made");
     m_mainWindow->setCentralWidget(editor.release());
     m_mainWindow->resize(m_mainWindow->sizeHint().expandedTo(QSize(mainWidth, mainHeight)));
     m_mainWindow->show();
+    Logging::markStartup("main window shown");
 
     m_trayController->setUp(m_mainWindow.get());
+    Logging::markStartup("tray set up");
     connect(m_guard.get(), &SingleInstanceGuard::activationRequested, m_trayController.get(),
             &TrayController::openApp);
     connectEngine();

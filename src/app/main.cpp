@@ -1,10 +1,12 @@
 #include "CommandLine.h"
 #include "DesktopShell.h"
 #include "InputBackend.h"
+#include "Logging.h"
 
 #include <QCoreApplication>
 
 int main(int argc, char* argv[]) {
+    Logging::markStartup("main");
     QCoreApplication::setOrganizationName(QStringLiteral("Typolet"));
     QCoreApplication::setApplicationName(QStringLiteral("Typolet"));
     QCoreApplication::setApplicationVersion(QStringLiteral(TYPOLET_VERSION));

@@ -82,9 +82,17 @@ FoldedText::FoldedText(const QString& text) : m_text(fold(text)) {
 }
 
 QString FoldedText::fold(const QString& text) {
-    const bool ascii = std::all_of(text.begin(), text.end(),
-                                   [](QChar c) { return c.unicode() < 0x80; });
-    if (ascii)
+    // Letters from ASCII, and punctuation, symbols and spaces that decompose into nothing else
+    // (a dash, curly quotes): folding leaves all of those as they are but the capitals. Most
+    // texts hold nothing else, and a large library folds them all at once.
+    const auto plain = [](QChar c) {
+        if (c.unicode() < 0x80)
+            return true;
+        if (c.isSurrogate() || c.decompositionTag() != QChar::NoDecomposition)
+            return false;
+        return c.isPunct() || c.isSymbol() || c.isSpace();
+    };
+    if (std::all_of(text.begin(), text.end(), plain))
         return text.toLower();
     // Compatibility decomposition splits accents off their letters (and turns ligatures and
     // full-width forms into plain letters); the accents are then left out.

@@ -1,6 +1,7 @@
 #include "LibraryFile.h"
 
 #include "AtomicFile.h"
+#include "LargePages.h"
 #include "LibraryMerge.h"
 #include "Logging.h"
 
@@ -138,7 +139,14 @@ std::optional<LibraryFile::DiskState> LibraryFile::readDisk(QString* error, bool
     }
     struct stat before {};
     ::fstat(file.handle(), &before);
-    disk.text = file.readAll();
+    // The size seen at once, in large pages; then whatever it grew by meanwhile.
+    if (before.st_size > 0) {
+        disk.text.resize(qsizetype(before.st_size));
+        LargePages::prefer(disk.text.data(), disk.text.size());
+        const qint64 got = file.read(disk.text.data(), disk.text.size());
+        disk.text.resize(qsizetype(std::max<qint64>(got, 0)));
+    }
+    disk.text += file.readAll();
     if (file.error() != QFileDevice::NoError) {
         *error = file.errorString();
         return std::nullopt;

@@ -1,6 +1,11 @@
 #include "RecordCodec.h"
 
+#include "LargePages.h"
+
 #include <QSet>
+
+#include <algorithm>
+#include <array>
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -9,55 +14,89 @@
 #include <simdjson.h>
 
 namespace {
+int hexDigitValue(char c) {
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
+}
+
 // Lists are read with simdjson rather than QJsonDocument: a library of 100,000 snippets as a
 // Qt JSON tree costs about 90 MB that the allocator keeps after the tree is gone, and twice
 // the time. Writing stays with QJsonDocument, which produces the stored form.
 using simdjson::dom::element;
 using simdjson::dom::object;
 
-// The last of same-named keys, as Qt's reader keeps it; simdjson's own lookup finds the first,
-// and a record must read alike whichever reader the rest of its file sends it to.
-simdjson::simdjson_result<element> field(const object& record, std::string_view key) {
-    simdjson::simdjson_result<element> found(simdjson::NO_SUCH_FIELD);
-    for (const simdjson::dom::key_value_pair pair : record) {
-        if (pair.key == key)
-            found = simdjson::simdjson_result<element>(element(pair.value));
-    }
-    return found;
-}
-
-std::optional<QString> stringField(const object& record, std::string_view key) {
+std::optional<QString> stringOf(const element& value) {
     std::string_view text;
-    if (field(record, key).get_string().get(text) != simdjson::SUCCESS)
+    if (value.get_string().get(text) != simdjson::SUCCESS)
         return std::nullopt;
     return QString::fromUtf8(text.data(), qsizetype(text.size()));
 }
 
-std::optional<double> numberField(const object& record, std::string_view key) {
+std::optional<double> numberOf(const element& value) {
     double number = 0; // integers are numbers too
-    if (field(record, key).get_double().get(number) != simdjson::SUCCESS)
+    if (value.get_double().get(number) != simdjson::SUCCESS)
         return std::nullopt;
     // -0 as +0, as Qt's reader gives it: Qt writes -0.0 as 0, so a kept -0.0 would not read
     // back bit for bit after the next save.
     return number == 0 ? 0.0 : number;
 }
 
-std::optional<QUuid> uuidField(const object& record, std::string_view key) {
-    const auto text = stringField(record, key);
-    return text ? RecordCodec::parseUuid(*text) : std::nullopt;
+std::optional<QUuid> uuidOf(const element& value) {
+    std::string_view text;
+    if (value.get_string().get(text) != simdjson::SUCCESS)
+        return std::nullopt;
+    return RecordCodec::parseUuid(text);
+}
+
+// A record's fields by name, each the last of same-named keys, as Qt's reader keeps it
+// (simdjson's own lookup finds the first), so that a record reads alike whichever reader the
+// rest of its file sends it to. One walk over the record finds them all.
+template <size_t N>
+struct Fields {
+    std::array<element, N> value;
+    std::array<bool, N> seen{};
+};
+
+// nullopt when `value` is not an object or lacks one of the first `required` names; the names
+// after those were added later and may be absent.
+template <size_t N>
+std::optional<Fields<N>> fieldsOf(const element& value,
+                                  const std::array<std::string_view, N>& names, size_t required) {
+    object record;
+    if (value.get_object().get(record) != simdjson::SUCCESS)
+        return std::nullopt;
+    Fields<N> fields;
+    for (const simdjson::dom::key_value_pair pair : record) {
+        for (size_t i = 0; i < N; ++i) {
+            if (pair.key == names[i]) {
+                fields.value[i] = pair.value;
+                fields.seen[i] = true;
+                break;
+            }
+        }
+    }
+    if (!std::all_of(fields.seen.begin(), fields.seen.begin() + std::ptrdiff_t(required),
+                     [](bool seen) { return seen; }))
+        return std::nullopt;
+    return fields;
 }
 
 // The keys added later are optional: without them (or with a value of another type) a record
 // reads as it did before they existed.
-bool flagField(const object& record, std::string_view key) {
+bool flagOf(const element& value) {
     bool flag = false;
-    return field(record, key).get_bool().get(flag) == simdjson::SUCCESS && flag;
+    return value.get_bool().get(flag) == simdjson::SUCCESS && flag;
 }
 
-QStringList namesField(const object& record, std::string_view key) {
+QStringList namesOf(const element& value) {
     QStringList names;
     simdjson::dom::array array;
-    if (field(record, key).get_array().get(array) != simdjson::SUCCESS)
+    if (value.get_array().get(array) != simdjson::SUCCESS)
         return names;
     for (const element item : array) {
         std::string_view text;
@@ -76,32 +115,39 @@ Category::Limit limitOf(QStringList onlyIn, QStringList exceptIn) {
 }
 
 std::optional<Snippet> decodeSnippet(const element& value) {
-    object record;
-    if (value.get_object().get(record) != simdjson::SUCCESS)
+    static constexpr std::array<std::string_view, 6> names{
+        "id", "command", "content", "createdAt", "categoryId", "matchCase"};
+    const auto fields = fieldsOf(value, names, 5);
+    if (!fields)
         return std::nullopt;
-    const auto id = uuidField(record, "id");
-    const auto command = stringField(record, "command");
-    const auto content = stringField(record, "content");
-    const auto createdAt = numberField(record, "createdAt");
-    const auto categoryId = uuidField(record, "categoryId");
+    const auto id = uuidOf(fields->value[0]);
+    auto command = stringOf(fields->value[1]);
+    auto content = stringOf(fields->value[2]);
+    const auto createdAt = numberOf(fields->value[3]);
+    const auto categoryId = uuidOf(fields->value[4]);
     if (!id || !command || !content || !createdAt || !categoryId)
         return std::nullopt;
-    Snippet snippet(*id, *command, *content, *createdAt, *categoryId);
-    snippet.matchCase = flagField(record, "matchCase");
+    Snippet snippet(*id, std::move(*command), std::move(*content), *createdAt, *categoryId);
+    snippet.matchCase = fields->seen[5] && flagOf(fields->value[5]);
     return snippet;
 }
 
 std::optional<Category> decodeCategory(const element& value) {
-    object record;
-    if (value.get_object().get(record) != simdjson::SUCCESS)
+    static constexpr std::array<std::string_view, 5> names{"id", "name", "createdAt", "onlyIn",
+                                                           "exceptIn"};
+    const auto fields = fieldsOf(value, names, 3);
+    if (!fields)
         return std::nullopt;
-    const auto id = uuidField(record, "id");
-    const auto name = stringField(record, "name");
-    const auto createdAt = numberField(record, "createdAt");
+    const auto id = uuidOf(fields->value[0]);
+    auto name = stringOf(fields->value[1]);
+    const auto createdAt = numberOf(fields->value[2]);
     if (!id || !name || !createdAt)
         return std::nullopt;
-    Category category(*id, *name, *createdAt);
-    category.limit = limitOf(namesField(record, "onlyIn"), namesField(record, "exceptIn"));
+    Category category(*id, std::move(*name), *createdAt);
+    const auto namesAt = [&](size_t i) {
+        return fields->seen[i] ? namesOf(fields->value[i]) : QStringList();
+    };
+    category.limit = limitOf(namesAt(3), namesAt(4));
     return category;
 }
 
@@ -159,6 +205,7 @@ QList<Record> decodeElements(const Array& array, int* unreadable) {
     // Room for all at once: growing a list of 100,000 records step by step moves them over and
     // over.
     records.reserve(qsizetype(array.size()));
+    LargePages::prefer(records.data(), records.capacity() * qsizetype(sizeof(Record)));
     for (const auto& value : array) {
         std::optional<Record> record;
         if constexpr (std::is_same_v<Record, Snippet>)
@@ -181,6 +228,12 @@ std::optional<QList<Record>> decodeList(const QByteArray& json, int* unreadable)
     // A list read from the library file comes with room after its end, so the parser reads it
     // where it is rather than in a padded copy.
     const bool padded = json.capacity() - json.size() >= qsizetype(simdjson::SIMDJSON_PADDING);
+    // The parser's buffers are of the list's size and filled at once.
+    if (parser.allocate(size_t(json.size())) == simdjson::SUCCESS) {
+        const qsizetype capacity = qsizetype(parser.doc.capacity());
+        LargePages::prefer(parser.doc.tape.get(), (capacity + 3) * qsizetype(sizeof(uint64_t)));
+        LargePages::prefer(parser.doc.string_buf.get(), 5 * capacity / 3);
+    }
     if (parser.parse(json.constData(), size_t(json.size()), !padded).get(document) ==
         simdjson::SUCCESS) {
         simdjson::dom::array array;
@@ -195,7 +248,16 @@ std::optional<QList<Record>> decodeList(const QByteArray& json, int* unreadable)
     return decodeElements<Record>(qtDocument.array(), unreadable);
 }
 
-QByteArray compact(const QJsonArray& array) {
+// The compact JSON list of `records`; nullopt when a time is not finite, as JSON has no form
+// for it.
+template <typename Record>
+std::optional<QByteArray> encodeList(const QList<Record>& records) {
+    QJsonArray array;
+    for (const Record& record : records) {
+        if (!std::isfinite(record.createdAt))
+            return std::nullopt;
+        array.append(RecordCodec::encode(record));
+    }
     return QJsonDocument(array).toJson(QJsonDocument::Compact);
 }
 } // namespace
@@ -235,14 +297,41 @@ QString RecordCodec::uuidString(const QUuid& id) {
 }
 
 std::optional<QUuid> RecordCodec::parseUuid(const QString& text) {
-    // QUuid also takes braces and returns the nil id for garbage; only the bare 8-4-4-4-12 form
-    // is valid here, and the nil id must be told apart from a failed parse.
     if (text.size() != 36)
         return std::nullopt;
-    const QUuid id = QUuid::fromString(text);
-    if (id.toString(QUuid::WithoutBraces).compare(text, Qt::CaseInsensitive) != 0)
+    char ascii[36];
+    for (qsizetype i = 0; i < 36; ++i) {
+        const char16_t c = text.at(i).unicode();
+        if (c >= 0x80)
+            return std::nullopt;
+        ascii[i] = char(c);
+    }
+    return parseUuid(std::string_view(ascii, 36));
+}
+
+std::optional<QUuid> RecordCodec::parseUuid(std::string_view text) {
+    // Only the bare 8-4-4-4-12 form, in either case (QUuid also takes braces and returns the
+    // nil id for garbage, which must be told apart from a failed parse). Read by hand: a large
+    // library has two ids per snippet, and this is most of what reading one costs otherwise.
+    if (text.size() != 36)
         return std::nullopt;
-    return id;
+    uchar bytes[16];
+    int byte = 0;
+    for (size_t i = 0; i < 36;) {
+        if (i == 8 || i == 13 || i == 18 || i == 23) {
+            if (text[i] != '-')
+                return std::nullopt;
+            ++i;
+            continue;
+        }
+        const int high = hexDigitValue(text[i]);
+        const int low = hexDigitValue(text[i + 1]);
+        if (high < 0 || low < 0)
+            return std::nullopt;
+        bytes[byte++] = uchar(high * 16 + low);
+        i += 2;
+    }
+    return QUuid::fromRfc4122(QByteArrayView(reinterpret_cast<const char*>(bytes), 16));
 }
 
 // Keys are inserted in the object's own (sorted) order so that each insert is an append.
@@ -272,23 +361,11 @@ QJsonObject RecordCodec::encode(const Category& category) {
 }
 
 std::optional<QByteArray> RecordCodec::encodeSnippets(const QList<Snippet>& snippets) {
-    QJsonArray array;
-    for (const Snippet& snippet : snippets) {
-        if (!std::isfinite(snippet.createdAt))
-            return std::nullopt;
-        array.append(encode(snippet));
-    }
-    return compact(array);
+    return encodeList(snippets);
 }
 
 std::optional<QByteArray> RecordCodec::encodeCategories(const QList<Category>& categories) {
-    QJsonArray array;
-    for (const Category& category : categories) {
-        if (!std::isfinite(category.createdAt))
-            return std::nullopt;
-        array.append(encode(category));
-    }
-    return compact(array);
+    return encodeList(categories);
 }
 
 std::optional<QList<Snippet>> RecordCodec::decodeSnippets(const QByteArray& json,

@@ -8,6 +8,7 @@
 #include <QJsonObject>
 #include <QList>
 #include <optional>
+#include <string_view>
 
 namespace simdjson::dom {
 class array;
@@ -49,4 +50,5 @@ public:
     // Canonical upper-case form, and the strict parse that accepts either case.
     static QString uuidString(const QUuid& id);
     static std::optional<QUuid> parseUuid(const QString& text);
+    static std::optional<QUuid> parseUuid(std::string_view text);
 };

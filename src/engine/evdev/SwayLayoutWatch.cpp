@@ -1,12 +1,12 @@
 #include "SwayLayoutWatch.h"
 
 #include "InputDeviceAccess.h"
+#include "LocalSocket.h"
 #include "Logging.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QLocalSocket>
 #include <cstring>
 
 namespace {
@@ -25,15 +25,10 @@ SwayLayoutWatch::SwayLayoutWatch(QObject* parent) : QObject(parent) {}
 bool SwayLayoutWatch::connectToSway(const QString& path) {
     if (path.isEmpty() || m_socket)
         return false;
-    m_socket = new QLocalSocket(this);
-    m_socket->connectToServer(path);
-    // A local socket connects at once or not at all.
-    if (m_socket->state() != QLocalSocket::ConnectedState) {
-        delete m_socket;
-        m_socket = nullptr;
+    m_socket = LocalSocket::connectTo(path, this);
+    if (!m_socket)
         return false;
-    }
-    connect(m_socket, &QLocalSocket::readyRead, this, &SwayLayoutWatch::readMessages);
+    connect(m_socket, &LocalSocket::readyRead, this, &SwayLayoutWatch::readMessages);
     send(subscribe, QByteArrayLiteral("[\"input\"]"));
     send(getInputs, {});
     return true;
@@ -45,7 +40,6 @@ void SwayLayoutWatch::send(quint32 type, const QByteArray& payload) {
     message.append(reinterpret_cast<const char*>(header), sizeof header);
     message.append(payload);
     m_socket->write(message);
-    m_socket->flush();
 }
 
 void SwayLayoutWatch::readMessages() {
@@ -55,7 +49,7 @@ void SwayLayoutWatch::readMessages() {
             qCWarning(lcEngine).noquote()
                 << QStringLiteral("sway's IPC socket sent something unexpected; its layout "
                                   "switches are no longer followed");
-            m_socket->abort();
+            m_socket->close();
             m_unread.clear();
             return;
         }

@@ -5,7 +5,7 @@
 #include <QString>
 
 class QJsonObject;
-class QLocalSocket;
+class LocalSocket;
 
 // The active layout on sway, from its IPC socket (SWAYSOCK): sway tells the active group only
 // to the focused client, but reports every keyboard's `xkb_active_layout_index` to IPC clients,
@@ -28,6 +28,6 @@ private:
     void readMessages();
     void takeInput(const QJsonObject& input);
 
-    QLocalSocket* m_socket = nullptr;
+    LocalSocket* m_socket = nullptr;
     QByteArray m_unread;
 };

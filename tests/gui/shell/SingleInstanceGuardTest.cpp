@@ -2,9 +2,9 @@
 
 #include "SingleInstanceGuard.h"
 #include "IsolatedTestMain.h"
+#include "LocalSocket.h"
 
 #include <QFileInfo>
-#include <QLocalSocket>
 #include <QProcess>
 #include <QScopeGuard>
 #include <QTemporaryDir>
@@ -37,11 +37,10 @@ void SingleInstanceGuardTest::secondLaunchInAnotherProcessExitsAndRaisesThisOne(
     QCOMPARE(running.claim(), SingleInstanceGuard::Role::Primary);
 
     // Anything but the request to come forward is ignored.
-    QLocalSocket stranger;
-    QSignalSpy hungUp(&stranger, &QLocalSocket::disconnected);
-    stranger.connectToServer(name);
-    QVERIFY(stranger.waitForConnected(patienceMs));
-    stranger.write("open the pod bay doors\n");
+    const std::unique_ptr<LocalSocket> stranger(LocalSocket::connectTo(name));
+    QVERIFY(stranger);
+    QSignalSpy hungUp(stranger.get(), &LocalSocket::disconnected);
+    QVERIFY(stranger->write("open the pod bay doors\n"));
     QVERIFY(hungUp.wait(patienceMs)); // the running side hangs up once it has read the line
     QCOMPARE(activations.size(), 0);
 
