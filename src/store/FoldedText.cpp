@@ -45,6 +45,14 @@ unsigned pairOf(char16_t before, char16_t after) {
     return (quint32(before) * 0x9E3779B1u + quint32(after) * 0x85EBCA77u) >> 24; // 0..255
 }
 
+// Queries are a few letters and most places differ at once: a loop beats a call to memcmp.
+bool sameChars(const char16_t* a, const char16_t* b, qsizetype count) {
+    for (qsizetype i = 0; i < count; ++i)
+        if (a[i] != b[i])
+            return false;
+    return true;
+}
+
 qsizetype plainWordStartOf(QStringView text, QChar letter, qsizetype from) {
     for (qsizetype i = text.indexOf(letter, from); i >= 0; i = text.indexOf(letter, i + 1))
         if (isWordStart(text, i))
@@ -134,7 +142,7 @@ qsizetype FoldedText::pieceAtWordStart(QStringView query) const {
     const qsizetype length = query.size();
     for (const WordStart& start : m_wordStarts)
         if (start.letter == first && start.at + length <= size &&
-            std::equal(query.utf16() + 1, query.utf16() + length, text + start.at + 1))
+            sameChars(query.utf16() + 1, text + start.at + 1, length - 1))
             return start.at;
     return -1;
 }
@@ -187,7 +195,7 @@ int FoldedText::score(QStringView text, QStringView query, const FoldedText* sum
         if (piece < 0 && summary->mayHavePairsOf(query)) {
             for (qsizetype i = text.indexOf(first); i >= 0 && i + length <= size;
                  i = text.indexOf(first, i + 1))
-                if (std::equal(wanted + 1, wanted + length, chars + i + 1)) {
+                if (sameChars(wanted + 1, chars + i + 1, length - 1)) {
                     piece = i;
                     break;
                 }
@@ -202,7 +210,7 @@ int FoldedText::score(QStringView text, QStringView query, const FoldedText* sum
     } else {
         for (qsizetype i = text.indexOf(first); i >= 0 && i + length <= size;
              i = text.indexOf(first, i + 1)) {
-            if (!std::equal(wanted + 1, wanted + length, chars + i + 1))
+            if (!sameChars(wanted + 1, chars + i + 1, length - 1))
                 continue;
             for (qsizetype q = 0; q < scored; ++q)
                 path[q] = i + q;
