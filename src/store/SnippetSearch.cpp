@@ -10,6 +10,18 @@ constexpr int commandStartPoints = 40;   // the query's first letter is the comm
 constexpr int commandPrefixPoints = 120; // the command begins with the query
 constexpr int commandWeight = 2;         // a command is what the user named the snippet by
 constexpr qint64 exactCommandPoints = 1'000'000'000;
+
+// Most commands differ from a query at the first character: compared here without a call.
+bool startsWith(QStringView text, QStringView prefix) {
+    if (prefix.size() > text.size())
+        return false;
+    for (qsizetype i = 0; i < prefix.size(); ++i)
+        if (text[i] != prefix[i])
+            return false;
+    return true;
+}
+
+bool same(QStringView a, QStringView b) { return a.size() == b.size() && startsWith(a, b); }
 } // namespace
 
 SnippetSearch::SnippetSearch() = default;
@@ -43,7 +55,7 @@ int SnippetSearch::wordScore(const SnippetIndex::Entry& entry, const Word& word)
         const QStringView command = entry.command.text();
         const qsizetype start = entry.commandStart;
         int points = inCommand * commandWeight;
-        if (command.startsWith(word.text) || command.sliced(start).startsWith(word.text))
+        if (startsWith(command, word.text) || startsWith(command.sliced(start), word.text))
             points += commandPrefixPoints;
         else if (start < command.size() && command[start] == word.text[0])
             points += commandStartPoints;
@@ -72,16 +84,12 @@ SnippetSearch::Rescore SnippetSearch::rescoreFor(const QList<Word>& earlier,
     return {};
 }
 
-QList<SnippetSearch::Scored> SnippetSearch::scoreRows(const QList<Scored>* earlier,
-                                                      qsizetype from, qsizetype to,
-                                                      const QList<Word>& words, Rescore rescore,
-                                                      const QString& exact,
-                                                      const QString& foldedExact) const {
+void SnippetSearch::scoreRows(const QList<Scored>* earlier, qsizetype from, qsizetype to,
+                              const QList<Word>& words, Rescore rescore, const QString& exact,
+                              const QString& foldedExact, QList<Scored>& scored) const {
     const QList<SnippetIndex::Entry>& entries = m_index->entries();
     const QList<Snippet>& snippets = m_index->snippets();
     const qsizetype lastWord = words.size() - 1;
-    QList<Scored> scored;
-    scored.reserve(to - from);
     for (qsizetype i = from; i < to; ++i) {
         const Scored* before = earlier ? &earlier->at(i) : nullptr;
         const qsizetype row = before ? before->row : i;
@@ -111,13 +119,12 @@ QList<SnippetSearch::Scored> SnippetSearch::scoreRows(const QList<Scored>* earli
             continue;
         qint64 total = std::max<qint64>(done + last, 1);
         const QString& command = snippets[row].command;
-        if (!exact.isEmpty() && command.size() == exact.size() && command == exact)
+        if (!exact.isEmpty() && same(command, exact))
             total += 2 * exactCommandPoints;
-        else if (!foldedExact.isEmpty() && entry.command.text() == foldedExact)
+        else if (!foldedExact.isEmpty() && same(entry.command.text(), foldedExact))
             total += exactCommandPoints;
         scored.append({row, total, done, last});
     }
-    return scored;
 }
 
 SnippetSearch::Result SnippetSearch::rank(const QString& query, qsizetype limit) {
@@ -138,7 +145,10 @@ SnippetSearch::Result SnippetSearch::rank(const QString& query, qsizetype limit)
         const QList<Scored>* earlier = earlierStep ? &earlierStep->scored : nullptr;
         const Rescore rescore = earlierStep ? rescoreFor(earlierStep->words, words) : Rescore{};
         const qsizetype count = earlier ? earlier->size() : m_index->size();
+        // Room for every row looked at, so that the second thread's share joins without a copy
+        // of the first's.
         QList<Scored> scored;
+        scored.reserve(count);
         if (count > sharedScoringAbove) {
             if (!m_helper) {
                 m_helper = std::make_unique<QThreadPool>();
@@ -147,13 +157,16 @@ SnippetSearch::Result SnippetSearch::rank(const QString& query, qsizetype limit)
                 m_helper->setExpiryTimeout(-1);
             }
             const qsizetype half = count / 2;
-            QFuture<QList<Scored>> second = QtConcurrent::run(m_helper.get(), [&] {
-                return scoreRows(earlier, half, count, words, rescore, exact, foldedExact);
+            QList<Scored> secondScored;
+            QFuture<void> second = QtConcurrent::run(m_helper.get(), [&] {
+                secondScored.reserve(count - half);
+                scoreRows(earlier, half, count, words, rescore, exact, foldedExact, secondScored);
             });
-            scored = scoreRows(earlier, 0, half, words, rescore, exact, foldedExact);
-            scored.append(second.result());
+            scoreRows(earlier, 0, half, words, rescore, exact, foldedExact, scored);
+            second.waitForFinished();
+            scored.append(secondScored);
         } else {
-            scored = scoreRows(earlier, 0, count, words, rescore, exact, foldedExact);
+            scoreRows(earlier, 0, count, words, rescore, exact, foldedExact, scored);
         }
         m_steps.append({folded, words, std::move(scored)});
     }

@@ -90,10 +90,11 @@ private:
     static int wordScore(const SnippetIndex::Entry& entry, const Word& word);
     static Rescore rescoreFor(const QList<Word>& earlier, const QList<Word>& words);
     void mapUsage();
-    // Scores the snippets at rows [from, to) of `earlier` (of the whole index when null).
-    QList<Scored> scoreRows(const QList<Scored>* earlier, qsizetype from, qsizetype to,
-                            const QList<Word>& words, Rescore rescore, const QString& exact,
-                            const QString& foldedExact) const;
+    // Scores the snippets at rows [from, to) of `earlier` (of the whole index when null) and
+    // appends the matches to `scored`.
+    void scoreRows(const QList<Scored>* earlier, qsizetype from, qsizetype to,
+                   const QList<Word>& words, Rescore rescore, const QString& exact,
+                   const QString& foldedExact, QList<Scored>& scored) const;
 
     std::shared_ptr<const SnippetIndex> m_index = std::make_shared<const SnippetIndex>();
     QHash<QUuid, SnippetUsage> m_usageById;
