@@ -46,9 +46,12 @@ private:
     QString m_text;
     quint64 m_letters = 0;
     quint64 m_wordStartLetters = 0;
+    // The text's first characters there (0 past its end), so that a search for a short query
+    // reads this list alone: the text itself is another block of memory, another cache miss.
+    static constexpr qsizetype wordStartChars = 3;
     struct WordStart {
         quint16 at;
-        char16_t letter; // the text's character there, so that a search reads this list alone
+        char16_t chars[wordStartChars];
     };
 
     std::array<quint64, 4> m_pairs{};          // hashed pairs of neighbouring characters
