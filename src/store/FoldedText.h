@@ -25,6 +25,12 @@ public:
     // False when the text certainly lacks one of `letters` (from lettersOf()).
     bool mayContain(quint64 letters) const { return (m_letters & letters) == letters; }
 
+    // Asks the processor to fetch what score() reads first beyond this object, ahead of it.
+    void prefetch() const {
+        __builtin_prefetch(m_wordStarts.constData());
+        __builtin_prefetch(m_text.constData());
+    }
+
     // How well `query` (folded, `letters` its lettersOf()) matches this text; what score() gives.
     int score(QStringView query, quint64 letters) const;
 

@@ -90,7 +90,19 @@ void SnippetSearch::scoreRows(const QList<Scored>* earlier, qsizetype from, qsiz
     const QList<SnippetIndex::Entry>& entries = m_index->entries();
     const QList<Snippet>& snippets = m_index->snippets();
     const qsizetype lastWord = words.size() - 1;
+    // A search reads each entry and its content's word starts from memory the cache has mostly
+    // lost since the last keystroke: they are asked for some rows ahead, to arrive meanwhile.
+    constexpr qsizetype entryAhead = 16;
+    constexpr qsizetype wordStartsAhead = 8;
+    const auto rowAt = [earlier](qsizetype i) { return earlier ? earlier->at(i).row : i; };
     for (qsizetype i = from; i < to; ++i) {
+        if (i + entryAhead < to) {
+            const SnippetIndex::Entry& ahead = entries[rowAt(i + entryAhead)];
+            __builtin_prefetch(&ahead.command);
+            __builtin_prefetch(&ahead.content);
+        }
+        if (i + wordStartsAhead < to)
+            entries[rowAt(i + wordStartsAhead)].content.prefetch();
         const Scored* before = earlier ? &earlier->at(i) : nullptr;
         const qsizetype row = before ? before->row : i;
         const SnippetIndex::Entry& entry = entries[row];
