@@ -33,8 +33,19 @@ void SnippetSearch::rebuild(const QList<Snippet>& snippets, const QList<Category
 
 void SnippetSearch::setIndex(std::shared_ptr<const SnippetIndex> index) {
     m_index = index ? std::move(index) : std::make_shared<const SnippetIndex>();
-    m_steps.clear();
+    while (!m_steps.isEmpty())
+        dropLastStep();
     mapUsage();
+}
+
+void SnippetSearch::dropLastStep() {
+    constexpr qsizetype keptLists = 4;
+    QList<Scored> scored = std::move(m_steps.last().scored);
+    m_steps.removeLast();
+    if (m_spareLists.size() < keptLists) {
+        scored.clear(); // keeps its memory
+        m_spareLists.append(std::move(scored));
+    }
 }
 
 void SnippetSearch::setUsage(const QHash<QUuid, SnippetUsage>& usage) {
@@ -151,7 +162,7 @@ SnippetSearch::Result SnippetSearch::rank(const QString& query, qsizetype limit)
     // Every letter added to a query can only narrow what it matches: the latest earlier query
     // this one goes on from holds every match there is.
     while (!m_steps.isEmpty() && !folded.startsWith(m_steps.last().query))
-        m_steps.removeLast();
+        dropLastStep();
     if (m_steps.isEmpty() || m_steps.last().query != folded) {
         const Step* earlierStep = m_steps.isEmpty() ? nullptr : &m_steps.last();
         const QList<Scored>* earlier = earlierStep ? &earlierStep->scored : nullptr;
@@ -160,6 +171,11 @@ SnippetSearch::Result SnippetSearch::rank(const QString& query, qsizetype limit)
         // Room for every row looked at, so that the second thread's share joins without a copy
         // of the first's.
         QList<Scored> scored;
+        for (qsizetype s = 0; s < m_spareLists.size(); ++s)
+            if (m_spareLists[s].capacity() >= count) {
+                scored = m_spareLists.takeAt(s);
+                break;
+            }
         scored.reserve(count);
         if (count > sharedScoringAbove) {
             if (!m_helper) {
@@ -169,7 +185,8 @@ SnippetSearch::Result SnippetSearch::rank(const QString& query, qsizetype limit)
                 m_helper->setExpiryTimeout(-1);
             }
             const qsizetype half = count / 2;
-            QList<Scored> secondScored;
+            QList<Scored>& secondScored = m_secondScored;
+            secondScored.clear();
             QFuture<void> second = QtConcurrent::run(m_helper.get(), [&] {
                 secondScored.reserve(count - half);
                 scoreRows(earlier, half, count, words, rescore, exact, foldedExact, secondScored);

@@ -101,6 +101,11 @@ private:
     QList<SnippetUsage> m_usage; // by row of the index
     // Each earlier query the current one goes on from, shortest first.
     QList<Step> m_steps;
+    // Lists of steps given up, kept for the next steps: a list of a large library's matches
+    // newly allocated is memory the system maps page by page as it is first written.
+    QList<QList<Scored>> m_spareLists;
+    QList<Scored> m_secondScored; // the second thread's share, likewise kept
+    void dropLastStep();
     // The second thread for large libraries, made when first needed.
     std::unique_ptr<QThreadPool> m_helper;
 };
