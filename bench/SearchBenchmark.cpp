@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <map>
+#include <string_view>
 
 namespace {
 const QStringList kWords = {
@@ -141,6 +142,52 @@ BENCHMARK(searchKeystroke)->Arg(1000)->Arg(10000)->Arg(100000)->MeasureProcessCP
 BENCHMARK(searchWidening)->Arg(1000)->Arg(10000)->Arg(100000)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(plainKeystroke)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
+// Types 20,000 random queries letter by letter (with BackSpaces and pastes between them) into
+// one search over 10,000 snippets, and writes each query's match count and best 20 rows, from
+// the typed search and from a fresh one, to `path`: two builds whose files are the same rank
+// alike, and a line marked "differs" is a typed search that went astray.
+int writeRankings(const char* path) {
+    const Library made = library(10000);
+    SnippetSearch typed;
+    typed.rebuild(made.snippets, made.categories);
+    typed.setUsage(made.usage);
+    SnippetSearch fresh;
+    fresh.setUsage(made.usage);
+    std::FILE* out = std::fopen(path, "w");
+    if (!out)
+        return 1;
+    QRandomGenerator random(24);
+    QString query;
+    int differing = 0;
+    for (int n = 0; n < 20000; ++n) {
+        const int what = random.bounded(10);
+        if (what < 6 || query.isEmpty()) { // a letter, a space, or a letter of another script
+            const int pick = random.bounded(40);
+            query += pick < 26 ? QChar(u'a' + pick)
+                     : pick < 30 ? QChar(u' ')
+                                 : kWords[random.bounded(kWords.size())][0];
+        } else if (what < 8) {
+            query.chop(1);
+        } else if (what < 9) { // pasted over
+            query = kWords[random.bounded(kWords.size())].left(1 + random.bounded(5));
+        } else {
+            query.clear();
+        }
+        const SnippetSearch::Result got = typed.rank(query, 20);
+        fresh.setIndex(typed.index()); // forgets the earlier queries
+        const SnippetSearch::Result expected = fresh.rank(query, 20);
+        const bool same = got.rows == expected.rows && got.matches == expected.matches;
+        differing += same ? 0 : 1;
+        QByteArray line = query.toUtf8() + '\t' + QByteArray::number(got.matches);
+        for (const qsizetype row : got.rows)
+            line += ' ' + QByteArray::number(row);
+        std::fprintf(out, "%s%s\n", line.constData(), same ? "" : "\tdiffers");
+    }
+    std::fclose(out);
+    std::printf("%d of 20000 typed queries rank unlike a fresh search\n", differing);
+    return differing == 0 ? 0 : 1;
+}
+
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
     std::map<std::string, double> millis;
@@ -153,6 +200,9 @@ public:
 } // namespace
 
 int main(int argc, char** argv) {
+    // bench_search --rankings FILE: see writeRankings().
+    if (argc == 3 && std::string_view(argv[1]) == "--rankings")
+        return writeRankings(argv[2]);
     benchmark::Initialize(&argc, argv);
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);

@@ -30,6 +30,16 @@ int pathScore(QStringView text, const qsizetype* positions, qsizetype count) {
     return score;
 }
 
+// What pathScore() gives `query` as one piece where a word starts, read from the query alone:
+// each letter after the first starts a word when the one before it (the query's) ends one.
+int pieceAtWordStartScore(QStringView query, qsizetype scored) {
+    int score = letterPoints + wordStartPoints;
+    for (qsizetype q = 1; q < scored; ++q)
+        score += letterPoints + adjacentPoints +
+                 (query[q - 1].isLetterOrNumber() ? 0 : wordStartPoints);
+    return score;
+}
+
 // Folded text holds lower-case ASCII letters and digits far more than anything else: they get
 // a bit each, every other character shares one of the remaining bits.
 bool hasOwnBit(char16_t c) { return (c >= u'a' && c <= u'z') || (c >= u'0' && c <= u'9'); }
@@ -43,6 +53,14 @@ quint64 bitOf(char16_t c) {
 
 unsigned pairOf(char16_t before, char16_t after) {
     return (quint32(before) * 0x9E3779B1u + quint32(after) * 0x85EBCA77u) >> 24; // 0..255
+}
+
+// Queries are a few letters and most places differ at once: a loop beats a call to memcmp.
+bool sameChars(const char16_t* a, const char16_t* b, qsizetype count) {
+    for (qsizetype i = 0; i < count; ++i)
+        if (a[i] != b[i])
+            return false;
+    return true;
 }
 
 qsizetype plainWordStartOf(QStringView text, QChar letter, qsizetype from) {
@@ -64,8 +82,12 @@ FoldedText::FoldedText(const QString& text) : m_text(fold(text)) {
         m_letters |= bit;
         if (!afterLetter) {
             m_wordStartLetters |= bit;
-            if (m_wordStartsListed)
-                m_wordStarts.append({static_cast<quint16>(i), c.unicode()});
+            if (m_wordStartsListed) {
+                WordStart start{static_cast<quint16>(i), {}};
+                for (qsizetype k = 0; k < wordStartChars && i + k < folded.size(); ++k)
+                    start.chars[k] = folded[i + k].unicode();
+                m_wordStarts.append(start);
+            }
             if (i + 1 < folded.size()) {
                 const unsigned pair = pairOf(c.unicode(), folded[i + 1].unicode()) & 127;
                 m_wordStartPairs[pair >> 6] |= quint64(1) << (pair & 63);
@@ -137,12 +159,16 @@ qsizetype FoldedText::pieceAtWordStart(QStringView query) const {
                 return i;
         return -1;
     }
+    // The list's own characters first; the text is read only past them.
     const auto* text = reinterpret_cast<const char16_t*>(m_text.constData());
+    const char16_t* wanted = query.utf16();
     const qsizetype size = m_text.size();
     const qsizetype length = query.size();
+    const qsizetype listed = std::min(length, wordStartChars);
     for (const WordStart& start : m_wordStarts)
-        if (start.letter == first && start.at + length <= size &&
-            std::equal(query.utf16() + 1, query.utf16() + length, text + start.at + 1))
+        if (start.chars[0] == first && start.at + length <= size &&
+            sameChars(wanted + 1, start.chars + 1, listed - 1) &&
+            sameChars(wanted + listed, text + start.at + listed, length - listed))
             return start.at;
     return -1;
 }
@@ -155,7 +181,7 @@ qsizetype FoldedText::wordStartOf(QChar letter, qsizetype from) const {
     const auto after = [](const WordStart& start, qsizetype at) { return start.at < at; };
     for (auto at = std::lower_bound(m_wordStarts.begin(), m_wordStarts.end(), from, after);
          at != m_wordStarts.end(); ++at)
-        if (at->letter == letter)
+        if (at->chars[0] == letter)
             return at->at;
     return -1;
 }
@@ -192,10 +218,12 @@ int FoldedText::score(QStringView text, QStringView query, const FoldedText* sum
         // start words or not by the query's own characters): one at a word start, or else
         // any one, decides.
         qsizetype piece = summary->pieceAtWordStart(query);
-        if (piece < 0 && summary->mayHavePairsOf(query)) {
+        if (piece >= 0)
+            return pieceAtWordStartScore(query, scored);
+        if (summary->mayHavePairsOf(query)) {
             for (qsizetype i = text.indexOf(first); i >= 0 && i + length <= size;
                  i = text.indexOf(first, i + 1))
-                if (std::equal(wanted + 1, wanted + length, chars + i + 1)) {
+                if (sameChars(wanted + 1, chars + i + 1, length - 1)) {
                     piece = i;
                     break;
                 }
@@ -210,7 +238,7 @@ int FoldedText::score(QStringView text, QStringView query, const FoldedText* sum
     } else {
         for (qsizetype i = text.indexOf(first); i >= 0 && i + length <= size;
              i = text.indexOf(first, i + 1)) {
-            if (!std::equal(wanted + 1, wanted + length, chars + i + 1))
+            if (!sameChars(wanted + 1, chars + i + 1, length - 1))
                 continue;
             for (qsizetype q = 0; q < scored; ++q)
                 path[q] = i + q;

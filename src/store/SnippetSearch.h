@@ -22,7 +22,8 @@ class QThreadPool;
 //
 // The texts are read from a SnippetIndex, folded once, so a keystroke only compares prepared
 // text. A query that goes on from an earlier one of the same typing only looks again at the
-// snippets that one matched, and going back to it (BackSpace) scores nothing again.
+// snippets that one matched, only for its words that changed, and going back to it (BackSpace)
+// scores nothing again.
 class SnippetSearch {
 public:
     // Above this many snippets to look at, two threads score them, half each.
@@ -68,28 +69,43 @@ private:
     };
     struct Scored {
         qsizetype row;
-        qint64 score;
+        qint64 score; // what ranks it: `done` and `last` together, and an exact command's bonus
+        qint64 done;  // what the words before the query's last one earned
+        int last;     // what the query's last word earned
     };
     // The matches of one query of the current typing, for the queries that go on from it.
     struct Step {
         QString query;
+        QList<Word> words;
         QList<Scored> scored;
     };
-    // 0 when some word of the query matches no field.
-    static qint64 score(const SnippetIndex::Entry& entry, const Snippet& snippet,
-                        const QList<Word>& words, const QString& exact,
-                        const QString& foldedExact);
+    // Which words of a query have to be scored, given the scores of an earlier one it goes on
+    // from: only those that changed or came after it.
+    struct Rescore {
+        bool keepDone = false;  // `done` of the earlier scores still holds
+        bool addLast = false;   // the earlier last word is now done too
+        qsizetype firstNew = 0; // words from here on are scored (the last one into `last`)
+    };
+    // How well `word` matches the entry; 0 when it matches no field.
+    static int wordScore(const SnippetIndex::Entry& entry, const Word& word);
+    static Rescore rescoreFor(const QList<Word>& earlier, const QList<Word>& words);
     void mapUsage();
-    // Scores the snippets at rows [from, to) of `earlier` (of the whole index when null).
-    QList<Scored> scoreRows(const QList<Scored>* earlier, qsizetype from, qsizetype to,
-                            const QList<Word>& words, const QString& exact,
-                            const QString& foldedExact) const;
+    // Scores the snippets at rows [from, to) of `earlier` (of the whole index when null) and
+    // appends the matches to `scored`.
+    void scoreRows(const QList<Scored>* earlier, qsizetype from, qsizetype to,
+                   const QList<Word>& words, Rescore rescore, const QString& exact,
+                   const QString& foldedExact, QList<Scored>& scored) const;
 
     std::shared_ptr<const SnippetIndex> m_index = std::make_shared<const SnippetIndex>();
     QHash<QUuid, SnippetUsage> m_usageById;
     QList<SnippetUsage> m_usage; // by row of the index
     // Each earlier query the current one goes on from, shortest first.
     QList<Step> m_steps;
+    // Lists of steps given up, kept for the next steps: a list of a large library's matches
+    // newly allocated is memory the system maps page by page as it is first written.
+    QList<QList<Scored>> m_spareLists;
+    QList<Scored> m_secondScored; // the second thread's share, likewise kept
+    void dropLastStep();
     // The second thread for large libraries, made when first needed.
     std::unique_ptr<QThreadPool> m_helper;
 };

@@ -1,5 +1,6 @@
 #include "InsertSnippetWindow.h"
 
+#include "ElidedTextDelegate.h"
 #include "InsertCandidateModel.h"
 #include "PlaceholderText.h"
 #include "SnippetStore.h"
@@ -45,6 +46,8 @@ InsertSnippetWindow::InsertSnippetWindow(SnippetStore& store, UsageStore& usage,
     m_list->setObjectName(QStringLiteral("insertList"));
     m_list->setAccessibleName(tr("Snippets found"));
     m_list->setModel(m_model);
+    m_list->setItemDelegateForColumn(InsertCandidateModel::ContentColumn,
+                                     new ElidedTextDelegate(m_list));
     m_list->setRootIsDecorated(false);
     m_list->setUniformRowHeights(true);
     m_list->setItemsExpandable(false);
@@ -202,14 +205,17 @@ std::optional<QString> InsertSnippetWindow::clipboardText() {
 
 void InsertSnippetWindow::updatePreview() {
     const auto snippet = selectedSnippet();
-    if (!snippet) {
-        m_preview->clear();
-        return;
+    QString text;
+    if (snippet) {
+        const bool readsClipboard =
+            PlaceholderText(snippet->content).uses(PlaceholderText::Kind::Clipboard);
+        text = filledContent(*snippet, readsClipboard ? clipboardText() : std::nullopt);
     }
-    const bool readsClipboard =
-        PlaceholderText(snippet->content).uses(PlaceholderText::Kind::Clipboard);
-    m_preview->setPlainText(
-        filledContent(*snippet, readsClipboard ? clipboardText() : std::nullopt));
+    // Laying a text out again is most of a keystroke's cost when the best match stays the same.
+    if (text != m_previewShown) {
+        m_previewShown = text;
+        m_preview->setPlainText(text);
+    }
 }
 
 QString InsertSnippetWindow::previewText() const { return m_preview->toPlainText(); }

@@ -87,6 +87,7 @@ private:
     QLineEdit* m_search;
     QTreeView* m_list;
     QPlainTextEdit* m_preview;
+    QString m_previewShown; // what m_preview was last given
     QLabel* m_status;
     QString m_note;
     // Makes the index of a large library, one at a time; the library is only indexed once the
