@@ -9,18 +9,8 @@
 #include <QJsonObject>
 #include <QSignalSpy>
 #include <QtTest>
-#include <csignal>
-#include <functional>
-#include <sys/resource.h>
 
 namespace {
-enum class Fault { FolderIsAFile, FileIsAFolder, DiskFull };
-
-QByteArray contents(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
-}
-
 const QUuid kWork{QStringLiteral("a1b2c3d4-e5f6-4789-abcd-ef0123456789")};
 const QUuid kDefault = Category::defaultCategoryId;
 
@@ -342,62 +332,30 @@ private slots:
         QCOMPARE(diagnostics.lines.filter(store.backupPath()).size(), 2);
     }
 
-    // A write that cannot happen: the old file stays byte for byte, the change stays in
-    // memory, the failure names the file, and the next save writes what failed before.
-    void aFailedWriteLeavesTheFileAndIsWrittenNextTime_data() {
-        QTest::addColumn<int>("fault");
-        QTest::newRow("the folder is a plain file") << int(Fault::FolderIsAFile);
-        QTest::newRow("the file is a folder") << int(Fault::FileIsAFolder);
-        // A file size limit fails writes as a full disk does, and also for root.
-        QTest::newRow("the disk is full") << int(Fault::DiskFull);
-    }
-    void aFailedWriteLeavesTheFileAndIsWrittenNextTime() {
-        QFETCH(int, fault);
+    // A write that cannot happen (its folder is a plain file; a full disk, a read-only mount
+    // and a file turned folder are made for real in the library's fault test): the change stays
+    // in memory, the failure names the file, and the next save writes what failed before.
+    void aFailedWriteIsWrittenNextTime() {
         QTemporaryDir dir;
         const QString folder = dir.filePath("Typolet"), path = folder + "/Typolet.conf";
         SnippetStore store(path);
         store.appendSnippet(Snippet::create(";old", "o", kDefault));
         QVERIFY(!store.saveSnippets());
-        const QByteArray before = contents(path);
-
-        // Each fault moves the good file aside (or keeps it in place) and undoes itself.
         const QString aside = dir.filePath("aside");
-        std::function<void()> undo;
-        switch (Fault(fault)) {
-        case Fault::FolderIsAFile:
-            QVERIFY(QDir().rename(folder, aside));
-            QVERIFY(QFile(folder).open(QIODevice::WriteOnly));
-            undo = [&] { QFile::remove(folder), QDir().rename(aside, folder); };
-            break;
-        case Fault::FileIsAFolder:
-            QVERIFY(QFile::rename(path, aside));
-            QVERIFY(QDir().mkdir(path));
-            undo = [&] { QDir().rmdir(path), QFile::rename(aside, path); };
-            break;
-        case Fault::DiskFull:
-            std::signal(SIGXFSZ, SIG_IGN);
-            rlimit limit{};
-            getrlimit(RLIMIT_FSIZE, &limit);
-            const rlimit full{rlim_t(before.size() + 1000), limit.rlim_max};
-            QCOMPARE(setrlimit(RLIMIT_FSIZE, &full), 0);
-            undo = [limit] { setrlimit(RLIMIT_FSIZE, &limit); };
-            break;
-        }
+        QVERIFY(QDir().rename(folder, aside));
+        QVERIFY(QFile(folder).open(QIODevice::WriteOnly));
         CapturedDiagnostics diagnostics;
         QSignalSpy failed(&store, &SnippetStore::saveFailed);
-        store.appendSnippet(Snippet::create(";new", QString(20000, u'n'), kDefault));
-        const std::optional<QString> error = store.saveSnippets();
-        undo();
-        QVERIFY2(error && error->contains(path), qPrintable(error.value_or("saved")));
+        store.appendSnippet(Snippet::create(";new", "n", kDefault));
+        const std::optional<DataError> error = store.saveSnippets();
+        QVERIFY(QFile::remove(folder) && QDir().rename(aside, folder));
+        QVERIFY2(error && error->why().contains(path), qPrintable(error ? error->why() : "saved"));
         QCOMPARE(failed.size(), 1);
-        QVERIFY2(diagnostics.lines.size() == 1, qPrintable(diagnostics.lines.join(u'\n')));
+        QCOMPARE(diagnostics.lines.size(), 1);
         QCOMPARE(commands(store.snippets()), QStringList({";old", ";new"}));
-        QCOMPARE(contents(path), before);
 
         QVERIFY(!store.addCategory("Work")); // any later save also writes the snippets
-        SnippetStore again(path);
-        QCOMPARE(commands(again.snippets()), QStringList({";old", ";new"}));
-        QCOMPARE(again.unreadableRecords(), 0);
+        QCOMPARE(commands(SnippetStore(path).snippets()), QStringList({";old", ";new"}));
         QCOMPARE(diagnostics.lines.size(), 1); // no line after a write that worked
     }
 };
