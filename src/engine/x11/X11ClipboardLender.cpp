@@ -2,7 +2,6 @@
 
 #include "Logging.h"
 
-#include <QSocketNotifier>
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xlibint.h> // the connection's resource mask; it defines min() and max() macros
@@ -30,26 +29,18 @@ X11ClipboardLender::X11ClipboardLender(QObject* parent) : QObject(parent) {
 }
 
 X11ClipboardLender::~X11ClipboardLender() {
-    m_notifier.reset();
-    if (!m_display)
-        return;
-    if (m_phase == Phase::Lent && m_owner && !m_hadOwner)
+    if (m_display && m_phase == Phase::Lent && m_owner && !m_hadOwner)
         XSetSelectionOwner(m_display, m_clipboard, None, m_time);
-    XDestroyWindow(m_display, m_window);
-    XCloseDisplay(m_display);
 }
 
 bool X11ClipboardLender::open() {
     if (m_display)
         return true;
-    m_display = XOpenDisplay(nullptr);
-    if (!m_display)
+    // Its window owns the selection and receives the transfers.
+    if (!m_connection.open([this] { readEvents(); }))
         return false;
-    // An unmapped window of our own: it owns the selection and receives the transfers.
-    XSetWindowAttributes attributes{};
-    attributes.event_mask = PropertyChangeMask;
-    m_window = XCreateWindow(m_display, DefaultRootWindow(m_display), -10, -10, 1, 1, 0,
-                             CopyFromParent, InputOnly, CopyFromParent, CWEventMask, &attributes);
+    m_display = m_connection.display();
+    m_window = m_connection.window();
     const char* names[] = {"CLIPBOARD",
                            "TARGETS",
                            "TIMESTAMP",
@@ -81,10 +72,6 @@ bool X11ClipboardLender::open() {
     m_maxPropertyBytes = qsizetype(XMaxRequestSize(m_display)) * 4 - 256;
     // Every client's windows share the bits outside the mask the server gave each connection.
     m_resourceMask = m_display->resource_mask;
-    XSync(m_display, False);
-    m_notifier = std::make_unique<QSocketNotifier>(ConnectionNumber(m_display),
-                                                   QSocketNotifier::Read);
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] { readEvents(); });
     return true;
 }
 

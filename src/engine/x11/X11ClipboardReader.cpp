@@ -3,7 +3,6 @@
 #include "Logging.h"
 #include "X11ClipboardLender.h"
 
-#include <QSocketNotifier>
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <climits>
@@ -21,36 +20,21 @@ X11ClipboardReader::X11ClipboardReader(const X11ClipboardLender* lender, QObject
     });
 }
 
-X11ClipboardReader::~X11ClipboardReader() {
-    m_notifier.reset();
-    if (!m_display)
-        return;
-    XDestroyWindow(m_display, m_window);
-    XCloseDisplay(m_display);
-}
+X11ClipboardReader::~X11ClipboardReader() = default;
 
 bool X11ClipboardReader::open() {
     if (m_display)
         return true;
-    m_display = XOpenDisplay(nullptr);
-    if (!m_display)
+    if (!m_connection.open([this] { readEvents(); }))
         return false;
-    // An unmapped window of our own receives the text; its property changes carry the
-    // increments of a large one.
-    XSetWindowAttributes attributes{};
-    attributes.event_mask = PropertyChangeMask;
-    m_window = XCreateWindow(m_display, DefaultRootWindow(m_display), -10, -10, 1, 1, 0,
-                             CopyFromParent, InputOnly, CopyFromParent, CWEventMask, &attributes);
+    m_display = m_connection.display();
+    m_window = m_connection.window();
     m_clipboard = XInternAtom(m_display, "CLIPBOARD", False);
     m_utf8 = XInternAtom(m_display, "UTF8_STRING", False);
     m_incr = XInternAtom(m_display, "INCR", False);
     m_targets = XInternAtom(m_display, "TARGETS", False);
     m_textPlainUtf8 = XInternAtom(m_display, "text/plain;charset=utf-8", False);
     m_property = XInternAtom(m_display, "TYPOLET_CLIPBOARD_TEXT", False);
-    XSync(m_display, False);
-    m_notifier = std::make_unique<QSocketNotifier>(ConnectionNumber(m_display),
-                                                   QSocketNotifier::Read);
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] { readEvents(); });
     return true;
 }
 
