@@ -1,7 +1,7 @@
 // Two computers, each a store over its own library file with its own synced folder; the test
 // copies files between the two folders as a sync engine would (the real engine is in the e2e
-// tests). Changes travel both ways, collisions keep the losing version in the history, and
-// files a sync engine leaves half-way or as conflict copies are handled.
+// tests, with the collision that keeps a losing version in the history). Changes travel both
+// ways, and files a sync engine leaves half-way or as conflict copies are handled.
 #include "IniFormat.h"
 #include "LibraryKeys.h"
 #include "RecordCodec.h"
@@ -91,7 +91,6 @@ class SyncFolderTest : public QObject {
 private slots:
     void fileReadsBackAsWritten();
     void changesTravelAndStayInTheirFormat();
-    void collisionKeepsTheLoserInTheHistory();
     void firstChoiceMergesWhatIsThere();
     void sameCommandOnTwoComputers();
     void filesLeftHalfWayChangeNothing_data();
@@ -191,37 +190,6 @@ void SyncFolderTest::changesTravelAndStayInTheirFormat() {
     exchange(a, b);
     QCOMPARE(library(a.store), expected);
     QCOMPARE(collisions.count(), 0);
-}
-
-void SyncFolderTest::collisionKeepsTheLoserInTheHistory() {
-    Computer a(QStringLiteral("aaaa1111")), b(QStringLiteral("bbbb2222"));
-    QVERIFY(!a.sync.start(a.folder()));
-    QVERIFY(!b.sync.start(b.folder()));
-    QVERIFY(!a.store.addSnippet(Snippet::create(QStringLiteral(";addr"), QStringLiteral("old"),
-                                                Category::defaultCategoryId)));
-    exchange(a, b);
-    QSignalSpy collisionsA(&a.sync, &SyncFolder::collisionsKept);
-    QSignalSpy collisionsB(&b.sync, &SyncFolder::collisionsKept);
-
-    // Both change it before either sees the other's change; B's is the later one.
-    QVERIFY(!a.store.updateSnippet(*a.snippet(QStringLiteral(";addr")), QStringLiteral(";addr"),
-                                   QStringLiteral("from A")));
-    a.sync.publish();
-    QTest::qWait(20);
-    QVERIFY(!b.store.updateSnippet(*b.snippet(QStringLiteral(";addr")), QStringLiteral(";addr"),
-                                   QStringLiteral("from B")));
-    exchange(a, b);
-    exchange(a, b);
-    QCOMPARE(a.content(QStringLiteral(";addr")), QStringLiteral("from B"));
-    QCOMPARE(b.content(QStringLiteral(";addr")), QStringLiteral("from B"));
-    // Said once, however often the files are read again.
-    QCOMPARE(collisionsA.count(), 1);
-    QVERIFY(collisionsA.first().first().toString().contains(QLatin1String(";addr")));
-    QCOMPARE(collisionsB.count(), 1);
-    const QStringList kept = a.historyReasons().filter(QStringLiteral("sync-collision"));
-    QCOMPARE(kept.size(), 1);
-    SnippetStore lost(a.store.file().history().folder() + u'/' + kept.first());
-    QCOMPARE(lost.snippetWithCommand(QStringLiteral(";addr"))->content, QStringLiteral("from A"));
 }
 
 void SyncFolderTest::firstChoiceMergesWhatIsThere() {
