@@ -2,19 +2,18 @@
 // snippets: through SnippetSearch (texts folded once, a longer query narrows the last matches,
 // only the shown rows sorted), and through the plain way (fold and score every snippet's texts
 // on every keystroke, then sort every match). Prints the ratio.
+#include "BenchSupport.h"
 #include "SnippetSearch.h"
 
-#include <QRandomGenerator>
 #include <benchmark/benchmark.h>
 #include <algorithm>
 #include <cstdio>
-#include <map>
 
 namespace {
-const QStringList kWords = {
-    "regards", "meeting", "address", "invoice", "thanks", "tomorrow", "schedule", "signature",
-    "café",    "déjà",    "résumé",  "office",  "please", "project",  "Müller",   "straße",
-    "привет",  "東京",     "report",  "deadline", "phone", "number",  "kind",     "best"};
+const QStringList kCategoryWords = {"regards", "meeting", "address",  "invoice", "thanks",
+                                    "tomorrow", "schedule", "signature", "café", "déjà",
+                                    "résumé", "office", "please", "project", "Müller",
+                                    "straße", "привет", "東京", "report", "deadline"};
 
 struct Library {
     QList<Snippet> snippets;
@@ -26,20 +25,15 @@ struct Library {
 Library library(int count) {
     QRandomGenerator random(count);
     Library made;
-    for (int c = 0; c < 20; ++c)
-        made.categories.append(Category::create(kWords[c] + QStringLiteral(" notes")));
-    made.snippets.reserve(count);
-    for (int i = 0; i < count; ++i) {
-        QString command = QStringLiteral(";");
-        for (int l = 3 + random.bounded(6); l > 0; --l)
-            command.append(QChar(u'a' + random.bounded(26)));
-        QStringList words;
-        for (int w = 10 + random.bounded(51); w > 0; --w)
-            words.append(kWords[random.bounded(kWords.size())]);
-        made.snippets.append(Snippet::create(command, words.join(u' '),
-                                             made.categories[random.bounded(20)].id));
+    QList<QUuid> ids;
+    for (const QString& word : kCategoryWords) {
+        made.categories.append(Category::create(word + QStringLiteral(" notes")));
+        ids.append(made.categories.last().id);
+    }
+    made.snippets = BenchSupport::library(count, random, ids);
+    for (const Snippet& snippet : std::as_const(made.snippets)) {
         if (random.bounded(3) == 0)
-            made.usage.insert(made.snippets.last().id,
+            made.usage.insert(snippet.id,
                               {random.bounded(50), 1'700'000'000'000 + random.bounded(1'000'000)});
     }
     return made;
@@ -124,34 +118,23 @@ BENCHMARK(rebuildSearch)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kM
 BENCHMARK(searchKeystroke)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(searchWidening)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(plainKeystroke)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
-
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    std::map<std::string, double> millis;
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs)
-            millis[run.benchmark_name()] = run.GetAdjustedRealTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-};
 } // namespace
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
+    BenchSupport::RunTimes times;
+    benchmark::RunSpecifiedBenchmarks(&times);
     std::printf("\n%10s %12s %12s %12s %12s\n", "snippets", "keystroke ms", "widening ms",
                 "plain ms", "plain/search");
     for (const int n : {1000, 10000, 100000}) {
         const auto suffix = "/" + std::to_string(n);
-        const auto keystroke = reporter.millis.find("searchKeystroke" + suffix);
-        const auto widening = reporter.millis.find("searchWidening" + suffix);
-        const auto plain = reporter.millis.find("plainKeystroke" + suffix);
-        if (keystroke == reporter.millis.end() || widening == reporter.millis.end() ||
-            plain == reporter.millis.end())
+        const auto keystroke = times.nanos("searchKeystroke" + suffix);
+        const auto widening = times.nanos("searchWidening" + suffix);
+        const auto plain = times.nanos("plainKeystroke" + suffix);
+        if (!keystroke || !widening || !plain)
             continue;
-        std::printf("%10d %12.2f %12.2f %12.2f %11.0fx\n", n, keystroke->second, widening->second,
-                    plain->second, plain->second / keystroke->second);
+        std::printf("%10d %12.2f %12.2f %12.2f %11.0fx\n", n, *keystroke / 1e6, *widening / 1e6,
+                    *plain / 1e6, *plain / *keystroke);
     }
     benchmark::Shutdown();
     return 0;

@@ -1,0 +1,42 @@
+#include "BenchSupport.h"
+
+#include <QStringList>
+
+namespace BenchSupport {
+namespace {
+const QStringList kWords = {
+    "regards", "meeting", "address", "invoice", "thanks", "tomorrow", "schedule", "signature",
+    "café",    "déjà",    "résumé",  "office",  "please", "project",  "Müller",   "straße",
+    "привет",  "東京",     "report",  "deadline", "phone", "number",  "kind",     "best"};
+} // namespace
+
+QList<Snippet> library(int count, QRandomGenerator& random, const QList<QUuid>& categories) {
+    QList<Snippet> snippets;
+    snippets.reserve(count);
+    for (int i = 0; i < count; ++i) {
+        QString command = QStringLiteral(";");
+        for (int l = 3 + random.bounded(6); l > 0; --l)
+            command.append(QChar(u'a' + random.bounded(26)));
+        QStringList words;
+        for (int w = 10 + random.bounded(51); w > 0; --w)
+            words.append(kWords[random.bounded(kWords.size())]);
+        snippets.append(Snippet::create(command, words.join(u' '),
+                                        categories[random.bounded(categories.size())]));
+    }
+    return snippets;
+}
+
+void RunTimes::ReportRuns(const std::vector<Run>& runs) {
+    for (const Run& run : runs)
+        m_nanos[run.benchmark_name()] =
+            run.GetAdjustedRealTime() * (run.time_unit == benchmark::kMicrosecond   ? 1e3
+                                         : run.time_unit == benchmark::kMillisecond ? 1e6
+                                                                                    : 1.0);
+    ConsoleReporter::ReportRuns(runs);
+}
+
+std::optional<double> RunTimes::nanos(const std::string& name) const {
+    const auto found = m_nanos.find(name);
+    return found == m_nanos.end() ? std::nullopt : std::optional(found->second);
+}
+} // namespace BenchSupport
