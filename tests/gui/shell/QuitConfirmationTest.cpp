@@ -38,6 +38,10 @@ void QuitConfirmationTest::alertAsksWithThreeButtonsInOrder() {
     // Each has a key of its own.
     for (const QAbstractButton* button : {quit, background, cancel})
         QVERIFY(!QKeySequence::mnemonic(button->text()).isEmpty());
+    // Left to right in this order, whatever the desktop's button conventions.
+    const auto x = [&](QAbstractButton* b) { return b->mapTo(alert.get(), QPoint(0, 0)).x(); };
+    QVERIFY(x(quit) < x(background));
+    QVERIFY(x(background) < x(cancel));
 }
 
 // Return gives the default answer, Quit; Escape and closing the alert cancel.
