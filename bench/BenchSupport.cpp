@@ -27,16 +27,23 @@ QList<Snippet> library(int count, QRandomGenerator& random, const QList<QUuid>& 
 }
 
 void RunTimes::ReportRuns(const std::vector<Run>& runs) {
-    for (const Run& run : runs)
-        m_nanos[run.benchmark_name()] =
-            run.GetAdjustedRealTime() * (run.time_unit == benchmark::kMicrosecond   ? 1e3
-                                         : run.time_unit == benchmark::kMillisecond ? 1e6
-                                                                                    : 1.0);
+    for (const Run& run : runs) {
+        const double unit = run.time_unit == benchmark::kMicrosecond   ? 1e3
+                            : run.time_unit == benchmark::kMillisecond ? 1e6
+                                                                       : 1.0;
+        m_times[run.benchmark_name()] = {run.GetAdjustedRealTime() * unit,
+                                         run.GetAdjustedCPUTime() * unit};
+    }
     ConsoleReporter::ReportRuns(runs);
 }
 
 std::optional<double> RunTimes::nanos(const std::string& name) const {
-    const auto found = m_nanos.find(name);
-    return found == m_nanos.end() ? std::nullopt : std::optional(found->second);
+    const auto found = m_times.find(name);
+    return found == m_times.end() ? std::nullopt : std::optional(found->second.real);
+}
+
+std::optional<double> RunTimes::cpuNanos(const std::string& name) const {
+    const auto found = m_times.find(name);
+    return found == m_times.end() ? std::nullopt : std::optional(found->second.cpu);
 }
 } // namespace BenchSupport

@@ -20,14 +20,19 @@ namespace BenchSupport {
 QList<Snippet> library(int count, QRandomGenerator& random,
                        const QList<QUuid>& categories = {Category::defaultCategoryId});
 
-// The console report, keeping each run's time per iteration in nanoseconds by its name
-// ("plainKeystroke/1000").
+// The console report, keeping each run's wall and CPU time per iteration in nanoseconds by its
+// name ("plainKeystroke/1000", "searchKeystroke/1000/process_time").
 class RunTimes : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override;
     std::optional<double> nanos(const std::string& name) const;
+    std::optional<double> cpuNanos(const std::string& name) const;
 
 private:
-    std::map<std::string, double> m_nanos;
+    struct Times {
+        double real;
+        double cpu;
+    };
+    std::map<std::string, Times> m_times;
 };
 } // namespace BenchSupport

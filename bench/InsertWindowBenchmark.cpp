@@ -1,8 +1,10 @@
 // The Insert Snippet window over libraries of 10,000 and 100,000 snippets: the time from the
-// request to the window shown (its search already prepared, as it is once Typolet runs), the
-// time to prepare the search after the library changed, and each keystroke in its search field
-// until the list and preview show the new ranking, against their targets. CPU time of this
-// thread in brackets. Runs on the offscreen platform unless QT_QPA_PLATFORM says otherwise.
+// request to the window shown the first time (its index is then made on another thread), how
+// long that index takes, each keystroke in its search field until the list and preview show
+// the new ranking, and an edit made while the window is open until it shows in the list, against
+// their targets. CPU time of the whole process in brackets (large libraries are scored on two
+// threads: on an idle machine the wait is about half of it). Runs on the offscreen platform
+// unless QT_QPA_PLATFORM says otherwise.
 #include "BenchSupport.h"
 #include "InsertSnippetWindow.h"
 #include "SnippetStore.h"
@@ -22,16 +24,23 @@ namespace {
 
 double cpuMs() {
     timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
     return now.tv_sec * 1e3 + now.tv_nsec / 1e6;
 }
 
-// `target` 0: none (the preparation runs in idle time, a moment after the library changed).
+// `target` 0: none.
 void report(const char* what, int snippets, double wallMs, double cpu, double target) {
-    std::printf("%-34s %7d %9.1f ms (%6.1f ms CPU)", what, snippets, wallMs, cpu);
+    std::printf("%-36s %7d %9.1f ms (%6.1f ms CPU)", what, snippets, wallMs, cpu);
     if (target > 0)
         std::printf("   target < %.0f ms  %s", target, cpu < target ? "ok" : "MISSED");
     std::printf("\n");
+}
+
+// Lets the window take up what its other thread did, until `done`.
+template <typename Done>
+void waitFor(Done done) {
+    while (!done())
+        QTest::qWait(1);
 }
 
 void measure(int count, double keystrokeTarget) {
@@ -43,23 +52,17 @@ void measure(int count, double keystrokeTarget) {
     QTemporaryDir state;
     UsageStore usage(state.filePath(QStringLiteral("usage.json")));
     InsertSnippetWindow window(store, usage);
-
-    QTest::qWait(600); // the preparation runs a moment after the library changed
+    const auto preparing = [&window] { return window.statusText().startsWith(u"Preparing"); };
     std::printf("\n");
-    // The preparation after an edit, forced through a search before its moment comes.
-    store.setSnippets(snippets + QList<Snippet>{Snippet::create(";new", "x", {})});
+
     QElapsedTimer wall;
     double cpu = cpuMs();
     wall.start();
-    window.searchField()->setText(QStringLiteral("x")); // searches, preparing first
-    report("prepare after a change + 1 search", count, wall.elapsed(), cpuMs() - cpu, 0);
-    window.searchField()->clear();
-
-    cpu = cpuMs();
-    wall.restart();
     window.present();
     QCoreApplication::processEvents();
-    report("open the window", count, wall.elapsed(), cpuMs() - cpu, 100);
+    report("open the window the first time", count, wall.elapsed(), cpuMs() - cpu, 100);
+    waitFor([&] { return !preparing(); });
+    report("  its index, on another thread", count, wall.elapsed(), cpuMs() - cpu, 0);
 
     double worstWall = 0, worstCpu = 0;
     QString typed;
@@ -73,6 +76,32 @@ void measure(int count, double keystrokeTarget) {
         worstCpu = std::max(worstCpu, cpuMs() - cpu);
     }
     report("slowest keystroke of \"kind re\"", count, worstWall, worstCpu, keystrokeTarget);
+    // Back to one letter, then a word typed over it: every snippet scored again.
+    window.searchField()->setText(QStringLiteral("k"));
+    cpu = cpuMs();
+    wall.restart();
+    window.searchField()->setText(QStringLiteral("ri"));
+    QCoreApplication::processEvents();
+    report("a query that narrows nothing", count, wall.elapsed(), cpuMs() - cpu, keystrokeTarget);
+
+    // An edit while the window is open, until the list shows it.
+    window.searchField()->setText(QStringLiteral("zebra"));
+    QList<Snippet> edited = snippets;
+    edited.append(Snippet::create(";zebra", "x", {}));
+    cpu = cpuMs();
+    wall.restart();
+    store.setSnippets(std::move(edited));
+    QCoreApplication::processEvents();
+    report("an edit, on the window's thread", count, wall.elapsed(), cpuMs() - cpu, 0);
+    waitFor([&] { return window.statusText().startsWith(u"Snippets found: 1"); });
+    report("  until the list shows it", count, wall.elapsed(), cpuMs() - cpu, 0);
+
+    window.hide();
+    cpu = cpuMs();
+    wall.restart();
+    window.present();
+    QCoreApplication::processEvents();
+    report("open the window again", count, wall.elapsed(), cpuMs() - cpu, 100);
 }
 } // namespace
 

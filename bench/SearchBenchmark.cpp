@@ -1,6 +1,6 @@
 // The insert window's search, one keystroke at a time, against libraries of 1,000 to 100,000
-// snippets: through SnippetSearch (texts folded once, a longer query narrows the last matches,
-// only the shown rows sorted), and through the plain way (fold and score every snippet's texts
+// snippets: through SnippetSearch (texts folded and summarised once, a longer query narrows the
+// last matches, only the shown rows sorted), and through the plain way (fold and score every snippet's texts
 // on every keystroke, then sort every match). Prints the ratio.
 #include "BenchSupport.h"
 #include "SnippetSearch.h"
@@ -104,19 +104,35 @@ void plainKeystroke(benchmark::State& state) {
     }
 }
 
-// Paid when the window opens after the library changed.
+// Paid on another thread when the window first opens.
 void rebuildSearch(benchmark::State& state) {
     const Library made = library(static_cast<int>(state.range(0)));
-    SnippetSearch search;
     for (auto _ : state) {
+        SnippetSearch search;
+        search.rebuild(made.snippets, made.categories);
+        search.setUsage(made.usage);
+    }
+}
+
+// Paid on another thread after an edit: one snippet changed, every other one taken over.
+void reindexAfterEdit(benchmark::State& state) {
+    Library made = library(static_cast<int>(state.range(0)));
+    SnippetSearch search;
+    search.rebuild(made.snippets, made.categories);
+    search.setUsage(made.usage);
+    int edits = 0;
+    for (auto _ : state) {
+        made.snippets[made.snippets.size() / 2].content = QStringLiteral("edit %1").arg(++edits);
         search.rebuild(made.snippets, made.categories);
         search.setUsage(made.usage);
     }
 }
 
 BENCHMARK(rebuildSearch)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(searchKeystroke)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(searchWidening)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(reindexAfterEdit)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+// CPU time of the process: above SnippetSearch::sharedScoringAbove two threads share the work.
+BENCHMARK(searchKeystroke)->Arg(1000)->Arg(10000)->Arg(100000)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(searchWidening)->Arg(1000)->Arg(10000)->Arg(100000)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(plainKeystroke)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 } // namespace
 
@@ -124,13 +140,13 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     BenchSupport::RunTimes times;
     benchmark::RunSpecifiedBenchmarks(&times);
-    std::printf("\n%10s %12s %12s %12s %12s\n", "snippets", "keystroke ms", "widening ms",
-                "plain ms", "plain/search");
+    std::printf("\nCPU time\n%10s %12s %12s %12s %12s\n", "snippets", "keystroke ms",
+                "widening ms", "plain ms", "plain/search");
     for (const int n : {1000, 10000, 100000}) {
         const auto suffix = "/" + std::to_string(n);
-        const auto keystroke = times.nanos("searchKeystroke" + suffix);
-        const auto widening = times.nanos("searchWidening" + suffix);
-        const auto plain = times.nanos("plainKeystroke" + suffix);
+        const auto keystroke = times.cpuNanos("searchKeystroke" + suffix + "/process_time");
+        const auto widening = times.cpuNanos("searchWidening" + suffix + "/process_time");
+        const auto plain = times.cpuNanos("plainKeystroke" + suffix);
         if (!keystroke || !widening || !plain)
             continue;
         std::printf("%10d %12.2f %12.2f %12.2f %11.0fx\n", n, *keystroke / 1e6, *widening / 1e6,

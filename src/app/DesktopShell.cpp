@@ -21,6 +21,8 @@
 #include "X11EngineBackend.h"
 #include "X11PermissionProbe.h"
 #include "XdgAutostartBackend.h"
+#include "FillInForm.h"
+#include "FormFiller.h"
 #include "InsertSnippetWindow.h"
 #include "SingleInstanceGuard.h"
 #include "SnippetInserter.h"
@@ -218,6 +220,12 @@ int DesktopShell::runWithWindows(QCoreApplication& app, EngineBackend& engine,
     QObject::connect(&typolet.instanceGuard(), &SingleInstanceGuard::insertRequested, &inserter,
                      &SnippetInserter::open);
     tray.addInsertAction(&insertAction);
+    // Contents with form fields: the engine asks, the form over the window typed in answers.
+    FillInForm fillInForm;
+    FormFiller formFiller(fillInForm, engine.windowFocus());
+    engine.setFormValueSource(&formFiller);
+    QObject::connect(&app, &QCoreApplication::aboutToQuit, &formFiller,
+                     [&engine] { engine.setFormValueSource(nullptr); });
     if (openInsertWindow)
         QTimer::singleShot(0, &inserter, &SnippetInserter::open);
 

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "FocusReturn.h"
 #include "Snippet.h"
 
 #include <QObject>
-#include <QRect>
-#include <QTimer>
 #include <functional>
 
 class InsertSnippetWindow;
@@ -27,25 +26,15 @@ public:
     // Shows the window (the global key, the tray entry, `typolet --insert`).
     void open();
 
-    // How long the focus may take to come back, and how often it is asked for meanwhile.
-    static constexpr int focusPatienceMs = 1000;
-    static constexpr int focusRetryMs = 50;
-    // Without a way to ask, the time a compositor is given to move the focus back.
-    static constexpr int unverifiedFocusMs = 150;
-
 signals:
     // The content went to the clipboard, as the focus did not come back.
     void copiedInstead(const Snippet& snippet);
 
 private:
-    void giveFocusBack(std::function<void(bool returned)> then);
     void send(const Snippet& snippet);
 
     InsertSnippetWindow& m_window;
-    WindowFocus* m_focus;
     std::function<void(const Snippet&)> m_send;
-    quint64 m_target = 0; // the window that had the focus when the insert window opened
-    QTimer m_retry;
-    int m_waitedMs = 0;
-    std::function<void(bool)> m_then;
+    // To the window that had the focus when the insert window opened.
+    FocusReturn m_focusReturn;
 };

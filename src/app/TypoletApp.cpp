@@ -3,6 +3,7 @@
 #include "ContentView.h"
 #include "EngineBackend.h"
 #include "Logging.h"
+#include "OpenWindows.h"
 #include "Preferences.h"
 #include "SingleInstanceGuard.h"
 #include "SymbolImage.h"
@@ -56,6 +57,9 @@ bool TypoletApp::start() {
     m_mainWindow->setWindowTitle(QStringLiteral("Typolet[*]"));
     auto editor = std::make_unique<ContentView>(m_store);
     m_editor = editor.get();
+    // The category forms offer the applications with windows open, where the session lists them.
+    if (OpenWindows* windows = m_engine.openWindows())
+        editor->setOpenWindowClasses([windows] { return windows->windowClasses(); });
     m_mainWindow->setCentralWidget(editor.release());
     m_mainWindow->resize(m_mainWindow->sizeHint().expandedTo(QSize(mainWidth, mainHeight)));
     m_mainWindow->show();

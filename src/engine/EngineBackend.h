@@ -5,6 +5,8 @@
 #include <QUuid>
 #include <functional>
 
+class OpenWindows;
+class FormValueSource;
 class SnippetStore;
 class WindowFocus;
 struct EngineSettings;
@@ -47,9 +49,16 @@ public:
     // Sends `snippet`'s content to the focused window as an expansion would, erasing nothing
     // (the insert window). After start().
     virtual void insert(const Snippet& snippet) = 0;
+    // Where a content's form fields get their values (the fill-in form); before or after
+    // start(). Without one they type their defaults.
+    virtual void setFormValueSource(FormValueSource* source) = 0;
     // The keyboard focus, to hand back after the insert window; null where no client may move
     // it (Wayland).
     virtual WindowFocus* windowFocus() const = 0;
+
+    // The windows open now, to offer their applications by name; null where a client cannot
+    // list them (Wayland).
+    virtual OpenWindows* openWindows() const { return nullptr; }
 
     // The application that has the keyboard focus now; empty when it cannot be told.
     virtual QString focusedApplication() const = 0;

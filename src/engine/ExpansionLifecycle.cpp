@@ -11,6 +11,7 @@ std::optional<Phase> transition(Phase phase, Event event) {
         switch (event) {
         case Event::CommandAwaitsWordEnd: return Phase::AwaitingWordEnd;
         case Event::ClipboardAsked: return Phase::ReadingClipboard;
+        case Event::ValuesAsked: return Phase::FillingIn;
         case Event::OutputStarted: return Phase::Typing;
         default: return std::nullopt;
         }
@@ -20,6 +21,7 @@ std::optional<Phase> transition(Phase phase, Event event) {
         case Event::WordWentOn:
         case Event::TypingForgotten: return Phase::Idle;
         case Event::ClipboardAsked: return Phase::ReadingClipboard;
+        case Event::ValuesAsked: return Phase::FillingIn;
         case Event::OutputStarted: return Phase::Typing;
         default: return std::nullopt;
         }
@@ -27,7 +29,15 @@ std::optional<Phase> transition(Phase phase, Event event) {
         switch (event) {
         case Event::EscapePressed: return Phase::ReadingClipboard;
         case Event::ExpansionDropped: return Phase::Idle;
+        case Event::ValuesAsked: return Phase::FillingIn;
         case Event::OutputStarted: return Phase::Typing;
+        default: return std::nullopt;
+        }
+    case Phase::FillingIn:
+        switch (event) {
+        // The values (or Escape's command) go out where the command was.
+        case Event::OutputStarted: return Phase::Typing;
+        case Event::ExpansionDropped: return Phase::Idle;
         default: return std::nullopt;
         }
     case Phase::Typing:
@@ -60,6 +70,7 @@ void ExpansionLifecycle::handle(Event event) {
     case Event::CommandAwaitsWordEnd: m_awaited = {}; break;
     case Event::ClipboardAsked:
     case Event::OutputStarted: m_output = {}; break;
+    case Event::ValuesAsked: m_filling = {}; break;
     case Event::EscapePressed: m_output.cancelled = true; break;
     case Event::ContentWentOutWhole: m_undo = m_output.pendingUndo.value_or(Undo{}); break;
     default: break;
@@ -68,6 +79,8 @@ void ExpansionLifecycle::handle(Event event) {
         m_awaited = {};
     if (*to != Phase::ReadingClipboard && *to != Phase::Typing)
         m_output = {};
+    if (*to != Phase::FillingIn)
+        m_filling = {};
     if (*to != Phase::UndoWindow)
         m_undo = {};
     m_phase = *to;

@@ -17,6 +17,8 @@ public:
         Idle,             // no expansion: keys go into the buffer
         AwaitingWordEnd,  // a command that waits for its word to end was typed: the next key decides
         ReadingClipboard, // the content shows the clipboard: its owner is asked for the text
+        FillingIn,        // the content has form fields: the command is erased, the form asks
+                          // for their values, and keys go to the form, never to the buffer
         Typing,           // the output erases the command and types or pastes the content
         UndoWindow,       // the content went out whole: BackSpace as the next key puts the command back
     };
@@ -24,7 +26,9 @@ public:
         CommandAwaitsWordEnd, // a command typed whose snippet expands after its word
         WordWentOn,           // the key after it, or the time, says there is no word end here
         ClipboardAsked,       // a matched content needs the clipboard's text first
-        ExpansionDropped,     // the command is no longer before the caret (the focus moved)
+        ValuesAsked,          // a matched content has form fields: they are asked for first
+        ExpansionDropped,     // the command is no longer before the caret (the focus moved,
+                              // or did not come back from the form)
         OutputStarted,        // the output was asked to replace the command with the content
         EscapePressed,        // Escape during the output: it stops where it is
         OutputFinished,       // the output is done, or nothing went out; no undo follows
@@ -53,6 +57,14 @@ public:
         QString passing;
         quint64 window = 0; // where the expansion went
     };
+    // What a content with form fields knows while the form is open.
+    struct Filling {
+        Snippet snippet;
+        QString wordEnd;        // the key that ended the command's word, typed after the content
+        QString retyped;        // keys that slipped in after the command, erased with it
+        std::optional<QString> clipboard; // read before the form opened, if the content shows it
+        bool asked = false;     // the command is erased and the form was asked for
+    };
     // What an expansion under way (reading the clipboard or typing) knows.
     struct Output {
         std::optional<Undo> pendingUndo; // becomes the undo when the content goes out whole
@@ -72,6 +84,7 @@ public:
     // The data of the phase in progress; meaningful only in that phase.
     AwaitedWordEnd& awaited() { return m_awaited; }
     Output& output() { return m_output; }
+    Filling& filling() { return m_filling; }
     Undo& undo() { return m_undo; }
 
     // Texts that reached the application during an expansion and enter the buffer after it, in
@@ -88,6 +101,7 @@ private:
     Phase m_phase = Phase::Idle;
     AwaitedWordEnd m_awaited;
     Output m_output;
+    Filling m_filling;
     Undo m_undo;
     QStringList m_keysAfterExpansion;
 };

@@ -15,6 +15,11 @@ public:
     // The canonical form of the character at `index` (0 is the first).
     const QString& canonicalCharacter(qsizetype index) const { return m_canonical[index]; }
 
+    // The last `count` characters as typed (all of them when there are fewer).
+    QString lastCharacters(qsizetype count) const {
+        return count >= m_starts.size() ? m_text : m_text.mid(m_starts[m_starts.size() - count]);
+    }
+
     // Appends text; a combining mark joins the character before it.
     void append(const QString& text);
     // Removes the last character (all code points of its cluster).

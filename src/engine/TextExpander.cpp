@@ -8,6 +8,7 @@
 #include "KeyMonitor.h"
 #include "KeyTranslator.h"
 #include "ClipboardSource.h"
+#include "CommandCase.h"
 #include "KeyboardOutput.h"
 #include "PermissionProbe.h"
 #include "PlaceholderText.h"
@@ -73,7 +74,7 @@ TextExpander::TextExpander(SnippetStore& store, const EnginePlatform& platform, 
 }
 
 TextExpander::~TextExpander() {
-    if (m_life.expanding() && m_output)
+    if ((m_life.expanding() || m_life.phase() == Phase::FillingIn) && m_output)
         m_output->cancel();
 }
 
@@ -117,13 +118,17 @@ bool TextExpander::remembersTyping() const {
 }
 
 void TextExpander::pointerPressed() {
-    if (!remembersTyping())
+    // Clicks into the form: the command is erased already, the answer decides what goes out.
+    if (m_life.phase() == Phase::FillingIn || !remembersTyping())
         return;
     qCInfo(lcKeys).noquote() << QStringLiteral("Pointer pressed: buffer cleared");
     forgetTyping();
 }
 
 void TextExpander::focusChanged() {
+    // The form takes the focus and gives it back: the expansion goes on with the answer.
+    if (m_life.phase() == Phase::FillingIn)
+        return;
     if (m_life.expanding()) {
         // An expansion under way keeps going, but no undo follows it into another window; one
         // that waits for the clipboard is off: its command is not before this caret.
@@ -174,6 +179,12 @@ void TextExpander::setPaused(bool paused) {
 }
 
 void TextExpander::keyDown(const KeyStroke& stroke) {
+    if (m_life.phase() == Phase::FillingIn) {
+        // Typed into the form (or while it opens): its values are the user's own business, so
+        // not even the key code is told, and nothing of it is typing to match.
+        qCInfo(lcKeys).noquote() << QStringLiteral("Key down while a form is open: ignored");
+        return;
+    }
     if (m_life.phase() == Phase::ReadingClipboard) {
         m_life.output().typedWhileReading.append(stroke);
         return;
@@ -276,6 +287,8 @@ bool TextExpander::applyKey(const QString& character) {
 }
 
 void TextExpander::handleKeyPress(const QString& character) {
+    if (m_life.phase() == Phase::FillingIn)
+        return; // a key for the form
     if (!ignoredBecause().isEmpty()) {
         forgetTyping();
         return;
@@ -427,7 +440,7 @@ bool TextExpander::wordEndDecided(const QString& next, bool reachedApplication) 
         // A longer command that goes on with this character is what the user is typing.
         KeystrokeBuffer withNext = m_buffer;
         withNext.append(next);
-        const auto longer = m_index.match(withNext);
+        const auto longer = m_index.match(withNext, expandsHere());
         ends = !longer || GraphemeText::count(m_store.snippets()[*longer].command) <=
                               GraphemeText::count(snippet.command);
     }
@@ -439,8 +452,13 @@ bool TextExpander::wordEndDecided(const QString& next, bool reachedApplication) 
             releaseHeldKeys();
         return false;
     }
-    if (!reachedApplication && !leavesField &&
-        PlaceholderText(snippet.content).uses(PlaceholderText::Kind::Cursor)) {
+    const PlaceholderText placeholders(snippet.content);
+    // A form takes the focus before the content goes out: a key let go then would land in the
+    // form, so it goes to the application first (a Tab or Return there expands nothing).
+    const bool firstToApplication =
+        (placeholders.asksForValues() && m_formValues) ||
+        (!leavesField && placeholders.uses(PlaceholderText::Kind::Cursor));
+    if (!reachedApplication && firstToApplication) {
         // Let go now, the key would land where the caret goes back to. It goes to the
         // application first instead, and the expansion takes it in after the content.
         m_life.awaited().keysHeld = false;
@@ -481,7 +499,7 @@ void TextExpander::checkForMatch(bool replayed) {
         m_index.rebuild(snippets);
         m_indexedRevision = m_store.snippetsRevision();
     }
-    const auto found = m_index.match(m_buffer);
+    const auto found = m_index.match(m_buffer, expandsHere());
     if (!found)
         return;
     if (focusedWindow() != m_bufferWindow) {
@@ -498,10 +516,35 @@ void TextExpander::checkForMatch(bool replayed) {
         return;
     }
     // A copy: later edits don't change what is typed.
-    if (snippets[*found].expandsAfterWordEnd())
-        awaitWordEnd(snippets[*found], replayed);
+    Snippet matched = snippets[*found];
+    // The command as typed, in whatever case: that is what is erased, and what BackSpace puts
+    // back. Matched character by character, it has as many characters as the stored one.
+    if (matched.matchCase)
+        matched.command = m_buffer.lastCharacters(GraphemeText::count(matched.command));
+    if (matched.expandsAfterWordEnd())
+        awaitWordEnd(matched, replayed);
     else
-        expand(snippets[*found]);
+        expand(matched);
+}
+
+TriggerIndex::Allowed TextExpander::expandsHere() const {
+    if (!m_store.anyCategoryLimited())
+        return {};
+    // The focus is asked once per look, and only when a limited category's snippet matches.
+    auto names = std::make_shared<std::optional<QStringList>>();
+    return [this, names](qsizetype index) {
+        const Category::Limit limit = m_store.limitOf(m_store.snippets()[index].categoryId);
+        if (!limit.limits())
+            return true;
+        if (!*names) {
+            *names = m_platform.focus ? m_platform.focus->names() : QStringList();
+            if ((*names)->isEmpty())
+                qCInfo(lcEngine).noquote()
+                    << QStringLiteral("The focused application is unknown: snippets of categories "
+                                      "limited to applications do not expand");
+        }
+        return limit.expandsIn(**names);
+    };
 }
 
 QString TextExpander::typeableText(const QString& content, int& leftOut) {
@@ -529,7 +572,7 @@ Expansion TextExpander::replacement(int erased, const QString& text, const QStri
 }
 
 void TextExpander::insert(const Snippet& snippet) {
-    if (isExpanding()) {
+    if (isExpanding() || m_life.phase() == Phase::FillingIn) {
         qCInfo(lcEngine).noquote() << QStringLiteral("Insertion skipped: an expansion is under way");
         return;
     }
@@ -575,10 +618,20 @@ void TextExpander::clipboardAnswered(const Snippet& snippet, const QString& word
 }
 
 void TextExpander::expandWith(const Snippet& snippet, const QString& wordEnd, bool endReached,
-                              const std::optional<QString>& clipboard) {
+                              const std::optional<QString>& clipboard,
+                              const std::optional<QHash<QString, QString>>& values) {
     const PlaceholderText placeholders(snippet.content);
+    if (!values && m_formValues && placeholders.asksForValues()) {
+        askForValues(snippet, wordEnd, endReached, clipboard);
+        return;
+    }
+    // With the form's values the command is gone already; what slipped in after it comes back
+    // after the content.
+    const bool commandErased = values.has_value();
+    const QString slippedBeforeForm = commandErased ? m_life.filling().retyped : QString();
     const auto now = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(m_clock() * 1000));
-    const PlaceholderText::Rendered rendered = placeholders.render(now, clipboard, QLocale());
+    const PlaceholderText::Rendered rendered =
+        placeholders.render(now, clipboard, QLocale(), values.value_or(QHash<QString, QString>()));
     if (rendered.clipboardMissing)
         qCInfo(lcEngine).noquote()
             << QStringLiteral("The clipboard holds no text: a clipboard placeholder typed nothing");
@@ -589,20 +642,27 @@ void TextExpander::expandWith(const Snippet& snippet, const QString& wordEnd, bo
 
     int leftOut = 0;
     const qsizetype cursor = rendered.cursor < 0 ? rendered.text.size() : rendered.cursor;
-    const QString beforeCursor = typeableText(rendered.text.left(cursor), leftOut);
-    QString typed = beforeCursor + typeableText(rendered.text.mid(cursor), leftOut);
+    QString before = rendered.text.left(cursor), after = rendered.text.mid(cursor);
+    // In the case the command was typed in: on the text as typed, so that a placeholder's
+    // braces are never what is capitalised. An insertion has no command.
+    if (snippet.matchCase)
+        CommandCase::apply(CommandCase::of(snippet.command), before, after);
+    const QString beforeCursor = typeableText(before, leftOut);
+    QString typed = beforeCursor + typeableText(after, leftOut);
     if (leftOut > 0)
         qCWarning(lcEngine).noquote()
             << QStringLiteral("Left out %1 control character(s) of a snippet's content: only "
                               "text, tabs and line breaks are typed")
                    .arg(leftOut);
-    int erased = static_cast<int>(GraphemeText::count(snippet.command));
+    int erased = commandErased ? 0 : static_cast<int>(GraphemeText::count(snippet.command));
     if (endReached) {
         // What ended the word is in the application already: it goes and comes back after the
         // content.
-        erased += static_cast<int>(GraphemeText::count(wordEnd));
+        if (!commandErased)
+            erased += static_cast<int>(GraphemeText::count(wordEnd));
         typed += wordEnd;
     }
+    typed += slippedBeforeForm;
     // Counted on the whole text, as the application will see it: a mark after the cursor
     // joins the character before it.
     // A Tab or Return still held lands where the caret is: it stays after the content, as
@@ -616,7 +676,8 @@ void TextExpander::expandWith(const Snippet& snippet, const QString& wordEnd, bo
     // Tab or Return, which may have left the field, nor once the caret has moved back into the
     // content (what stands before it is no longer what was typed).
     std::optional<Undo> undo = Undo{snippet.command + wordEnd, 0, 0, {}};
-    if (leavesTheField(wordEnd) || caretBack > 0 || snippet.command.isEmpty()) {
+    if (leavesTheField(wordEnd) || caretBack > 0 || snippet.command.isEmpty() ||
+        !slippedBeforeForm.isEmpty()) {
         undo.reset();
     } else if (!endReached && !wordEnd.isEmpty()) {
         // It is held, and reaches the application right after the content.
@@ -625,6 +686,90 @@ void TextExpander::expandWith(const Snippet& snippet, const QString& wordEnd, bo
     }
     emit snippetUsed(snippet.id);
     replace(erased, typed, undo, {}, caretBack);
+}
+
+void TextExpander::askForValues(const Snippet& snippet, const QString& wordEnd,
+                                bool endReached, const std::optional<QString>& clipboard) {
+    int erased = static_cast<int>(GraphemeText::count(snippet.command));
+    if (endReached)
+        erased += static_cast<int>(GraphemeText::count(wordEnd));
+    QList<KeyStroke> slippedKeys;
+    if (m_life.phase() == Phase::ReadingClipboard)
+        slippedKeys = std::exchange(m_life.output().typedWhileReading, {});
+    QString retyped;
+    if (m_monitoring) {
+        KeyHold& hold = holdKeys();
+        slippedKeys += hold.takeSlipped();
+        bool plainText = true;
+        const QStringList slipped = slippedTexts(slippedKeys, plainText);
+        if (!plainText) {
+            // As for any content: the command may no longer be before the caret.
+            qCInfo(lcKeys).noquote() << QStringLiteral("Expansion skipped: other keys reached the "
+                                                       "application first");
+            m_life.keysAfterExpansion() = slipped + m_life.keysAfterExpansion();
+            m_life.handle(Event::OutputStarted);
+            expansionFinished();
+            return;
+        }
+        retyped = slipped.join(QString());
+        erased += static_cast<int>(GraphemeText::count(retyped));
+    }
+    m_life.handle(Event::ValuesAsked);
+    ExpansionLifecycle::Filling& filling = m_life.filling();
+    filling.snippet = snippet;
+    filling.wordEnd = endReached ? wordEnd : QString();
+    filling.retyped = retyped;
+    filling.clipboard = clipboard;
+    m_buffer.clear();
+    qCInfo(lcEngine).noquote() << QStringLiteral("Erasing the command; a form asks for its values");
+    if (!m_output || erased == 0) {
+        commandErased();
+        return;
+    }
+    if (m_monitoring)
+        m_platform.monitor->ownTypingStarts();
+    m_output->perform({ExpansionAction::erase(erased)},
+                      [self = QPointer<TextExpander>(this)] {
+                          if (self)
+                              self->commandErased();
+                      });
+}
+
+void TextExpander::commandErased() {
+    if (m_life.phase() != Phase::FillingIn || m_life.filling().asked)
+        return;
+    m_life.filling().asked = true;
+    // The keys go on to the application now; from the moment the form has the focus they are
+    // the form's.
+    m_hold.reset();
+    m_formValues->askValues(m_life.filling().snippet,
+                            [self = QPointer<TextExpander>(this)](
+                                const FormValueSource::Answer& answer) {
+                                if (self)
+                                    self->valuesAnswered(answer);
+                            });
+}
+
+void TextExpander::valuesAnswered(const FormValueSource::Answer& answer) {
+    if (m_life.phase() != Phase::FillingIn || !m_life.filling().asked)
+        return;
+    const ExpansionLifecycle::Filling filling = m_life.filling();
+    switch (answer.outcome) {
+    case FormValueSource::Answer::Outcome::Filled:
+        expandWith(filling.snippet, filling.wordEnd, true, filling.clipboard, answer.values);
+        return;
+    case FormValueSource::Answer::Outcome::Dismissed:
+        // As it was typed: the command, what ended its word, and what followed at once.
+        qCInfo(lcEngine).noquote() << QStringLiteral("Form dismissed: the command is put back");
+        replace(0, filling.snippet.command + filling.wordEnd + filling.retyped, std::nullopt, {});
+        return;
+    case FormValueSource::Answer::Outcome::FocusLost:
+        qCWarning(lcEngine).noquote()
+            << QStringLiteral("The window typed in did not get the focus back: nothing typed");
+        m_life.handle(Event::ExpansionDropped);
+        m_buffer.clear();
+        return;
+    }
 }
 
 void TextExpander::replace(int erased, QString typed, std::optional<Undo> undo,

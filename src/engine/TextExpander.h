@@ -3,6 +3,7 @@
 #include "EnginePlatform.h"
 #include "EngineSettings.h"
 #include "ExpansionAction.h"
+#include "FormValueSource.h"
 #include "ExpansionLifecycle.h"
 #include "KeyStroke.h"
 #include "KeystrokeBuffer.h"
@@ -18,6 +19,7 @@
 #include <optional>
 
 class ClipboardSource;
+class FormValueSource;
 class KeyHold;
 class KeyboardOutput;
 struct Snippet;
@@ -66,6 +68,9 @@ public:
 
     // Where a content's {{clipboard}} reads the clipboard's text; without one it gives nothing.
     void setClipboard(ClipboardSource* clipboard) { m_clipboard = clipboard; }
+    // Where a content's form fields ({{field:Name}}, ...) get their values. Without one they
+    // type their defaults, as the content is typed at once.
+    void setFormValues(FormValueSource* source) { m_formValues = source; }
     // Contents of at least `characters` characters are pasted through the clipboard instead of
     // typed, which is far quicker for long ones; 0 (the default) types every content.
     void setPasteThreshold(int characters) { m_pasteThreshold = characters; }
@@ -133,13 +138,25 @@ private:
     // Applies one key's text to the buffer; true when it was appended.
     bool applyKey(const QString& character);
     void checkForMatch(bool replayed = false);
+    // Which snippets may expand in the focused application; none when no category is limited.
+    // Where the application cannot be told (Wayland), a limited category's snippets expand
+    // nowhere.
+    TriggerIndex::Allowed expandsHere() const;
     // `wordEnd`: the key that ended the command's word; `endReached`: it is in the application.
     // A content that shows the clipboard first asks for its text (ReadingClipboard).
     void expand(const Snippet& snippet, const QString& wordEnd = {}, bool endReached = false);
     void clipboardAnswered(const Snippet& snippet, const QString& wordEnd, bool endReached,
                            const std::optional<QString>& clipboard);
+    // `values`: the form's answer, once the command has been erased for it; a content with form
+    // fields and no values yet asks for them first (FillingIn).
     void expandWith(const Snippet& snippet, const QString& wordEnd, bool endReached,
-                    const std::optional<QString>& clipboard);
+                    const std::optional<QString>& clipboard,
+                    const std::optional<QHash<QString, QString>>& values = std::nullopt);
+    // Erases the command (with the keys that slipped in after it) and then asks for the values.
+    void askForValues(const Snippet& snippet, const QString& wordEnd, bool endReached,
+                      const std::optional<QString>& clipboard);
+    void commandErased();
+    void valuesAnswered(const FormValueSource::Answer& answer);
     // A command that waits for a word to end has been typed: the next key decides. The keys
     // are held meanwhile where they can be, so that a Tab or Return that ends the word
     // reaches the application only after the content. Not for a key let go from a hold: the
@@ -190,6 +207,7 @@ private:
     QStringList m_excluded;
     bool m_undoEnabled = true;
     ClipboardSource* m_clipboard = nullptr;
+    FormValueSource* m_formValues = nullptr;
     int m_pasteThreshold = 0;
     bool m_saidCannotHold = false;
 

@@ -13,12 +13,24 @@ public:
         damagedRecordsUnkept,
         unreadableFile,
         notALibrary,
-        unreadableImport
+        unreadableImport,
+        commandDiffersInCase,
+        sameCommandInOverlap,
     };
 
     static DataError duplicateCategoryName() { return DataError(Kind::duplicateCategoryName); }
     static DataError duplicateCommand() { return DataError(Kind::duplicateCommand); }
     static DataError blankCommand() { return DataError(Kind::blankCommand); }
+    // Another snippet's command differs only in letter case, and one of the two matches the
+    // command's case: both would expand for the same keys. `otherCommand` is that command.
+    static DataError commandDiffersInCase(QString otherCommand) {
+        return DataError(Kind::commandDiffersInCase, std::move(otherCommand));
+    }
+    // A change of categories would leave two snippets with one command (or commands that differ
+    // only in case) expanding in the same application. `command` is one of them.
+    static DataError sameCommandInOverlap(QString command) {
+        return DataError(Kind::sameCommandInOverlap, std::move(command));
+    }
     // The change is in memory but not on disk; `why` names the file and the reason.
     static DataError notSaved(QString why) { return DataError(Kind::notSaved, std::move(why)); }
     // Not saved either: `file` holds records that could not be read, and there is no room to
@@ -45,7 +57,7 @@ public:
         return m_kind == Kind::notSaved || m_kind == Kind::damagedRecordsUnkept;
     }
     // For notSaved and unreadableImport: the file and the reason, as the system gave them; for
-    // unreadableFile the reason alone.
+    // unreadableFile the reason alone; for the command clashes, the command.
     const QString& why() const { return m_why; }
     // The file concerned, where `why` does not name it.
     const QString& file() const { return m_file; }

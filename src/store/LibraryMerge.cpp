@@ -13,11 +13,12 @@
 namespace {
 bool sameRecord(const Snippet& a, const Snippet& b) {
     return a.id == b.id && a.command == b.command && a.content == b.content &&
-           a.createdAt == b.createdAt && a.categoryId == b.categoryId && a.trigger == b.trigger;
+           a.createdAt == b.createdAt && a.categoryId == b.categoryId && a.trigger == b.trigger &&
+           a.matchCase == b.matchCase;
 }
 
 bool sameRecord(const Category& a, const Category& b) {
-    return a.id == b.id && a.name == b.name && a.createdAt == b.createdAt;
+    return a.id == b.id && a.name == b.name && a.createdAt == b.createdAt && a.limit == b.limit;
 }
 
 // A side's records, when every one of them reads.

@@ -11,6 +11,25 @@ qsizetype lineEnd(const QString& content, qsizetype from) {
             return i;
     return content.size();
 }
+
+// A choice's values: split at each | that no backslash escapes; \| and \\ are literal.
+// Empty values offer nothing to choose and are left out.
+QStringList choices(QStringView written) {
+    QStringList values{QString()};
+    for (qsizetype i = 0; i < written.size(); ++i) {
+        const QChar c = written.at(i);
+        if (c == u'\\' && i + 1 < written.size() &&
+            (written.at(i + 1) == u'|' || written.at(i + 1) == u'\\')) {
+            values.last().append(written.at(++i));
+        } else if (c == u'|') {
+            values.append(QString());
+        } else {
+            values.last().append(c);
+        }
+    }
+    values.removeAll(QString());
+    return values;
+}
 } // namespace
 
 PlaceholderText::PlaceholderText(const QString& content) {
@@ -21,12 +40,12 @@ void PlaceholderText::appendLiteral(QStringView text) {
     if (text.isEmpty())
         return;
     if (m_parts.isEmpty() || m_parts.last().kind != Kind::Literal)
-        m_parts.append(Part{Kind::Literal, {}});
+        m_parts.append(Part{Kind::Literal, {}, {}, {}});
     m_parts.last().text += text;
 }
 
 void PlaceholderText::add(Kind kind, const QString& text) {
-    m_parts.append(Part{kind, text});
+    m_parts.append(Part{kind, text, {}, {}});
 }
 
 void PlaceholderText::parse(const QString& content) {
@@ -117,6 +136,15 @@ qsizetype PlaceholderText::readPlaceholder(const QString& content, qsizetype sta
         add(name.startsWith(u'd') ? Kind::Date : Kind::Time, name.mid(5));
     } else if (name == u"clipboard") {
         add(Kind::Clipboard);
+    } else if (name.startsWith(u"field:")) {
+        if (!addFormField(Kind::Field, name.mid(6), start, written))
+            appendLiteral(written);
+    } else if (name.startsWith(u"area:")) {
+        if (!addFormField(Kind::Area, name.mid(5), start, written))
+            appendLiteral(written);
+    } else if (name.startsWith(u"choice:")) {
+        if (!addFormField(Kind::Choice, name.mid(7), start, written))
+            appendLiteral(written);
     } else if (name == u"cursor" && !m_hasCursor) {
         add(Kind::Cursor);
         m_hasCursor = true;
@@ -130,6 +158,28 @@ qsizetype PlaceholderText::readPlaceholder(const QString& content, qsizetype sta
     return close + 2;
 }
 
+bool PlaceholderText::addFormField(Kind kind, const QString& inner, qsizetype start,
+                                   const QString& written) {
+    const qsizetype equals = inner.indexOf(u'=');
+    Part part{kind, {}, inner.left(equals).trimmed(), {}};
+    const QString value = equals < 0 ? QString() : inner.mid(equals + 1);
+    if (part.name.isEmpty()) {
+        m_issues.append(Issue{Problem::UnnamedField, start, written});
+        return false;
+    }
+    if (kind == Kind::Choice) {
+        part.options = choices(value);
+        if (part.options.isEmpty()) {
+            m_issues.append(Issue{Problem::NoChoices, start, written});
+            return false;
+        }
+    } else {
+        part.text = value;
+    }
+    m_parts.append(part);
+    return true;
+}
+
 bool PlaceholderText::isDynamic() const {
     return m_hasEscape || std::any_of(m_parts.cbegin(), m_parts.cend(),
                                       [](const Part& part) { return part.kind != Kind::Literal; });
@@ -140,9 +190,35 @@ bool PlaceholderText::uses(Kind kind) const {
                        [kind](const Part& part) { return part.kind == kind; });
 }
 
+bool PlaceholderText::asksForValues() const {
+    return uses(Kind::Field) || uses(Kind::Area) || uses(Kind::Choice);
+}
+
+QList<PlaceholderText::FormField> PlaceholderText::formFields() const {
+    QList<FormField> fields;
+    for (const Part& part : m_parts) {
+        if (part.kind != Kind::Field && part.kind != Kind::Area && part.kind != Kind::Choice)
+            continue;
+        if (std::none_of(fields.cbegin(), fields.cend(),
+                         [&part](const FormField& field) { return field.name == part.name; }))
+            fields.append(part);
+    }
+    return fields;
+}
+
+QString PlaceholderText::defaultValue(const FormField& field) {
+    return field.kind == Kind::Choice ? field.options.value(0) : field.text;
+}
+
 PlaceholderText::Rendered PlaceholderText::render(const QDateTime& now,
                                                   const std::optional<QString>& clipboard,
-                                                  const QLocale& locale) const {
+                                                  const QLocale& locale,
+                                                  const QHash<QString, QString>& values) const {
+    // The first use of a name decides its default, as it decides the form's input.
+    QHash<QString, QString> filled = values;
+    for (const FormField& field : formFields())
+        if (!filled.contains(field.name))
+            filled.insert(field.name, defaultValue(field));
     Rendered rendered;
     for (const Part& part : m_parts) {
         switch (part.kind) {
@@ -165,6 +241,11 @@ PlaceholderText::Rendered PlaceholderText::render(const QDateTime& now,
             break;
         case Kind::Cursor:
             rendered.cursor = rendered.text.size();
+            break;
+        case Kind::Field:
+        case Kind::Area:
+        case Kind::Choice:
+            rendered.text += filled.value(part.name);
             break;
         }
     }

@@ -47,6 +47,34 @@ std::optional<QUuid> uuidField(const object& record, std::string_view key) {
     return text ? RecordCodec::parseUuid(*text) : std::nullopt;
 }
 
+// The keys added later are optional: without them (or with a value of another type) a record
+// reads as it did before they existed.
+bool flagField(const object& record, std::string_view key) {
+    bool flag = false;
+    return field(record, key).get_bool().get(flag) == simdjson::SUCCESS && flag;
+}
+
+QStringList namesField(const object& record, std::string_view key) {
+    QStringList names;
+    simdjson::dom::array array;
+    if (field(record, key).get_array().get(array) != simdjson::SUCCESS)
+        return names;
+    for (const element item : array) {
+        std::string_view text;
+        if (item.get_string().get(text) == simdjson::SUCCESS)
+            names.append(QString::fromUtf8(text.data(), qsizetype(text.size())));
+    }
+    return names;
+}
+
+Category::Limit limitOf(QStringList onlyIn, QStringList exceptIn) {
+    if (!onlyIn.isEmpty())
+        return {Category::Limit::Kind::onlyIn, std::move(onlyIn)};
+    if (!exceptIn.isEmpty())
+        return {Category::Limit::Kind::exceptIn, std::move(exceptIn)};
+    return {};
+}
+
 std::optional<Snippet> decodeSnippet(const element& value) {
     object record;
     if (value.get_object().get(record) != simdjson::SUCCESS)
@@ -58,7 +86,9 @@ std::optional<Snippet> decodeSnippet(const element& value) {
     const auto categoryId = uuidField(record, "categoryId");
     if (!id || !command || !content || !createdAt || !categoryId)
         return std::nullopt;
-    return Snippet(*id, *command, *content, *createdAt, *categoryId);
+    Snippet snippet(*id, *command, *content, *createdAt, *categoryId);
+    snippet.matchCase = flagField(record, "matchCase");
+    return snippet;
 }
 
 std::optional<Category> decodeCategory(const element& value) {
@@ -70,7 +100,9 @@ std::optional<Category> decodeCategory(const element& value) {
     const auto createdAt = numberField(record, "createdAt");
     if (!id || !name || !createdAt)
         return std::nullopt;
-    return Category(*id, *name, *createdAt);
+    Category category(*id, *name, *createdAt);
+    category.limit = limitOf(namesField(record, "onlyIn"), namesField(record, "exceptIn"));
+    return category;
 }
 
 // Qt's reader, for the documents simdjson refuses while QJsonDocument reads them: Qt writes
@@ -93,7 +125,18 @@ std::optional<Snippet> decodeSnippet(const QJsonValue& value) {
     const auto categoryId = uuid("categoryId");
     if (!value.isObject() || !id || !command || !content || !createdAt.isDouble() || !categoryId)
         return std::nullopt;
-    return Snippet(*id, *command, *content, createdAt.toDouble(), *categoryId);
+    Snippet snippet(*id, *command, *content, createdAt.toDouble(), *categoryId);
+    snippet.matchCase = record.value(QLatin1String("matchCase")).toBool(false);
+    return snippet;
+}
+
+QStringList namesField(const QJsonObject& record, const char* key) {
+    QStringList names;
+    for (const QJsonValue& item : record.value(QLatin1String(key)).toArray()) {
+        if (item.isString())
+            names.append(item.toString());
+    }
+    return names;
 }
 
 std::optional<Category> decodeCategory(const QJsonValue& value) {
@@ -104,7 +147,9 @@ std::optional<Category> decodeCategory(const QJsonValue& value) {
     const auto uuid = id.isString() ? RecordCodec::parseUuid(id.toString()) : std::nullopt;
     if (!value.isObject() || !uuid || !name.isString() || !createdAt.isDouble())
         return std::nullopt;
-    return Category(*uuid, name.toString(), createdAt.toDouble());
+    Category category(*uuid, name.toString(), createdAt.toDouble());
+    category.limit = limitOf(namesField(record, "onlyIn"), namesField(record, "exceptIn"));
+    return category;
 }
 
 // Every element of `array` that decodes as a Record, counting the others.
@@ -208,12 +253,19 @@ QJsonObject RecordCodec::encode(const Snippet& snippet) {
     object.insert(QLatin1String("content"), snippet.content);
     object.insert(QLatin1String("createdAt"), snippet.createdAt);
     object.insert(QLatin1String("id"), uuidString(snippet.id));
+    if (snippet.matchCase)
+        object.insert(QLatin1String("matchCase"), true);
     return object;
 }
 
 QJsonObject RecordCodec::encode(const Category& category) {
     QJsonObject object;
     object.insert(QLatin1String("createdAt"), category.createdAt);
+    if (category.limit.limits())
+        object.insert(QLatin1String(category.limit.kind == Category::Limit::Kind::onlyIn
+                                        ? "onlyIn"
+                                        : "exceptIn"),
+                      QJsonArray::fromStringList(category.limit.applications));
     object.insert(QLatin1String("id"), uuidString(category.id));
     object.insert(QLatin1String("name"), category.name);
     return object;

@@ -19,6 +19,9 @@ struct Snippet {
     double createdAt = 0; // seconds since 2001-01-01 UTC (see Timestamp)
     QUuid categoryId;
     Trigger trigger = Trigger::Immediately;
+    // The command is found whatever the letter case it is typed in, and the content follows
+    // that case (see CommandCase). Stored as "matchCase" in the record, only when on.
+    bool matchCase = false;
 
     Snippet() = default;
     Snippet(QUuid id, QString command, QString content, double createdAt, QUuid categoryId);

@@ -11,7 +11,7 @@ bool sameValues(const Snippet& a, const Snippet& b) {
     // Bitwise time comparison: a changed time must be re-encoded even if it compares equal
     // (0.0 and -0.0 are written differently).
     return a.id == b.id && a.categoryId == b.categoryId && a.command == b.command &&
-           a.content == b.content &&
+           a.content == b.content && a.matchCase == b.matchCase &&
            std::memcmp(&a.createdAt, &b.createdAt, sizeof(double)) == 0;
 }
 } // namespace

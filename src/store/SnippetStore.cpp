@@ -1,5 +1,6 @@
 #include "SnippetStore.h"
 
+#include "CommandCase.h"
 #include "Logging.h"
 #include "ImportMerge.h"
 #include "LibraryContent.h"
@@ -79,13 +80,69 @@ void SnippetStore::appendSnippet(const Snippet& snippet) {
     emit snippetsChanged();
 }
 
+Category::Limit SnippetStore::limitOf(const QUuid& categoryId) const {
+    const std::optional<Category> found = category(categoryId);
+    return found ? found->limit : Category::Limit{};
+}
+
+bool SnippetStore::anyCategoryLimited() const {
+    return std::any_of(m_categories.cbegin(), m_categories.cend(),
+                       [](const Category& c) { return c.limit.limits(); });
+}
+
 std::optional<DataError> SnippetStore::commandError(const QString& command,
-                                                           const QUuid& snippetId) const {
+                                                    const QUuid& snippetId,
+                                                    const QUuid& categoryId,
+                                                    bool matchCase) const {
     if (isBlankCommand(command))
         return DataError::blankCommand();
+    std::optional<Category::Limit> limit; // looked up at the first command that clashes
     for (const Snippet& other : m_snippets) {
-        if (other.command == command && other.id != snippetId)
-            return DataError::duplicateCommand();
+        if (other.id == snippetId)
+            continue;
+        const bool same = other.command == command;
+        if (!same && !((matchCase || other.matchCase) &&
+                       CommandCase::differOnlyInCase(other.command, command)))
+            continue;
+        if (!limit)
+            limit = limitOf(categoryId);
+        if (!limit->overlaps(limitOf(other.categoryId)))
+            continue;
+        return same ? DataError::duplicateCommand() : DataError::commandDiffersInCase(other.command);
+    }
+    return std::nullopt;
+}
+
+std::optional<DataError> SnippetStore::overlapIn(const QList<Snippet>& snippets,
+                                                 const QList<Category>& categories,
+                                                 const QSet<QUuid>& changed) {
+    QHash<QUuid, Category::Limit> limits;
+    for (const Category& category : categories) {
+        if (!limits.contains(category.id))
+            limits.insert(category.id, category.limit);
+    }
+    // Commands that differ only in case meet under one key; whether they clash is decided
+    // pair by pair.
+    QMultiHash<QString, qsizetype> changedByKey;
+    for (qsizetype i = 0; i < snippets.size(); ++i) {
+        if (changed.contains(snippets[i].id))
+            changedByKey.insert(CommandCase::folded(snippets[i].command), i);
+    }
+    if (changedByKey.isEmpty())
+        return std::nullopt;
+    for (qsizetype j = 0; j < snippets.size(); ++j) {
+        const Snippet& other = snippets[j];
+        const auto range = changedByKey.equal_range(CommandCase::folded(other.command));
+        for (auto it = range.first; it != range.second; ++it) {
+            const Snippet& mine = snippets[*it];
+            if (*it == j || mine.id == other.id || isBlankCommand(mine.command))
+                continue;
+            const bool same = mine.command == other.command;
+            if (!same && !mine.matchCase && !other.matchCase)
+                continue;
+            if (limits.value(mine.categoryId).overlaps(limits.value(other.categoryId)))
+                return DataError::sameCommandInOverlap(mine.command);
+        }
     }
     return std::nullopt;
 }
@@ -111,32 +168,45 @@ bool expandsWhileTyping(const QString& shorter, Snippet::Trigger trigger, const 
 SnippetStore::CommandClash SnippetStore::commandClash(const QString& command,
                                                       const QUuid& snippetId,
                                                       Snippet::Trigger trigger,
-                                                      const QSet<QUuid>& waiting) const {
+                                                      const QSet<QUuid>& waiting, bool matchCase,
+                                                      const QUuid& categoryId) const {
     if (isBlankCommand(command))
         return {};
+    const Category::Limit limit = limitOf(categoryId);
+    const bool anyLimited = anyCategoryLimited();
+    const auto apart = [&](const Snippet& other) {
+        return anyLimited && !limit.overlaps(limitOf(other.categoryId));
+    };
     // Two computers of a synced folder may each have given a snippet the same command: both
     // stay, the one listed first (changed last) expands, until the user changes one.
     if (!snippetId.isNull()) {
         for (const Snippet& other : m_snippets) {
-            if (other.command == command && other.id != snippetId)
+            if (other.command == command && other.id != snippetId && !apart(other))
                 return {CommandClash::Kind::sameCommand, {}, command, {}};
         }
+    }
+    for (const Snippet& other : m_snippets) {
+        if (other.id != snippetId && (matchCase || other.matchCase) &&
+            CommandCase::differOnlyInCase(other.command, command) && !apart(other))
+            return {CommandClash::Kind::differsInCase, {}, other.command, other.id};
     }
     for (const Snippet& other : m_snippets) {
         if (other.id == snippetId || other.command == command || isBlankCommand(other.command))
             continue;
         const Snippet::Trigger otherTrigger =
             waiting.contains(other.id) ? Snippet::Trigger::AfterWordEnd : other.trigger;
-        if (expandsWhileTyping(other.command, otherTrigger, command))
+        // The categories are looked at last: most snippets are passed over before that.
+        if (expandsWhileTyping(other.command, otherTrigger, command) && !apart(other))
             return {CommandClash::Kind::shorterExpands, other.command, command, other.id};
-        if (expandsWhileTyping(command, trigger, other.command))
+        if (expandsWhileTyping(command, trigger, other.command) && !apart(other))
             return {CommandClash::Kind::shorterExpands, command, other.command, QUuid()};
     }
     return {};
 }
 
 std::optional<DataError> SnippetStore::addSnippet(const Snippet& snippet) {
-    if (const auto error = commandError(snippet.command, snippet.id))
+    if (const auto error =
+            commandError(snippet.command, snippet.id, snippet.categoryId, snippet.matchCase))
         return error;
     appendSnippet(snippet);
     return saveSnippets();
@@ -188,17 +258,20 @@ bool SnippetStore::isDuplicateCategoryName(const QString& name,
     return false;
 }
 
-std::optional<DataError> SnippetStore::addCategory(const QString& name) {
+std::optional<DataError> SnippetStore::addCategory(const QString& name,
+                                                   const Category::Limit& limit) {
     if (isDuplicateCategoryName(name, std::nullopt))
         return DataError::duplicateCategoryName();
     QList<Category> categories = m_categories;
     categories.append(Category::create(name));
+    categories.last().limit = limit;
     setCategories(std::move(categories));
     return saveCategories();
 }
 
 std::optional<DataError> SnippetStore::updateCategory(const Category& category,
-                                                             const QString& newName) {
+                                                      const QString& newName,
+                                                      std::optional<Category::Limit> limit) {
     if (isDuplicateCategoryName(newName, category.id))
         return DataError::duplicateCategoryName();
     const auto found = std::find_if(m_categories.cbegin(), m_categories.cend(),
@@ -206,8 +279,18 @@ std::optional<DataError> SnippetStore::updateCategory(const Category& category,
     if (found == m_categories.cend())
         return std::nullopt;
     QList<Category> categories = m_categories;
-    categories[found - m_categories.cbegin()] =
-        Category(category.id, newName, category.createdAt);
+    Category& renamed = categories[found - m_categories.cbegin()];
+    renamed = Category(category.id, newName, category.createdAt);
+    renamed.limit = limit.value_or(found->limit);
+    if (!(renamed.limit == found->limit)) {
+        QSet<QUuid> inCategory;
+        for (const Snippet& snippet : std::as_const(m_snippets)) {
+            if (snippet.categoryId == category.id)
+                inCategory.insert(snippet.id);
+        }
+        if (const auto error = overlapIn(m_snippets, categories, inCategory))
+            return error;
+    }
     setCategories(std::move(categories));
     return saveCategories();
 }
@@ -225,6 +308,10 @@ std::optional<DataError> SnippetStore::moveSnippets(const QList<QUuid>& ids,
     }
     if (!moved)
         return std::nullopt;
+    if (anyCategoryLimited()) {
+        if (const auto error = overlapIn(snippets, m_categories, moving))
+            return error;
+    }
     setSnippets(std::move(snippets));
     return saveSnippets();
 }
@@ -283,11 +370,15 @@ std::optional<DataError> SnippetStore::updateSnippet(const Snippet& snippet,
                                                              const QString& command,
                                                              const QString& content,
                                                              std::optional<QUuid> categoryId,
-                                                             std::optional<Snippet::Trigger> trigger) {
-    if (const auto error = commandError(command, snippet.id))
-        return error;
+                                                             std::optional<Snippet::Trigger> trigger,
+                                                             std::optional<bool> matchCase) {
     const auto found = std::find_if(m_snippets.cbegin(), m_snippets.cend(),
                                     [&](const Snippet& s) { return s.id == snippet.id; });
+    const bool keptMatchCase = found != m_snippets.cend() ? found->matchCase : snippet.matchCase;
+    if (const auto error = commandError(command, snippet.id,
+                                        categoryId.value_or(snippet.categoryId),
+                                        matchCase.value_or(keptMatchCase)))
+        return error;
     if (found == m_snippets.cend())
         return std::nullopt;
     const qsizetype index = found - m_snippets.cbegin();
@@ -295,6 +386,7 @@ std::optional<DataError> SnippetStore::updateSnippet(const Snippet& snippet,
     m_snippets[index] = Snippet(snippet.id, command, content, snippet.createdAt,
                                   categoryId.value_or(snippet.categoryId));
     m_snippets[index].trigger = trigger.value_or(keptTrigger);
+    m_snippets[index].matchCase = matchCase.value_or(keptMatchCase);
     ++m_snippetsRevision;
     emit snippetsChanged();
     return saveSnippets();

@@ -45,18 +45,27 @@ public:
     // goes out with the next save). A command must not be blank (it would expand on every key)
     // nor another snippet's; a category name must not be another category's, ignoring case.
     [[nodiscard]] std::optional<DataError> addSnippet(const Snippet& snippet);
+    //
+    // The same command may be in two categories whose applications do not overlap (one only
+    // in the terminal, the other only in the mail program); a snippet that matches the
+    // command's case also clashes with commands that differ from its own only in case.
     [[nodiscard]] std::optional<DataError> updateSnippet(const Snippet& snippet,
                                                           const QString& command,
                                                           const QString& content,
                                                           std::optional<QUuid> categoryId = std::nullopt,
-                                                          std::optional<Snippet::Trigger> trigger = std::nullopt);
+                                                          std::optional<Snippet::Trigger> trigger = std::nullopt,
+                                                          std::optional<bool> matchCase = std::nullopt);
     // Every snippet with that id.
     [[nodiscard]] std::optional<DataError> removeSnippet(const QUuid& id);
     // Every snippet with one of these ids, as one change saved once.
     [[nodiscard]] std::optional<DataError> removeSnippets(const QList<QUuid>& ids);
-    [[nodiscard]] std::optional<DataError> addCategory(const QString& name);
+    [[nodiscard]] std::optional<DataError> addCategory(const QString& name,
+                                                       const Category::Limit& limit = {});
+    // A new name and, when given, a new limit to applications; a limit that would let two
+    // snippets with one command expand in the same application is refused.
     [[nodiscard]] std::optional<DataError> updateCategory(const Category& category,
-                                                          const QString& newName);
+                                                          const QString& newName,
+                                                          std::optional<Category::Limit> limit = std::nullopt);
     // The category and its snippets; the default category stays. With `keepSnippets` its
     // snippets move to the default category instead, in the same save.
     [[nodiscard]] std::optional<DataError> deleteCategory(const Category& category,
@@ -107,6 +116,8 @@ public:
             none,
             sameCommand,     // another snippet has the very same command
             shorterExpands,  // `shorterCommand` expands while `longerCommand` is typed
+            differsInCase,   // `longerCommand` (another's) differs only in letter case, and one
+                             // of the two matches the command's case: the store refuses it
         };
         Kind kind = Kind::none;
         QString shorterCommand;
@@ -115,9 +126,17 @@ public:
         explicit operator bool() const { return kind != Kind::none; }
     };
     // Snippets in `waiting` count as waiting for a word end (a cure chosen but not yet made).
+    // Snippets of a category whose applications do not overlap those of `categoryId` never
+    // clash with it.
     CommandClash commandClash(const QString& command, const QUuid& snippetId,
                               Snippet::Trigger trigger = Snippet::Trigger::Immediately,
-                              const QSet<QUuid>& waiting = {}) const;
+                              const QSet<QUuid>& waiting = {}, bool matchCase = false,
+                              const QUuid& categoryId = Category::defaultCategoryId) const;
+    // The applications where the snippets of this category expand (no limit for a category
+    // that is not in the list).
+    Category::Limit limitOf(const QUuid& categoryId) const;
+    // Whether any category is limited to applications.
+    bool anyCategoryLimited() const;
 
     // Only blanks, or nothing: never a command.
     static bool isBlankCommand(const QString& command);
@@ -166,7 +185,13 @@ signals:
     void snippetsSaved(const QList<Snippet>& snippets);
 
 private:
-    std::optional<DataError> commandError(const QString& command, const QUuid& snippetId) const;
+    std::optional<DataError> commandError(const QString& command, const QUuid& snippetId,
+                                          const QUuid& categoryId, bool matchCase) const;
+    // The first pair of snippets in `snippets`, one of them in `changed`, that would expand
+    // for the same keys in one application with categories as in `categories`.
+    static std::optional<DataError> overlapIn(const QList<Snippet>& snippets,
+                                              const QList<Category>& categories,
+                                              const QSet<QUuid>& changed);
     bool isDuplicateCategoryName(const QString& name, std::optional<QUuid> excluding) const;
     void setCategories(QList<Category> categories);
     void ensureDefaultCategory();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ApplicationLimitEditor.h"
 #include "FormDialog.h"
 
 #include <QUuid>
@@ -7,16 +8,18 @@
 class QLineEdit;
 class SnippetStore;
 
-// The "New Category" dialog: a name, required. The store decides duplicates (letter case
+// The "New Category" dialog: a name, required, and where its snippets expand. The store decides duplicates (letter case
 // ignored, spaces kept), shown with its message until the name is edited. On success added()
 // names the new category and the dialog closes. Return and Ctrl+Return add, Escape cancels.
 class AddCategoryDialog : public FormDialog {
     Q_OBJECT
 public:
-    explicit AddCategoryDialog(SnippetStore& store, QWidget* parent = nullptr);
+    explicit AddCategoryDialog(SnippetStore& store, QWidget* parent = nullptr,
+                               ApplicationLimitEditor::WindowClasses openWindows = {});
 
     QString name() const;
     QLineEdit* nameField() const { return m_nameField; }
+    ApplicationLimitEditor* limitEditor() const { return m_limit; }
 
 signals:
     void added(const QUuid& categoryId);
@@ -27,4 +30,5 @@ protected:
 private:
     SnippetStore& m_store;
     QLineEdit* m_nameField;
+    ApplicationLimitEditor* m_limit;
 };

@@ -33,8 +33,9 @@ void AddSnippetDialog::updateState() {
 void AddSnippetDialog::submit() {
     if (!submitButton()->isEnabled())
         return;
-    const Snippet snippet = Snippet::create(m_form->command(), m_form->content(),
-                                            m_form->categoryId(), m_form->trigger());
+    Snippet snippet = Snippet::create(m_form->command(), m_form->content(),
+                                      m_form->categoryId(), m_form->trigger());
+    snippet.matchCase = m_form->matchCase();
     // The only refusal left once Add is enabled is a command in use.
     if (const std::optional<DataError> error = m_store.addSnippet(snippet);
         MessageBoxes::refused(error, this)) {

@@ -34,7 +34,14 @@ CategoryRowView::CategoryRowView(SnippetStore& store, Category category,
     m_name = new QLabel(UiTheme::oneLine(m_category.name), this);
     m_name->setObjectName(QStringLiteral("categoryName"));
     m_name->setFont(UiTheme::titleFont());
-    m_name->setToolTip(m_category.name);
+    // A category limited to applications says where its snippets expand.
+    const Category::Limit& limit = m_category.limit;
+    m_name->setToolTip(
+        !limit.limits() ? m_category.name
+        : limit.kind == Category::Limit::Kind::onlyIn
+            ? tr("%1\nOnly in %2").arg(m_category.name, limit.applications.join(QStringLiteral(", ")))
+            : tr("%1\nEverywhere except %2")
+                  .arg(m_category.name, limit.applications.join(QStringLiteral(", "))));
     m_count = new QLabel(countText(), this);
     m_count->setObjectName(QStringLiteral("categoryCount"));
     m_count->setFont(UiTheme::smallFont());
@@ -122,7 +129,7 @@ void CategoryRowView::changeEvent(QEvent* event) {
 void CategoryRowView::showEditDialog() {
     if (isProtected() || showingEditDialog())
         return;
-    m_editDialog = new EditCategoryDialog(m_store, m_category, window());
+    m_editDialog = new EditCategoryDialog(m_store, m_category, window(), m_openWindowClasses);
     m_editDialog->setAttribute(Qt::WA_DeleteOnClose);
     m_editDialog->open();
 }

@@ -42,6 +42,11 @@ public:
     EditCategoryDialog* editDialog() const { return m_editDialog; }
     QMessageBox* deleteAlert() const { return m_deleteAlert; }
 
+    // Where the edit dialog finds the classes of the windows open now.
+    void setOpenWindowClasses(ApplicationLimitEditor::WindowClasses openWindows) {
+        m_openWindowClasses = std::move(openWindows);
+    }
+
     void showEditDialog();
     void showDeleteAlert();
 
@@ -53,6 +58,7 @@ private:
 
     SnippetStore& m_store;
     Category m_category;
+    ApplicationLimitEditor::WindowClasses m_openWindowClasses;
     int m_snippetCount;
     bool m_isSelected = false;
 

@@ -571,8 +571,14 @@ void ContentView::rebuildCategoryRows() {
                      : new CategoryRowView(m_store, Category(Category::defaultCategoryId,
                                                              tr("All Snippets"), 0),
                                            m_categoryModel->totalCount());
+        rowView->setOpenWindowClasses(m_openWindowClasses);
         m_categoryList->setIndexWidget(index, rowView);
     }
+}
+
+void ContentView::setOpenWindowClasses(ApplicationLimitEditor::WindowClasses openWindows) {
+    m_openWindowClasses = std::move(openWindows);
+    rebuildCategoryRows();
 }
 
 void ContentView::updateCategoryCounts() {
@@ -629,7 +635,7 @@ void ContentView::showAddSnippetDialog() {
 void ContentView::showAddCategoryDialog() {
     if (showingAddCategoryDialog())
         return;
-    m_addCategoryDialog = new AddCategoryDialog(m_store, window());
+    m_addCategoryDialog = new AddCategoryDialog(m_store, window(), m_openWindowClasses);
     m_addCategoryDialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(m_addCategoryDialog, &AddCategoryDialog::added, this, [this](const QUuid& id) {
         // Selected once the dialog has started closing.

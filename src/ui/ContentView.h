@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ApplicationLimitEditor.h"
 #include "AddCategoryDialog.h"
 #include "AddSnippetDialog.h"
 #include "Category.h"
@@ -47,6 +48,10 @@ public:
     ~ContentView() override;
 
     SnippetStore& store() const { return m_store; }
+
+    // Where the category forms find the window classes of the windows open now; none (the
+    // default) where the session cannot tell which application has the focus.
+    void setOpenWindowClasses(ApplicationLimitEditor::WindowClasses openWindows);
 
     std::optional<Category> selectedCategory() const { return m_selectedCategory; }
     std::optional<Snippet> selectedSnippet() const { return m_selectedSnippet; }
@@ -122,6 +127,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    ApplicationLimitEditor::WindowClasses m_openWindowClasses;
     // Shows a problem with the library file above everything else, until the window closes.
     void showProblem(const QString& text);
     void showLoadProblem();

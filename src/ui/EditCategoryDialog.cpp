@@ -8,7 +8,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-EditCategoryDialog::EditCategoryDialog(SnippetStore& store, Category category, QWidget* parent)
+EditCategoryDialog::EditCategoryDialog(SnippetStore& store, Category category, QWidget* parent,
+                                       ApplicationLimitEditor::WindowClasses openWindows)
     : FormDialog(tr("Edit Category"), tr("Save"), parent), m_store(store),
       m_category(std::move(category)) {
     setObjectName(QStringLiteral("editCategoryDialog"));
@@ -18,10 +19,20 @@ EditCategoryDialog::EditCategoryDialog(SnippetStore& store, Category category, Q
     m_nameField->setText(m_category.name);
     m_nameField->setCursorPosition(0);
 
+    m_limit = new ApplicationLimitEditor(std::move(openWindows), this);
+    m_limit->setLimit(m_category.limit);
+    // Above the stretch that keeps the fields at the top.
+    formLayout()->insertWidget(formLayout()->count() - 1, m_limit);
+
     const auto updateSave = [this] {
-        submitButton()->setEnabled(!name().isEmpty() && name() != m_category.name);
+        submitButton()->setEnabled(!name().isEmpty() &&
+                                   (name() != m_category.name || !(m_limit->limit() == m_category.limit)));
     };
     connect(m_nameField, &QLineEdit::textChanged, this, [this, updateSave] { updateSave(); });
+    connect(m_limit, &ApplicationLimitEditor::edited, this, [this, updateSave] {
+        hideError();
+        updateSave();
+    });
     updateSave();
 }
 
@@ -31,9 +42,10 @@ QString EditCategoryDialog::name() const {
 
 void EditCategoryDialog::submit() {
     const QString newName = name();
-    if (newName.isEmpty() || newName == m_category.name)
+    const Category::Limit limit = m_limit->limit();
+    if (newName.isEmpty() || (newName == m_category.name && limit == m_category.limit))
         return;
-    if (const std::optional<DataError> error = m_store.updateCategory(m_category, newName);
+    if (const std::optional<DataError> error = m_store.updateCategory(m_category, newName, limit);
         MessageBoxes::refused(error, this)) {
         showError(StoreMessages::text(*error));
         return;

@@ -95,6 +95,11 @@ void FormDialog::showError(const QString& message) {
     m_error->setVisible(true);
 }
 
+void FormDialog::hideError() {
+    if (m_error)
+        m_error->hide();
+}
+
 bool FormDialog::showingError() const {
     return m_error && !m_error->isHidden();
 }

@@ -38,6 +38,7 @@ protected:
                         const QString& accessibleName);
     // Shows the refusal under the field (the store's message, such as "... already exists").
     void showError(const QString& message);
+    void hideError();
     // Return in a one-line form submits it; a form with a multi-line field turns that off.
     void setReturnSubmits(bool submits);
     virtual void submit() = 0;

@@ -58,6 +58,9 @@ ImportDialog::ImportDialog(SnippetStore& store, ImportPlan plan, QWidget* parent
     if (candidates.skipped > 0)
         summary.append(tr("%n entry(ies) of it cannot become snippets and will be left out.",
                           nullptr, candidates.skipped));
+    if (!candidates.leftOut.isEmpty())
+        summary.append(tr("Left out: %1. Typolet cannot do these.")
+                           .arg(candidates.leftOut.join(QStringLiteral(", "))));
     if (!candidates.typedAsWritten.isEmpty())
         summary.append(tr("Typed as written: %1. Typolet has no placeholder for these.")
                            .arg(candidates.typedAsWritten.join(QStringLiteral(", "))));

@@ -4,6 +4,7 @@
 #include "PlaceholderText.h"
 #include "SnippetStore.h"
 #include "UsageStore.h"
+#include "WindowPlacement.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -13,13 +14,16 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPlainTextEdit>
-#include <QScreen>
 #include <QTreeView>
 #include <QVBoxLayout>
+#include <QtConcurrent/QtConcurrentRun>
 
 namespace {
 // Rows beyond these are not worth reading: a few more letters find the snippet sooner.
 constexpr qsizetype shownRows = 200;
+// Up to this many snippets the index is made at once (in a few milliseconds), so the list is
+// never empty for want of it; above, on another thread, since 100,000 take most of a second.
+constexpr qsizetype indexAtOnceUpTo = 2000;
 } // namespace
 
 InsertSnippetWindow::InsertSnippetWindow(SnippetStore& store, UsageStore& usage, QWidget* parent)
@@ -79,29 +83,30 @@ InsertSnippetWindow::InsertSnippetWindow(SnippetStore& store, UsageStore& usage,
     connect(m_list->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             &InsertSnippetWindow::updatePreview);
     connect(m_list, &QTreeView::activated, this, &InsertSnippetWindow::insertSelected);
-    m_prepareTimer.setSingleShot(true);
-    m_prepareTimer.setInterval(500);
-    connect(&m_prepareTimer, &QTimer::timeout, this, &InsertSnippetWindow::prepare);
-    connect(&m_store, &SnippetStore::categoriesChanged, this, [this] {
-        m_categoriesChanged = true;
+    m_indexer.setMaxThreadCount(1);
+    connect(&m_indexing, &QFutureWatcherBase::finished, this, [this] {
+        adoptIndex(m_indexing.result());
+        if (isVisible())
+            search(); // also begins the next index if the library changed meanwhile
+    });
+    const auto libraryChanged = [this] {
+        m_libraryChanged = true;
+        // While the window is closed the index waits for it to open.
         if (isVisible())
             search();
-        else
-            m_prepareTimer.start();
-    });
-    connect(&m_store, &SnippetStore::snippetsChanged, this, [this] {
-        if (isVisible())
-            search();
-        else
-            m_prepareTimer.start();
-    });
-    m_prepareTimer.start();
+    };
+    connect(&m_store, &SnippetStore::categoriesChanged, this, libraryChanged);
+    connect(&m_store, &SnippetStore::snippetsChanged, this, libraryChanged);
     connect(&m_usage, &UsageStore::usageChanged, this, [this] { m_usageChanged = true; });
     connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this,
             [this] { m_clipboard.reset(); });
 }
 
-InsertSnippetWindow::~InsertSnippetWindow() = default;
+InsertSnippetWindow::~InsertSnippetWindow() {
+    // The index being made is thrown away; its thread holds nothing of this window.
+    m_indexing.disconnect(this);
+    m_indexer.waitForDone();
+}
 
 void InsertSnippetWindow::present(const QRect& around) {
     m_note.clear();
@@ -110,14 +115,7 @@ void InsertSnippetWindow::present(const QRect& around) {
         search();
     else
         m_search->clear(); // searches again
-    QScreen* screen = around.isEmpty() ? nullptr : QGuiApplication::screenAt(around.center());
-    if (!screen)
-        screen = QGuiApplication::primaryScreen();
-    if (screen) {
-        QRect frame(QPoint(), size());
-        frame.moveCenter(screen->availableGeometry().center());
-        move(frame.topLeft());
-    }
+    move(WindowPlacement::topLeft(size(), around));
     show();
     raise();
     activateWindow();
@@ -130,25 +128,46 @@ void InsertSnippetWindow::showNote(const QString& note) {
 }
 
 void InsertSnippetWindow::prepare() {
-    m_prepareTimer.stop();
-    if (m_searchedRevision != m_store.snippetsRevision() || m_categoriesChanged) {
-        m_categoryNames.clear();
-        for (const Category& category : m_store.categories())
-            m_categoryNames.insert(category.id, category.name);
-        m_searcher.rebuild(m_store.snippets(), m_store.categories());
-        m_searchedRevision = m_store.snippetsRevision();
-        m_categoriesChanged = false;
-        m_usageChanged = true;
+    if (!m_libraryChanged || m_indexing.isRunning())
+        return; // a change during the run is taken up when it ends
+    m_libraryChanged = false;
+    QList<Snippet> snippets = m_store.snippets();
+    QList<Category> categories = m_store.categories();
+    std::shared_ptr<const SnippetIndex> previous = m_searcher.index();
+    if (snippets.size() <= indexAtOnceUpTo) {
+        adoptIndex(std::make_shared<const SnippetIndex>(std::move(snippets), categories,
+                                                        previous.get()));
+        return;
     }
+    m_indexing.setFuture(QtConcurrent::run(
+        &m_indexer, [snippets = std::move(snippets), categories = std::move(categories),
+                     previous = std::move(previous)] {
+            return std::make_shared<const SnippetIndex>(snippets, categories, previous.get());
+        }));
+}
+
+void InsertSnippetWindow::adoptIndex(std::shared_ptr<const SnippetIndex> index) {
+    m_categoryNames.clear();
+    for (const Category& category : m_store.categories())
+        m_categoryNames.insert(category.id, category.name);
+    m_searcher.setIndex(std::move(index));
+    m_indexed = true;
+    m_usageChanged = true;
 }
 
 void InsertSnippetWindow::search() {
     prepare();
+    if (!m_indexed) {
+        m_model->setRows({}, {}, {});
+        updatePreview();
+        m_status->setText(tr("Preparing the search…"));
+        return;
+    }
     if (std::exchange(m_usageChanged, false))
         m_searcher.setUsage(m_usage.usage());
     const SnippetSearch::Result found = m_searcher.rank(m_search->text(), shownRows);
     m_matches = found.matches;
-    m_model->setRows(m_store.snippets(), m_categoryNames, found.rows);
+    m_model->setRows(m_searcher.index()->snippets(), m_categoryNames, found.rows);
     if (!found.rows.isEmpty())
         m_list->setCurrentIndex(m_model->index(0, 0));
     updatePreview();
@@ -211,8 +230,14 @@ void InsertSnippetWindow::moveSelection(int by) {
     m_list->setCurrentIndex(m_model->index(row, 0));
 }
 
+std::optional<Snippet> InsertSnippetWindow::currentSelectedSnippet() const {
+    // The list may show the library as it was a moment ago, while its index is made again.
+    const auto shown = selectedSnippet();
+    return shown ? m_store.snippet(shown->id) : std::nullopt;
+}
+
 void InsertSnippetWindow::insertSelected() {
-    const auto snippet = selectedSnippet();
+    const auto snippet = currentSelectedSnippet();
     if (!snippet)
         return;
     hide();
@@ -220,7 +245,7 @@ void InsertSnippetWindow::insertSelected() {
 }
 
 void InsertSnippetWindow::copySelected() {
-    const auto snippet = selectedSnippet();
+    const auto snippet = currentSelectedSnippet();
     if (!snippet)
         return;
     const bool readsClipboard =

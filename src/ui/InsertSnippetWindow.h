@@ -3,9 +3,11 @@
 #include "Snippet.h"
 #include "SnippetSearch.h"
 
-#include <QTimer>
+#include <QFutureWatcher>
+#include <QThreadPool>
 #include <QWidget>
 #include <functional>
+#include <memory>
 #include <optional>
 
 class InsertCandidateModel;
@@ -59,10 +61,15 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    // Folds the library's texts for searching, if they changed since the last time.
+    // Folds the library's texts for searching if they changed since the last time: a small
+    // library at once, a large one on another thread (search() then shows the last index, or
+    // says it is preparing, until it is done).
     void prepare();
+    void adoptIndex(std::shared_ptr<const SnippetIndex> index);
     void search();
     void updatePreview();
+    // The selected snippet as the library holds it now; none if it was deleted meanwhile.
+    std::optional<Snippet> currentSelectedSnippet() const;
     void moveSelection(int by);
     void insertSelected();
     void copySelected();
@@ -71,8 +78,8 @@ private:
     SnippetStore& m_store;
     UsageStore& m_usage;
     SnippetSearch m_searcher;
-    quint64 m_searchedRevision = ~quint64(0);
-    bool m_categoriesChanged = true;
+    bool m_indexed = false;     // m_searcher holds an index of the library
+    bool m_libraryChanged = true; // since the index in use or being made was begun
     bool m_usageChanged = true;
     QHash<QUuid, QString> m_categoryNames;
     InsertCandidateModel* m_model;
@@ -81,9 +88,10 @@ private:
     QPlainTextEdit* m_preview;
     QLabel* m_status;
     QString m_note;
-    // Prepares the search a moment after the library changes (and once after start), so that
-    // the window opens without that wait.
-    QTimer m_prepareTimer;
+    // Makes the index of a large library, one at a time; the library is only indexed once the
+    // window is first asked for, and again after each change.
+    QThreadPool m_indexer;
+    QFutureWatcher<std::shared_ptr<const SnippetIndex>> m_indexing;
     qsizetype m_matches = 0;
     // The clipboard's text as read for the preview, until it changes.
     std::optional<std::optional<QString>> m_clipboard;

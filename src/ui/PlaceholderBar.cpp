@@ -44,6 +44,14 @@ QString warningFor(const PlaceholderText::Issue& issue) {
     case Problem::ExtraCursor:
         return PlaceholderBar::tr("Only the first {{cursor}} places the cursor; later ones are "
                                   "typed as written.");
+    case Problem::UnnamedField:
+        return PlaceholderBar::tr("%1 has no name for its field (write it after the colon); it is "
+                                  "typed as written.")
+            .arg(quoted(issue.written));
+    case Problem::NoChoices:
+        return PlaceholderBar::tr("%1 offers nothing to choose (write =a|b|c after its name); it "
+                                  "is typed as written.")
+            .arg(quoted(issue.written));
     }
     return {};
 }
@@ -70,6 +78,21 @@ PlaceholderBar::PlaceholderBar(CustomTextEditor* editor, QWidget* parent)
     m_preview->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     previewLayout->addWidget(m_preview, 1);
     column->addWidget(m_previewRow);
+
+    // The form the content opens as it expands: its fields, in order.
+    m_formRow = new QWidget(this);
+    auto* formLayout = new QHBoxLayout(m_formRow);
+    formLayout->setContentsMargins(0, 0, 0, 0);
+    formLayout->setSpacing(6);
+    QLabel* formTitle = UiTheme::smallLabel(tr("Asks first:"), m_formRow);
+    formTitle->setWordWrap(false);
+    formLayout->addWidget(formTitle);
+    m_form = UiTheme::smallLabel(QString(), m_formRow);
+    m_form->setObjectName(QStringLiteral("placeholderForm"));
+    m_form->setWordWrap(false);
+    m_form->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    formLayout->addWidget(m_form, 1);
+    column->addWidget(m_formRow);
 
     m_warning = UiTheme::smallLabel(QString(), this);
     m_warning->setObjectName(QStringLiteral("placeholderWarning"));
@@ -102,6 +125,24 @@ PlaceholderBar::PlaceholderBar(CustomTextEditor* editor, QWidget* parent)
     connect(dateFormat, &QAction::triggered, this, &PlaceholderBar::askForDateFormat);
     addInsert(tr("Clipboard"), QStringLiteral("clipboard"));
     addInsert(tr("Cursor position"), QStringLiteral("cursor"));
+    menu->addSeparator();
+    // Asked for in a small form when the snippet expands; the name is selected, to be typed over.
+    const auto addField = [this, menu](const QString& label, const QString& objectName,
+                                       const QString& prefix, const QString& name,
+                                       const QString& rest) {
+        QAction* action = menu->addAction(label);
+        action->setObjectName(objectName);
+        connect(action, &QAction::triggered, this,
+                [this, prefix, name, rest] { insertField(prefix, name, rest); });
+    };
+    addField(tr("Fill-in field"), QStringLiteral("insert-field"), QStringLiteral("field:"),
+             tr("Name"), QString());
+    addField(tr("Fill-in field with a default"), QStringLiteral("insert-field-default"),
+             QStringLiteral("field:"), tr("Name"), QStringLiteral("=") + tr("default"));
+    addField(tr("Choice"), QStringLiteral("insert-choice"), QStringLiteral("choice:"), tr("Label"),
+             QStringLiteral("=a|b|c"));
+    addField(tr("Several lines"), QStringLiteral("insert-area"), QStringLiteral("area:"),
+             tr("Name"), QString());
     m_menuButton->setMenu(menu);
 
     m_clockTimer.setInterval(1000);
@@ -116,6 +157,9 @@ PlaceholderBar::PlaceholderBar(CustomTextEditor* editor, QWidget* parent)
 
 QString PlaceholderBar::previewText() const {
     return m_previewText;
+}
+QString PlaceholderBar::formText() const {
+    return m_formText;
 }
 QString PlaceholderBar::warningText() const {
     return m_warning->toolTip();
@@ -157,6 +201,18 @@ void PlaceholderBar::refresh() {
     }
     m_preview->setText(UiTheme::oneLine(m_previewText));
     m_previewRow->setVisible(dynamic);
+    QStringList fields;
+    for (const PlaceholderText::FormField& field : placeholders.formFields()) {
+        using Kind = PlaceholderText::Kind;
+        fields.append(field.kind == Kind::Choice ? tr("%1 (one of %2)")
+                                                       .arg(field.name, field.options.join(u'/'))
+                      : field.kind == Kind::Area ? tr("%1 (several lines)").arg(field.name)
+                                                 : field.name);
+    }
+    m_formText = fields.join(QStringLiteral(", "));
+    m_form->setText(UiTheme::oneLine(m_formText));
+    m_form->setToolTip(m_formText);
+    m_formRow->setVisible(!fields.isEmpty());
     const bool showsClock = placeholders.uses(PlaceholderText::Kind::Date) ||
                             placeholders.uses(PlaceholderText::Kind::Time);
     if (showsClock && !m_clockTimer.isActive())
@@ -182,6 +238,16 @@ void PlaceholderBar::refresh() {
 void PlaceholderBar::insert(const QString& placeholder) {
     QTextCursor cursor = m_editor->textCursor();
     cursor.insertText(placeholder);
+    m_editor->setTextCursor(cursor);
+    m_editor->setFocus();
+}
+
+void PlaceholderBar::insertField(const QString& prefix, const QString& name,
+                                 const QString& rest) {
+    QTextCursor cursor = m_editor->textCursor();
+    cursor.insertText(QStringLiteral("{{") + prefix + name + rest + QStringLiteral("}}"));
+    cursor.movePosition(QTextCursor::Left, QTextCursor::MoveAnchor, int(rest.size() + 2));
+    cursor.movePosition(QTextCursor::Left, QTextCursor::KeepAnchor, int(name.size()));
     m_editor->setTextCursor(cursor);
     m_editor->setFocus();
 }

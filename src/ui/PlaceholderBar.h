@@ -15,7 +15,8 @@ class QToolButton;
 // written. The preview shows only for a content that placeholders change; it follows the
 // editor as the user types, and the clock while the content shows the date or time. Both are
 // one line each, so the form keeps its size: the warning names the first problem and how
-// many there are, and its tooltip lists them all.
+// many there are, and its tooltip lists them all. A content with form fields has a line more:
+// the fields its form asks for, in order.
 //
 // The form puts menuButton() beside its content field and this widget below it.
 class PlaceholderBar : public QWidget {
@@ -25,6 +26,8 @@ public:
 
     QToolButton* menuButton() const { return m_menuButton; }
     QString previewText() const;
+    // The form's fields as the line under the preview lists them; empty without any.
+    QString formText() const;
     // Every problem, one per line (the warning line's tooltip).
     QString warningText() const;
     bool isPreviewShown() const;
@@ -39,6 +42,8 @@ public:
 
 private:
     void insert(const QString& placeholder);
+    // Inserts {{PREFIXNAMEREST}} with NAME selected.
+    void insertField(const QString& prefix, const QString& name, const QString& rest);
     void askForDateFormat();
     std::optional<QString> clipboardText();
 
@@ -46,8 +51,11 @@ private:
     QToolButton* m_menuButton;
     QWidget* m_previewRow;
     QLabel* m_preview;
+    QWidget* m_formRow;
+    QLabel* m_form;
     QLabel* m_warning;
     QString m_previewText;
+    QString m_formText;
     QTimer m_clockTimer;
     // The clipboard's text as last read; read again after the clipboard changes.
     std::optional<std::optional<QString>> m_clipboard;

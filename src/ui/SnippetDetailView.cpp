@@ -109,6 +109,7 @@ void SnippetDetailView::load() {
     m_form->triggerOption()->forgetChosenCure();
     m_form->setSnippetId(m_snippetId);
     m_form->setTrigger(stored->trigger);
+    m_form->setMatchCase(stored->matchCase);
     m_form->setCommand(stored->command);
     m_form->setContent(stored->content);
     m_form->setCategoryId(m_store.shownCategoryId(*stored));
@@ -125,7 +126,8 @@ void SnippetDetailView::followStore() {
     if (!stored)
         return; // the window takes the pane away
     if (stored->command == m_base.command && stored->content == m_base.content &&
-        stored->trigger == m_base.trigger && stored->categoryId == m_base.categoryId)
+        stored->trigger == m_base.trigger && stored->categoryId == m_base.categoryId &&
+        stored->matchCase == m_base.matchCase)
         return;
     // Fields the user left alone show the new value; edited ones keep the edit.
     if (m_form->command() == m_base.command)
@@ -134,6 +136,8 @@ void SnippetDetailView::followStore() {
         m_form->setContent(stored->content);
     if (m_form->trigger() == m_base.trigger)
         m_form->setTrigger(stored->trigger);
+    if (m_form->matchCase() == m_base.matchCase)
+        m_form->setMatchCase(stored->matchCase);
     if (m_form->categoryId() == m_store.shownCategoryId(m_base))
         m_form->setCategoryId(m_store.shownCategoryId(*stored));
     m_base = *stored;
@@ -145,6 +149,7 @@ void SnippetDetailView::updateEdited() {
     const bool edited = m_form->command() != m_base.command ||
                         m_form->content() != m_base.content ||
                         m_form->trigger() != m_base.trigger ||
+                        m_form->matchCase() != m_base.matchCase ||
                         m_form->categoryId() != m_store.shownCategoryId(m_base) ||
                         !m_form->triggerOption()->chosenCure().isNull();
     m_saveButton->setEnabled(edited);
@@ -169,8 +174,10 @@ bool SnippetDetailView::save() {
     const std::optional<QUuid> category = m_form->categoryId() != m_store.shownCategoryId(m_base)
                                               ? std::optional(m_form->categoryId())
                                               : std::nullopt;
+    const std::optional<bool> matchCase =
+        m_form->matchCase() != m_base.matchCase ? std::optional(m_form->matchCase()) : std::nullopt;
     const std::optional<DataError> error =
-        m_store.updateSnippet(*stored, command, content, category, trigger);
+        m_store.updateSnippet(*stored, command, content, category, trigger, matchCase);
     if (MessageBoxes::refused(error, this)) {
         m_form->showCommandError(StoreMessages::text(*error));
         return false;

@@ -57,6 +57,12 @@ SnippetForm::SnippetForm(SnippetStore& store, QWidget* parent) : QWidget(parent)
 
     m_triggerOption = new TriggerOption(m_store, this);
     column->addWidget(m_triggerOption);
+    m_matchCase = new QCheckBox(tr("Match the command's case"), this);
+    m_matchCase->setObjectName(QStringLiteral("matchCase"));
+    m_matchCase->setToolTip(tr("The command is found in any letter case: typed with a capital "
+                               "first letter, the content starts with a capital; typed all in "
+                               "capitals, the content is typed in capitals."));
+    column->addWidget(m_matchCase);
 
     auto* categoryRow = new QHBoxLayout();
     auto* categoryTitle = new QLabel(tr("Category"), this);
@@ -74,7 +80,8 @@ SnippetForm::SnippetForm(SnippetStore& store, QWidget* parent) : QWidget(parent)
     setTabOrder(m_contentEditor, m_placeholders->menuButton());
     setTabOrder(m_placeholders->menuButton(), m_triggerOption->checkBox());
     setTabOrder(m_triggerOption->checkBox(), m_triggerOption->cureButton());
-    setTabOrder(m_triggerOption->cureButton(), m_categoryBox);
+    setTabOrder(m_triggerOption->cureButton(), m_matchCase);
+    setTabOrder(m_matchCase, m_categoryBox);
 
     // Warned while the command is typed, and for the stored one as it is shown.
     connect(m_commandField, &QLineEdit::textChanged, this,
@@ -88,6 +95,13 @@ SnippetForm::SnippetForm(SnippetStore& store, QWidget* parent) : QWidget(parent)
     connect(m_triggerOption, &TriggerOption::chosenCureChanged, this, &SnippetForm::edited);
     // Every change of the box but the form's own (which it makes with signals blocked).
     connect(m_categoryBox, &QComboBox::currentIndexChanged, this, &SnippetForm::edited);
+    connect(m_matchCase, &QCheckBox::clicked, this, &SnippetForm::edited);
+    // Both decide which other commands clash with this one.
+    const auto updateClashContext = [this] {
+        m_triggerOption->setContext(matchCase(), categoryId());
+    };
+    connect(m_matchCase, &QCheckBox::toggled, this, updateClashContext);
+    connect(m_categoryBox, &QComboBox::currentIndexChanged, this, updateClashContext);
     connect(&m_store, &SnippetStore::categoriesChanged, this, &SnippetForm::fillCategories);
     fillCategories();
 }
@@ -120,14 +134,25 @@ void SnippetForm::setTrigger(Snippet::Trigger trigger) {
     m_triggerOption->setTrigger(trigger);
 }
 
+bool SnippetForm::matchCase() const {
+    return m_matchCase->isChecked();
+}
+
+void SnippetForm::setMatchCase(bool matchCase) {
+    m_matchCase->setChecked(matchCase);
+}
+
 QUuid SnippetForm::categoryId() const {
     return m_categoryBox->currentData().toUuid();
 }
 
 void SnippetForm::setCategoryId(const QUuid& id) {
     m_shownCategory = id;
-    const QSignalBlocker quiet(m_categoryBox);
-    m_categoryBox->setCurrentIndex(m_categoryBox->findData(id));
+    {
+        const QSignalBlocker quiet(m_categoryBox);
+        m_categoryBox->setCurrentIndex(m_categoryBox->findData(id));
+    }
+    m_triggerOption->setContext(matchCase(), categoryId());
 }
 
 void SnippetForm::fillCategories() {
@@ -140,6 +165,7 @@ void SnippetForm::fillCategories() {
         m_categoryBox->addItem(category.name, category.id);
     const int index = m_categoryBox->findData(chosen);
     m_categoryBox->setCurrentIndex(index >= 0 ? index : m_categoryBox->findData(m_shownCategory));
+    m_triggerOption->setContext(matchCase(), categoryId());
 }
 
 void SnippetForm::showCommandError(const QString& message) {

@@ -7,6 +7,7 @@
 #include <optional>
 
 class CustomTextEditor;
+class QCheckBox;
 class PlaceholderBar;
 class QComboBox;
 class QLabel;
@@ -16,8 +17,8 @@ class TriggerOption;
 
 // The fields of one snippet, the same in the "New Snippet" dialog and in the detail pane: the
 // command, the line that says it is taken, the content with its placeholder menu and preview,
-// then the options (expand only after a word ends, with the clash warning and its cure) and
-// the category. Tab goes through them in that order, the order they are read in.
+// then the options (expand only after a word ends, with the clash warning and its cure; match
+// the command's case) and the category. Tab goes through them in that order, the order they are read in.
 //
 // Setting a field from the program is not an edit; edited() reports only what the user does.
 class SnippetForm : public QWidget {
@@ -42,6 +43,9 @@ public:
     bool contentIsCut() const { return m_cutContent.has_value(); }
     Snippet::Trigger trigger() const;
     void setTrigger(Snippet::Trigger trigger);
+    // "Match the command's case".
+    bool matchCase() const;
+    void setMatchCase(bool matchCase);
     QUuid categoryId() const;
     // The category shown; also the one shown again when a chosen category is deleted.
     void setCategoryId(const QUuid& id);
@@ -53,6 +57,7 @@ public:
     QLineEdit* commandField() const { return m_commandField; }
     CustomTextEditor* contentEditor() const { return m_contentEditor; }
     TriggerOption* triggerOption() const { return m_triggerOption; }
+    QCheckBox* matchCaseBox() const { return m_matchCase; }
     QComboBox* categoryBox() const { return m_categoryBox; }
     PlaceholderBar* placeholderBar() const { return m_placeholders; }
     // The form's last stop for Tab; what follows the form comes after it.
@@ -79,5 +84,6 @@ private:
     PlaceholderBar* m_placeholders;
     QLabel* m_cutContentNote;
     TriggerOption* m_triggerOption;
+    QCheckBox* m_matchCase;
     QComboBox* m_categoryBox;
 };

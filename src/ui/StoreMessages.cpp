@@ -17,6 +17,15 @@ QString StoreMessages::text(const DataError& error) {
         return tr("%1 cannot be read: %2").arg(error.file(), error.why());
     case DataError::Kind::notALibrary:
         return tr("%1 holds no library Typolet can read").arg(error.file());
+    case DataError::Kind::commandDiffersInCase:
+        return tr("\u201C%1\u201D differs from this command only in letter case, and one of the "
+                  "two matches the command's case: both would expand for the same keys.")
+            .arg(error.why());
+    case DataError::Kind::sameCommandInOverlap:
+        return tr("Two snippets with the command \u201C%1\u201D would both expand in the same "
+                  "application. Keep their categories to applications that do not overlap, or "
+                  "change one of the commands.")
+            .arg(error.why());
     case DataError::Kind::notSaved:
     case DataError::Kind::unreadableImport:
         return error.why();
@@ -32,6 +41,10 @@ QString StoreMessages::text(const SnippetStore::CommandClash& clash) {
     case Kind::sameCommand:
         return tr("Another snippet has this command too (another computer added it): the one "
                   "changed last expands. Change one of the two commands.");
+    case Kind::differsInCase:
+        return tr("\u201C%1\u201D differs from this command only in letter case, and one of the "
+                  "two matches the command's case: both would expand for the same keys.")
+            .arg(clash.longerCommand);
     case Kind::shorterExpands:
         // The snippet being edited is the shorter one when the clash names no other id: then it
         // is the other snippet that can no longer be typed.

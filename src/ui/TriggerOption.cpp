@@ -61,7 +61,7 @@ void TriggerOption::check(const QString& command, const QUuid& snippetId) {
     QSet<QUuid> waiting;
     if (!m_chosenCure.isNull())
         waiting.insert(m_chosenCure);
-    m_clash = m_store.commandClash(command, snippetId, trigger(), waiting);
+    m_clash = m_store.commandClash(command, snippetId, trigger(), waiting, m_matchCase, m_categoryId);
     if (showingClash()) {
         m_warning->setText(StoreMessages::text(m_clash));
         m_cure->setText(
@@ -77,6 +77,14 @@ void TriggerOption::check(const QString& command, const QUuid& snippetId) {
     m_cure->setVisible(showingClash() && !m_clash.shorterCommand.isEmpty());
     if (m_warning->text() != shown)
         emit warningChanged();
+}
+
+void TriggerOption::setContext(bool matchCase, const QUuid& categoryId) {
+    if (matchCase == m_matchCase && categoryId == m_categoryId)
+        return;
+    m_matchCase = matchCase;
+    m_categoryId = categoryId;
+    check(m_command, m_snippetId);
 }
 
 void TriggerOption::forgetChosenCure() {

@@ -28,6 +28,9 @@ public:
 
     // Looks again for a clash of `command` (belonging to `snippetId`, null for a new one).
     void check(const QString& command, const QUuid& snippetId);
+    // What else of the snippet decides a clash: whether it matches the command's case, and
+    // its category (whose applications may not overlap the other snippet's). Checks again.
+    void setContext(bool matchCase, const QUuid& categoryId);
 
     bool showingClash() const;
     // The other snippet the chosen cure will change; null when none is chosen.
@@ -52,6 +55,8 @@ private:
     SnippetStore& m_store;
     QString m_command;
     QUuid m_snippetId;
+    bool m_matchCase = false;
+    QUuid m_categoryId;
     SnippetStore::CommandClash m_clash;
     QUuid m_chosenCure;
     QString m_chosenCureCommand;

@@ -5,7 +5,8 @@
 reader never sees half of it); the file is created, empty, when the window is up.
 --report-length N (the latency benchmark): each time its text reaches N characters, prints the
 CLOCK_MONOTONIC time in nanoseconds on a line, and empties itself.
---title TEXT: the window's title (two views in one test are told apart by it)."""
+--title TEXT: the window's title (two views in one test are told apart by it).
+--wm-class NAME: the class part of the window's WM_CLASS (an application of that name)."""
 import os
 import sys
 import time
@@ -13,7 +14,7 @@ import time
 import gi
 
 gi.require_version("Gtk", "3.0")
-from gi.repository import GLib, Gtk  # noqa: E402
+from gi.repository import Gdk, GLib, Gtk  # noqa: E402
 
 
 def option(name, default=None):
@@ -23,6 +24,8 @@ def option(name, default=None):
 def main():
     report_length = option("--report-length")
     out = option("--out")
+    if option("--wm-class"):
+        Gdk.set_program_class(option("--wm-class"))  # read when the window is realised
     window = Gtk.Window(title=option("--title", "Typolet GTK test target"))
     window.set_default_size(700, 400)
     view = Gtk.TextView()

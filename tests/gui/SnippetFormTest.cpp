@@ -111,12 +111,13 @@ private slots:
         SnippetForm* form = place->findChild<SnippetForm*>();
         form->commandField()->setFocus(Qt::OtherFocusReason);
         QTRY_VERIFY(form->commandField()->hasFocus());
-        const QStringList order = GuiInput::tabThrough(place->window(), 8);
-        QCOMPARE(order.mid(0, 5), (QStringList{"QLineEdit Command", "CustomTextEditor Content",
+        const QStringList order = GuiInput::tabThrough(place->window(), 9);
+        QCOMPARE(order.mid(0, 6), (QStringList{"QLineEdit Command", "CustomTextEditor Content",
                                                "QToolButton Insert a placeholder",
-                                               "QCheckBox afterWordEnd", "QComboBox Category"}));
+                                               "QCheckBox afterWordEnd", "QCheckBox matchCase",
+                                               "QComboBox Category"}));
         // Then the buttons (Add and Save are off: nothing to add or save yet).
-        QCOMPARE(order.at(5), inDialog ? QStringLiteral("QPushButton cancelButton")
+        QCOMPARE(order.at(6), inDialog ? QStringLiteral("QPushButton cancelButton")
                                        : QStringLiteral("QPushButton deleteButton"));
     }
 

@@ -39,6 +39,7 @@ public:
         return grabSucceeds && keys.key() != Qt::Key(0);
     }
     void insert(const Snippet& snippet) override { inserted.append(snippet.id); }
+    void setFormValueSource(FormValueSource*) override {}
     WindowFocus* windowFocus() const override { return nullptr; }
     QString focusedApplication() const override { return focused; }
     QString layoutInUse() const override { return {}; }

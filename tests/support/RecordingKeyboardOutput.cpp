@@ -6,7 +6,7 @@ void RecordingKeyboardOutput::perform(const Expansion& actions, std::function<vo
     performed.append(actions);
     m_finished = std::move(finished);
     if (finishAtOnce)
-        QTimer::singleShot(0, [this] { finish(); });
+        QTimer::singleShot(0, &m_pendingFinish, [this] { finish(); });
 }
 
 void RecordingKeyboardOutput::finish() {

@@ -3,6 +3,7 @@
 #include "KeyboardOutput.h"
 
 #include <QList>
+#include <QObject>
 
 // Records each expansion the engine asked for. It finishes each one on the next event-loop
 // turn, or, with `finishAtOnce` off, when the test calls finish().
@@ -18,4 +19,5 @@ public:
 
 private:
     std::function<void()> m_finished;
+    QObject m_pendingFinish; // drops a queued finish when the recorder goes first
 };

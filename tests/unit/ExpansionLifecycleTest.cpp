@@ -25,6 +25,7 @@ private slots:
         } rows[] = {
             {"command waits for its word", Phase::Idle, Event::CommandAwaitsWordEnd, Phase::AwaitingWordEnd},
             {"content needs the clipboard", Phase::Idle, Event::ClipboardAsked, Phase::ReadingClipboard},
+            {"content has form fields", Phase::Idle, Event::ValuesAsked, Phase::FillingIn},
             {"command expands at once", Phase::Idle, Event::OutputStarted, Phase::Typing},
             {"no output to finish", Phase::Idle, Event::OutputFinished, Phase::Idle},
             {"no undo to close", Phase::Idle, Event::NextKeyTaken, Phase::Idle},
@@ -33,10 +34,18 @@ private slots:
             {"click while waiting", Phase::AwaitingWordEnd, Event::TypingForgotten, Phase::Idle},
             {"word ended, clipboard", Phase::AwaitingWordEnd, Event::ClipboardAsked, Phase::ReadingClipboard},
             {"word ended", Phase::AwaitingWordEnd, Event::OutputStarted, Phase::Typing},
+            {"word ended, form fields", Phase::AwaitingWordEnd, Event::ValuesAsked, Phase::FillingIn},
             {"waiting is no undo", Phase::AwaitingWordEnd, Event::NextKeyTaken, Phase::AwaitingWordEnd},
             {"clipboard answered", Phase::ReadingClipboard, Event::OutputStarted, Phase::Typing},
             {"focus moved while reading", Phase::ReadingClipboard, Event::ExpansionDropped, Phase::Idle},
             {"Escape while reading", Phase::ReadingClipboard, Event::EscapePressed, Phase::ReadingClipboard},
+            {"clipboard read, form fields", Phase::ReadingClipboard, Event::ValuesAsked, Phase::FillingIn},
+            {"form answered", Phase::FillingIn, Event::OutputStarted, Phase::Typing},
+            {"focus not back from the form", Phase::FillingIn, Event::ExpansionDropped, Phase::Idle},
+            {"keys into the form", Phase::FillingIn, Event::CommandAwaitsWordEnd, Phase::FillingIn},
+            {"click into the form", Phase::FillingIn, Event::TypingForgotten, Phase::FillingIn},
+            {"no second form", Phase::FillingIn, Event::ValuesAsked, Phase::FillingIn},
+            {"no form while typing", Phase::Typing, Event::ValuesAsked, Phase::Typing},
             {"click while reading", Phase::ReadingClipboard, Event::TypingForgotten, Phase::ReadingClipboard},
             {"Escape while typing", Phase::Typing, Event::EscapePressed, Phase::Typing},
             {"cut short", Phase::Typing, Event::OutputFinished, Phase::Idle},
@@ -88,6 +97,12 @@ private slots:
         QVERIFY(!life.output().pendingUndo);
         life.handle(Event::NextKeyTaken);
         QCOMPARE(life.undo().command, QString());
+
+        // The form's data lives from the question to the answer.
+        life.handle(Event::ValuesAsked);
+        life.filling().wordEnd = " ";
+        life.handle(Event::OutputStarted);
+        QCOMPARE(life.filling().wordEnd, QString());
     }
 };
 

@@ -189,15 +189,15 @@ matches:
         params:
           echo: "Ada {{brace}}"
       - name: up
-        type: shell
+        type: random
         params:
-          cmd: "uptime"
+          choices: ["a", "b"]
 )y"}} << "base.yml"
                                     << QStringList{":sig (word)=Best regards,\n  Ada\n@base",
                                                    ":hi=Hello!@base", ":hello=Hello!@base",
                                                    ":now={{date:yyyy-MM-dd 'at' HH:mm}} "
                                                    "{{clipboard}} Ada {{{{brace}} {{up}} {{x}}@base"}
-                                    << 4 << QStringList{"up (shell)", "x (echo)"};
+                                    << 4 << QStringList{"up (random)", "x (echo)"};
         QTest::newRow("phrase folder")
             << Files{{"Phrases/addr.txt", "221B Baker Street\n"},
                      {"Phrases/.addr.json", phraseSettings(R"("adr", "address")")},

@@ -148,6 +148,7 @@ bool EvdevEngineBackend::start(SnippetStore& store, std::function<bool()> keysIg
         store, EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(), output,
                               nullptr, m_passwordField.get()});
     m_engine->setKeysIgnoredWhen(std::move(keysIgnored));
+    m_engine->setFormValues(m_formValues);
     m_engine->setClipboard(m_clipboard);
     connect(m_engine.get(), &TextExpander::snippetUsed, this, &EngineBackend::snippetUsed);
     const bool listening = m_engine->isMonitoring();
@@ -156,6 +157,12 @@ bool EvdevEngineBackend::start(SnippetStore& store, std::function<bool()> keysIg
     PermissionGuidance(*m_permissions, m_guidance, PermissionGuidance::Backend::KernelDevices)
         .checkAndRequestPermissions();
     return listening;
+}
+
+void EvdevEngineBackend::setFormValueSource(FormValueSource* source) {
+    m_formValues = source;
+    if (m_engine)
+        m_engine->setFormValues(source);
 }
 
 void EvdevEngineBackend::insert(const Snippet& snippet) {

@@ -57,6 +57,7 @@ public:
         return false;
     }
     void insert(const Snippet& snippet) override;
+    void setFormValueSource(FormValueSource* source) override;
     // No client may ask where another's window is or move the focus: the compositor hands the
     // focus back when the insert window closes.
     WindowFocus* windowFocus() const override { return nullptr; }
@@ -100,4 +101,5 @@ private:
     std::optional<QString> m_chosenLayout;
     // Last: it goes first, as it may still be typing through the output.
     std::unique_ptr<TextExpander> m_engine;
+    FormValueSource* m_formValues = nullptr;
 };

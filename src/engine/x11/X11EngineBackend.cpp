@@ -40,6 +40,7 @@ bool X11EngineBackend::start(SnippetStore& store, std::function<bool()> keysIgno
         store, EnginePlatform{m_permissions.get(), m_monitor.get(), m_translator.get(),
                               m_output.get(), m_focus.get(), m_passwordField.get()});
     m_engine->setKeysIgnoredWhen(std::move(keysIgnored));
+    m_engine->setFormValues(m_formValues);
     m_engine->setClipboard(m_clipboardReader.get());
     connect(m_engine.get(), &TextExpander::snippetUsed, this, &EngineBackend::snippetUsed);
     const bool listening = m_engine->isMonitoring();
@@ -60,6 +61,8 @@ void X11EngineBackend::apply(const EngineSettings& settings) {
 
 QString X11EngineBackend::focusedApplication() const { return m_focus->name(); }
 
+OpenWindows* X11EngineBackend::openWindows() const { return m_focus.get(); }
+
 bool X11EngineBackend::grabGlobalKey(GlobalKey which, QKeyCombination keys,
                                      std::function<void()> onPressed) {
     std::unique_ptr<X11GlobalKey>& grab = which == GlobalKey::pause ? m_pauseKey : m_insertKey;
@@ -73,6 +76,12 @@ bool X11EngineBackend::grabGlobalKey(GlobalKey which, QKeyCombination keys,
     }
     connect(grab.get(), &X11GlobalKey::pressed, grab.get(), std::move(onPressed));
     return true;
+}
+
+void X11EngineBackend::setFormValueSource(FormValueSource* source) {
+    m_formValues = source;
+    if (m_engine)
+        m_engine->setFormValues(source);
 }
 
 void X11EngineBackend::insert(const Snippet& snippet) {

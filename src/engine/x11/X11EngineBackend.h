@@ -33,7 +33,9 @@ public:
     bool grabGlobalKey(GlobalKey which, QKeyCombination keys,
                        std::function<void()> onPressed) override;
     void insert(const Snippet& snippet) override;
+    void setFormValueSource(FormValueSource* source) override;
     WindowFocus* windowFocus() const override;
+    OpenWindows* openWindows() const override;
     QString focusedApplication() const override;
     // The server's layout is followed, never chosen here.
     QString layoutInUse() const override { return {}; }
@@ -56,4 +58,5 @@ private:
     std::unique_ptr<X11GlobalKey> m_insertKey;
     // Last: it goes first, as it may still be typing through the output.
     std::unique_ptr<TextExpander> m_engine;
+    FormValueSource* m_formValues = nullptr;
 };

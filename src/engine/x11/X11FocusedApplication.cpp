@@ -29,6 +29,16 @@ quint64 X11FocusedApplication::window() {
 }
 
 QString X11FocusedApplication::name() {
+    return focusedClass().value(1);
+}
+
+QStringList X11FocusedApplication::names() {
+    QStringList parts = focusedClass();
+    parts.removeAll(QString());
+    return parts;
+}
+
+QStringList X11FocusedApplication::focusedClass() {
     if (!connect())
         return {};
     Window window = 0;
@@ -38,7 +48,8 @@ QString X11FocusedApplication::name() {
     for (int depth = 0; window > PointerRoot && depth < 32; ++depth) {
         XClassHint hint{};
         if (XGetClassHint(m_display, window, &hint)) {
-            const QString result = QString::fromLocal8Bit(hint.res_class);
+            const QStringList result{QString::fromLocal8Bit(hint.res_name),
+                                     QString::fromLocal8Bit(hint.res_class)};
             XFree(hint.res_name);
             XFree(hint.res_class);
             return result;
@@ -132,4 +143,58 @@ void X11FocusedApplication::focus(quint64 window) {
     XSetInputFocus(m_display, window, RevertToParent, CurrentTime);
     XSync(m_display, False);
     XSetErrorHandler(previous);
+}
+
+QStringList X11FocusedApplication::windowClasses() {
+    if (!connect())
+        return {};
+    const auto previous = XSetErrorHandler(ignoreError); // a window may close meanwhile
+    const Window root = DefaultRootWindow(m_display);
+    QList<Window> windows;
+    const Atom clientList = XInternAtom(m_display, "_NET_CLIENT_LIST", True);
+    Atom type = None;
+    int format = 0;
+    unsigned long items = 0, after = 0;
+    unsigned char* data = nullptr;
+    if (clientList != None &&
+        XGetWindowProperty(m_display, root, clientList, 0, 4096, False, XA_WINDOW, &type, &format,
+                           &items, &after, &data) == Success &&
+        type == XA_WINDOW && format == 32) {
+        const auto* listed = reinterpret_cast<const unsigned long*>(data);
+        for (unsigned long i = 0; i < items; ++i)
+            windows.append(listed[i]);
+    }
+    if (data)
+        XFree(data);
+    if (windows.isEmpty()) {
+        // No window manager: the top-level windows that are shown.
+        Window parent = 0, rootReturn = 0;
+        Window* children = nullptr;
+        unsigned int count = 0;
+        if (XQueryTree(m_display, root, &rootReturn, &parent, &children, &count)) {
+            for (unsigned int i = 0; i < count; ++i) {
+                XWindowAttributes attributes{};
+                if (XGetWindowAttributes(m_display, children[i], &attributes) &&
+                    attributes.map_state == IsViewable && !attributes.override_redirect)
+                    windows.append(children[i]);
+            }
+        }
+        if (children)
+            XFree(children);
+    }
+    QStringList classes;
+    for (const Window window : std::as_const(windows)) {
+        XClassHint hint{};
+        if (!XGetClassHint(m_display, window, &hint))
+            continue;
+        const QString name = QString::fromLocal8Bit(hint.res_class);
+        if (!name.isEmpty() && !classes.contains(name))
+            classes.append(name);
+        XFree(hint.res_name);
+        XFree(hint.res_class);
+    }
+    XSync(m_display, False);
+    XSetErrorHandler(previous);
+    classes.sort(Qt::CaseInsensitive);
+    return classes;
 }

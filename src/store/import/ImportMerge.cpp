@@ -56,6 +56,7 @@ ImportMerge ImportMerge::apply(const ImportPlan& plan, const QList<Category>& ex
         } else if (candidatesIn.value(imported.id) == 0 || addedIn.value(imported.id) > 0) {
             const QUuid id = freeId(categoryIdsInUse, imported.id);
             merged.categories.append(Category(id, imported.name, imported.createdAt));
+            merged.categories.last().limit = imported.limit;
             categoryIds.insert(imported.id, id);
             merged.categoriesChanged = true;
         }
@@ -77,6 +78,7 @@ ImportMerge ImportMerge::apply(const ImportPlan& plan, const QList<Category>& ex
                                            candidate.createdAt,
                                            libraryCategory(candidate.categoryId)));
             merged.snippets.last().trigger = candidate.trigger;
+            merged.snippets.last().matchCase = candidate.matchCase;
             merged.snippetsChanged = true;
         }
     }

@@ -25,6 +25,9 @@ struct ImportPlan {
     // Values the source fills in that Typolet has no placeholder for: they are typed as
     // written. Each named once, with its kind: "name (shell)".
     QStringList typedAsWritten;
+    // Entries that need what Typolet cannot do (a shell command's output, an image, a regular
+    // expression as trigger): left out, each named once with its kind: ":ip (shell)".
+    QStringList leftOut;
 
     static ImportPlan failure(QString source, QString error);
 

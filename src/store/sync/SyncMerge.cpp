@@ -126,11 +126,12 @@ QString SyncMerge::Stamp::key() const {
 
 bool SyncMerge::sameContent(const Snippet& a, const Snippet& b) {
     return a.id == b.id && a.command == b.command && a.content == b.content &&
-           a.createdAt == b.createdAt && a.categoryId == b.categoryId && a.trigger == b.trigger;
+           a.createdAt == b.createdAt && a.categoryId == b.categoryId && a.trigger == b.trigger &&
+           a.matchCase == b.matchCase;
 }
 
 bool SyncMerge::sameContent(const Category& a, const Category& b) {
-    return a.id == b.id && a.name == b.name && a.createdAt == b.createdAt;
+    return a.id == b.id && a.name == b.name && a.createdAt == b.createdAt && a.limit == b.limit;
 }
 
 SyncMerge::Outcome SyncMerge::merge(Library& ours, const Library& theirs, const QString& us,
