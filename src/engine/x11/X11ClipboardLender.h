@@ -109,8 +109,8 @@ private:
     const Value* offered(unsigned long target) const;
 
     X11SelectionWindow m_connection;
-    Display* m_display = nullptr; // the connection's, once open
-    unsigned long m_window = 0;
+    Display* display() const { return m_connection.display(); } // null until open
+    unsigned long window() const { return m_connection.window(); }
     qsizetype m_maxPropertyBytes = 0;
     unsigned long m_resourceMask = 0; // the part of a window's id that its client chose
 

@@ -45,8 +45,8 @@ private:
 
     const X11ClipboardLender* m_lender;
     X11SelectionWindow m_connection;
-    Display* m_display = nullptr; // the connection's, once open
-    unsigned long m_window = 0;
+    Display* display() const { return m_connection.display(); } // null until open
+    unsigned long window() const { return m_connection.window(); }
     unsigned long m_clipboard = 0, m_utf8 = 0, m_incr = 0, m_property = 0, m_targets = 0,
                   m_textPlainUtf8 = 0;
     unsigned long m_asking = 0; // the format asked for now: TARGETS, then a text format
