@@ -66,19 +66,6 @@ private slots:
         QCOMPARE(b.overlaps(a), overlap);
     }
 
-    void whereSnippetsExpand() {
-        // Either part of WM_CLASS, in any letter case; an unknown application has only the
-        // snippets of categories without a limit.
-        const QStringList xterm{"xterm", "XTerm"};
-        QVERIFY(only({"XTERM"}).expandsIn(xterm));
-        QVERIFY(!only({"Gedit"}).expandsIn(xterm));
-        QVERIFY(!except({"xterm"}).expandsIn({"xterm", "XTerm"}));
-        QVERIFY(except({"Gedit"}).expandsIn(xterm));
-        QVERIFY(!only({"XTerm"}).expandsIn({}));
-        QVERIFY(!except({"XTerm"}).expandsIn({}));
-        QVERIFY(Limit{}.expandsIn({}));
-    }
-
     // One command in two categories whose applications do not overlap; refused wherever both
     // would expand.
     void theStoreAllowsACommandTwiceOnlyApart() {
