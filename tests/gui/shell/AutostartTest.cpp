@@ -97,8 +97,8 @@ void AutostartTest::failuresPrintOneLineEach() {
     Autostart(std::make_unique<XdgAutostartBackend>(blocked, program)).setStartAtLogin(true);
     Autostart(std::make_unique<XdgAutostartBackend>(stuck, program)).setStartAtLogin(false);
     QCOMPARE(output.lines.size(), 2);
-    const QString enable = QStringLiteral("Failed to enable login item: ");
-    const QString disable = QStringLiteral("Failed to disable login item: ");
+    const QString enable = QStringLiteral("Failed to enable autostart entry: ");
+    const QString disable = QStringLiteral("Failed to disable autostart entry: ");
     QVERIFY2(output.lines[0].startsWith(enable) && output.lines[0].size() > enable.size(),
              qPrintable(output.lines[0]));
     QVERIFY2(output.lines[1].startsWith(disable) && output.lines[1].size() > disable.size(),
