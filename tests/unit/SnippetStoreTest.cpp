@@ -191,8 +191,10 @@ private slots:
         QCOMPARE(*store.addSnippet(Snippet::create("", "x", kDefault)), DataError::blankCommand());
         QCOMPARE(store.snippetsRevision(), revision);
         QCOMPARE(commandsOf(store.snippets()), QStringList({";z", ";c"}));
-        QVERIFY(!store.addSnippet(Snippet::create(";new", "n", kWork)));
-        QCOMPARE(storedCommands(settings), QStringList({";z", ";c", ";new"}));
+        // Only exactly another snippet's command clashes: letter case and spaces count.
+        for (const char* command : {";new", ";Z", ";z "})
+            QVERIFY2(!store.addSnippet(Snippet::create(command, "n", kWork)), command);
+        QCOMPARE(storedCommands(settings), QStringList({";z", ";c", ";new", ";Z", ";z "}));
     }
 
     // A command inside another, short of its end, makes the longer one impossible to type,
