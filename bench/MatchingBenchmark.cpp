@@ -1,6 +1,7 @@
 // One keystroke and its match check, against snippet libraries of growing size: through the
 // trigger index the engine uses, and through the plain rule (sort a copy of every snippet by
 // command length, then test each command) that the index replaces. Prints the ratio.
+#include "BenchSupport.h"
 #include "KeystrokeBuffer.h"
 #include "ReferenceMatcher.h"
 #include "Snippet.h"
@@ -9,7 +10,6 @@
 #include <QRandomGenerator>
 #include <benchmark/benchmark.h>
 #include <cstdio>
-#include <map>
 
 namespace {
 QList<Snippet> library(int count) {
@@ -64,39 +64,25 @@ BENCHMARK(rebuildIndex)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMi
 BENCHMARK(indexedKeystroke)->Arg(10)->Arg(1000)->Arg(10000)->Arg(100000);
 BENCHMARK(plainKeystroke)->Arg(10)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMicrosecond);
 
-// Keeps each run's time per iteration so the ratios can be printed at the end.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    std::map<std::string, double> nanos;
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs)
-            nanos[run.benchmark_name()] =
-                run.GetAdjustedRealTime() *
-                (run.time_unit == benchmark::kMicrosecond ? 1e3
-                 : run.time_unit == benchmark::kMillisecond ? 1e6 : 1.0);
-        ConsoleReporter::ReportRuns(runs);
-    }
-};
 } // namespace
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
+    BenchSupport::RunTimes times;
+    benchmark::RunSpecifiedBenchmarks(&times);
     std::printf("\n%10s %14s %14s %10s\n", "snippets", "index ns", "plain ns", "plain/index");
     for (const int n : {10, 1000, 10000, 100000}) {
         const auto suffix = "/" + std::to_string(n);
-        const auto index = reporter.nanos.find("indexedKeystroke" + suffix);
-        const auto plain = reporter.nanos.find("plainKeystroke" + suffix);
-        if (index == reporter.nanos.end() || plain == reporter.nanos.end())
+        const auto index = times.nanos("indexedKeystroke" + suffix);
+        const auto plain = times.nanos("plainKeystroke" + suffix);
+        if (!index || !plain)
             continue;
-        std::printf("%10d %14.0f %14.0f %9.0fx\n", n, index->second, plain->second,
-                    plain->second / index->second);
+        std::printf("%10d %14.0f %14.0f %9.0fx\n", n, *index, *plain, *plain / *index);
     }
-    const auto small = reporter.nanos.find("indexedKeystroke/10");
-    const auto large = reporter.nanos.find("indexedKeystroke/100000");
-    if (small != reporter.nanos.end() && large != reporter.nanos.end())
-        std::printf("index at 100000 snippets / at 10: %.2fx\n", large->second / small->second);
+    const auto small = times.nanos("indexedKeystroke/10");
+    const auto large = times.nanos("indexedKeystroke/100000");
+    if (small && large)
+        std::printf("index at 100000 snippets / at 10: %.2fx\n", *large / *small);
     benchmark::Shutdown();
     return 0;
 }

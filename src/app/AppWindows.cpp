@@ -52,13 +52,16 @@ void AppWindows::showAll() {
     if (m_mainWindow && !windows.contains(m_mainWindow))
         windows.prepend(m_mainWindow);
     for (QWidget* window : std::as_const(windows)) {
-        if (!window)
-            continue;
-        if (window->isMinimized())
-            window->showNormal();
-        else
-            window->show();
-        window->raise();
-        window->activateWindow();
+        if (window)
+            bringForward(window);
     }
+}
+
+void AppWindows::bringForward(QWidget* window) {
+    if (window->isMinimized())
+        window->showNormal();
+    else
+        window->show();
+    window->raise();
+    window->activateWindow();
 }

@@ -22,6 +22,9 @@ public:
     // The window "Open Typolet" always brings back.
     void setMainWindow(QWidget* window) { m_mainWindow = window; }
 
+    // Shows `window` (restored if it was minimised) in front of the others, with the keyboard.
+    static void bringForward(QWidget* window);
+
     // The application's own windows, in creation order: top-level, parentless windows and
     // dialogs that have been shown or hidden at least once. Menus, tooltips, transient child
     // dialogs, the tray icon's embedded window and widgets that were never meant to be

@@ -16,7 +16,7 @@ void Autostart::setStartAtLogin(bool enabled) {
         return;
     qCWarning(lcApp).noquote() << QStringLiteral("Failed to ") +
                       (enabled ? QStringLiteral("enable") : QStringLiteral("disable")) +
-                      QStringLiteral(" login item: ") + *error;
+                      QStringLiteral(" autostart entry: ") + *error;
 }
 
 void Autostart::reflectDesktop(Preferences& preferences) {

@@ -8,7 +8,7 @@ class Preferences;
 
 // Makes Typolet start by itself when the user logs in, or stops it from doing so. It never
 // fails towards its caller: a failure becomes one line on standard output
-// ("Failed to enable login item: <error>") and nothing else; nothing is retried and the
+// ("Failed to enable autostart entry: <error>") and nothing else; nothing is retried and the
 // stored preference is left as it is.
 class Autostart {
 public:

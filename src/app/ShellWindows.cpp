@@ -1,6 +1,7 @@
 #include "ShellWindows.h"
 
 #include "AboutView.h"
+#include "AppWindows.h"
 #include "PreferencesView.h"
 #include "SymbolImage.h"
 #include "UiTheme.h"
@@ -46,15 +47,6 @@ void centre(QWidget* window) {
     frame.moveCenter(screen->availableGeometry().center());
     window->move(frame.topLeft());
 }
-
-void bringForward(QWidget* window) {
-    if (window->isMinimized())
-        window->showNormal();
-    else
-        window->show();
-    window->raise();
-    window->activateWindow();
-}
 } // namespace
 
 ShellWindows::ShellWindows(Autostart& autostart, Preferences& preferences)
@@ -69,11 +61,11 @@ void ShellWindows::openPreferencesWindow() {
             makeWindow(tr("Preferences"), preferencesSize, m_preferencesView);
         m_preferencesWindow->setObjectName(QStringLiteral("preferencesWindow"));
         centre(m_preferencesWindow.get());
-        bringForward(m_preferencesWindow.get());
+        AppWindows::bringForward(m_preferencesWindow.get());
         centre(m_preferencesWindow.get());
         return;
     }
-    bringForward(m_preferencesWindow.get());
+    AppWindows::bringForward(m_preferencesWindow.get());
 }
 
 void ShellWindows::openAboutWindow() {
@@ -82,11 +74,11 @@ void ShellWindows::openAboutWindow() {
         m_aboutWindow = makeWindow(tr("About Typolet"), aboutSize, m_aboutView);
         m_aboutWindow->setObjectName(QStringLiteral("aboutWindow"));
         centre(m_aboutWindow.get());
-        bringForward(m_aboutWindow.get());
+        AppWindows::bringForward(m_aboutWindow.get());
         centre(m_aboutWindow.get());
         return;
     }
-    bringForward(m_aboutWindow.get());
+    AppWindows::bringForward(m_aboutWindow.get());
 }
 
 void ShellWindows::openHelpWindow() {
@@ -100,5 +92,5 @@ void ShellWindows::openHelpWindow() {
         m_helpWindow->setObjectName(QStringLiteral("helpWindow"));
         centre(m_helpWindow.get());
     }
-    bringForward(m_helpWindow.get());
+    AppWindows::bringForward(m_helpWindow.get());
 }

@@ -17,4 +17,14 @@ public:
 
     // Stops the running expansion as soon as possible: nothing more is typed.
     virtual void cancel() = 0;
+
+protected:
+    // An expansion under way: its actions, whom to tell when it is done, and how far it got.
+    struct Job {
+        Expansion actions;
+        std::function<void()> finished;
+        qsizetype action = 0; // the one being carried out
+        bool cancelled = false;
+        int skipped = 0; // characters no key of the layout gives
+    };
 };

@@ -3,7 +3,6 @@
 #include "LibraryKeys.h"
 #include "RecordCodec.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -29,18 +28,18 @@ LibraryContent LibraryContent::of(const IniFormat::Values& values) {
     return content;
 }
 
-std::optional<LibraryContent> LibraryContent::read(const QString& path, QString* error) {
+std::optional<LibraryContent> LibraryContent::read(const QString& path,
+                                                  std::optional<DataError>* error) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        *error = QCoreApplication::translate("LibraryContent", "%1 cannot be read: %2")
-                     .arg(path, file.errorString());
+        if (error)
+            *error = DataError::unreadableFile(path, file.errorString());
         return std::nullopt;
     }
     LibraryContent content = of(IniFormat::parse(file.readAll()));
     if (!content.snippets || !content.categories) {
-        *error = QCoreApplication::translate("LibraryContent",
-                                             "%1 holds no library Typolet can read")
-                     .arg(path);
+        if (error)
+            *error = DataError::notALibrary(path);
         return std::nullopt;
     }
     return content;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Category.h"
+#include "DataError.h"
 #include "IniFormat.h"
 #include "Snippet.h"
 
@@ -20,7 +21,8 @@ struct LibraryContent {
 
     static LibraryContent of(const IniFormat::Values& values);
     // The version kept in the file at `path`, or why it cannot be read (in `*error`).
-    static std::optional<LibraryContent> read(const QString& path, QString* error);
+    static std::optional<LibraryContent> read(const QString& path,
+                                              std::optional<DataError>* error = nullptr);
 
     // The stored snippet list with the ids of those that wait for a word end beside it; an id
     // list that does not read only loses the waiting, so every snippet then fires at once.

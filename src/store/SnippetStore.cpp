@@ -20,7 +20,8 @@ SnippetStore::SnippetStore(const QString& settingsFile, QObject* parent)
 
 SnippetStore::SnippetStore(LibraryFile& file, QObject* parent)
     : QObject(parent), m_file(&file) {
-    connect(m_file, &LibraryFile::saveFailed, this, &SnippetStore::saveFailed);
+    connect(m_file, &LibraryFile::saveFailed, this,
+            [this](const QString& message) { emit saveFailed(DataError::notSaved(message)); });
     connect(m_file, &LibraryFile::saved, this, &SnippetStore::allSaved);
     // Direct: the lists must be the merged ones before anything saves again, or a save would
     // take the outside change for something this side deleted.
@@ -208,7 +209,7 @@ std::optional<DataError> SnippetStore::addSnippet(const Snippet& snippet) {
             commandError(snippet.command, snippet.id, snippet.categoryId, snippet.matchCase))
         return error;
     appendSnippet(snippet);
-    return saved(saveSnippets());
+    return saveSnippets();
 }
 
 std::optional<DataError> SnippetStore::removeSnippet(const QUuid& id) {
@@ -216,7 +217,7 @@ std::optional<DataError> SnippetStore::removeSnippet(const QUuid& id) {
         return std::nullopt;
     ++m_snippetsRevision;
     emit snippetsChanged();
-    return saved(saveSnippets());
+    return saveSnippets();
 }
 
 std::optional<DataError> SnippetStore::removeSnippets(const QList<QUuid>& ids) {
@@ -225,11 +226,7 @@ std::optional<DataError> SnippetStore::removeSnippets(const QList<QUuid>& ids) {
         return std::nullopt;
     ++m_snippetsRevision;
     emit snippetsChanged();
-    return saved(saveSnippets());
-}
-
-std::optional<DataError> SnippetStore::saved(const std::optional<QString>& saveError) {
-    return saveError ? std::optional(DataError::notSaved(*saveError)) : std::nullopt;
+    return saveSnippets();
 }
 
 void SnippetStore::setCategories(QList<Category> categories) {
@@ -269,7 +266,7 @@ std::optional<DataError> SnippetStore::addCategory(const QString& name,
     categories.append(Category::create(name));
     categories.last().limit = limit;
     setCategories(std::move(categories));
-    return saved(saveCategories());
+    return saveCategories();
 }
 
 std::optional<DataError> SnippetStore::updateCategory(const Category& category,
@@ -295,7 +292,7 @@ std::optional<DataError> SnippetStore::updateCategory(const Category& category,
             return error;
     }
     setCategories(std::move(categories));
-    return saved(saveCategories());
+    return saveCategories();
 }
 
 std::optional<DataError> SnippetStore::moveSnippets(const QList<QUuid>& ids,
@@ -316,7 +313,7 @@ std::optional<DataError> SnippetStore::moveSnippets(const QList<QUuid>& ids,
             return error;
     }
     setSnippets(std::move(snippets));
-    return saved(saveSnippets());
+    return saveSnippets();
 }
 
 std::optional<DataError> SnippetStore::deleteCategory(const Category& category,
@@ -336,7 +333,7 @@ std::optional<DataError> SnippetStore::deleteCategory(const Category& category,
     QList<Category> categories = m_categories;
     categories.removeIf([&](const Category& c) { return c.id == id; });
     setCategories(std::move(categories));
-    return saved(save(true, true));
+    return save(true, true);
 }
 
 std::optional<Snippet> SnippetStore::snippet(const QUuid& id) const {
@@ -366,8 +363,7 @@ std::optional<DataError> SnippetStore::importSnippets(const ImportPlan& plan) {
     if (!merged.categoriesChanged && !merged.snippetsChanged)
         return std::nullopt;
     // One save of what changed; the history keeps the library as it was before the import.
-    return saved(save(merged.snippetsChanged, merged.categoriesChanged,
-                      LibraryHistory::Reason::Import));
+    return save(merged.snippetsChanged, merged.categoriesChanged, LibraryHistory::Reason::Import);
 }
 
 std::optional<DataError> SnippetStore::updateSnippet(const Snippet& snippet,
@@ -393,11 +389,11 @@ std::optional<DataError> SnippetStore::updateSnippet(const Snippet& snippet,
     m_snippets[index].matchCase = matchCase.value_or(keptMatchCase);
     ++m_snippetsRevision;
     emit snippetsChanged();
-    return saved(saveSnippets());
+    return saveSnippets();
 }
 
-std::optional<QString> SnippetStore::save(bool snippets, bool categories,
-                                          LibraryHistory::Reason reason) {
+std::optional<DataError> SnippetStore::save(bool snippets, bool categories,
+                                            LibraryHistory::Reason reason) {
     QMap<QString, QVariant> changes;
     if (snippets) {
         const auto data = m_snippetEncoder.encode(m_snippets);
@@ -422,21 +418,19 @@ std::optional<QString> SnippetStore::save(bool snippets, bool categories,
     if (m_damagedUnkept) {
         keepDamagedFile();
         if (m_damagedUnkept) {
-            const QString message =
-                tr("Not saved: records in %1 could not be read, and there is no room to keep a "
-                   "copy of the file before it is written over. Free some space, or choose to "
-                   "save anyway.")
-                    .arg(settingsPath());
-            emit saveFailed(message);
-            return message;
+            const DataError error = DataError::damagedRecordsUnkept(settingsPath());
+            emit saveFailed(error);
+            return error;
         }
     }
-    return m_file->write(changes, reason);
+    if (auto why = m_file->write(changes, reason))
+        return DataError::notSaved(std::move(*why));
+    return std::nullopt;
 }
 
-std::optional<QString> SnippetStore::saveSnippets() { return save(true, false); }
+std::optional<DataError> SnippetStore::saveSnippets() { return save(true, false); }
 
-std::optional<QString> SnippetStore::saveCategories() { return save(false, true); }
+std::optional<DataError> SnippetStore::saveCategories() { return save(false, true); }
 
 void SnippetStore::saveOverDamagedRecords() {
     m_damagedUnkept = false;
@@ -447,14 +441,14 @@ std::optional<DataError> SnippetStore::replaceLibrary(QList<Category> categories
                                                      QList<Snippet> snippets) {
     setCategories(std::move(categories));
     setSnippets(std::move(snippets));
-    return saved(save(true, true));
+    return save(true, true);
 }
 
 std::optional<DataError> SnippetStore::restoreVersion(const QString& versionPath) {
-    QString error;
+    std::optional<DataError> error;
     auto version = LibraryContent::read(versionPath, &error);
     if (!version)
-        return DataError::unreadableImport(error);
+        return error;
     setCategories(std::move(*version->categories));
     setSnippets(std::move(*version->snippets));
     const bool hadDefault = category(Category::defaultCategoryId).has_value();
@@ -463,7 +457,7 @@ std::optional<DataError> SnippetStore::restoreVersion(const QString& versionPath
         withDefault.append(defaultCategory());
         setCategories(std::move(withDefault));
     }
-    return saved(save(true, true, LibraryHistory::Reason::Restore));
+    return save(true, true, LibraryHistory::Reason::Restore);
 }
 
 void SnippetStore::loadSnippets() {

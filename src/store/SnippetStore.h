@@ -97,8 +97,8 @@ public:
     void appendSnippet(const Snippet& snippet);
 
     // Write a list; return why it could not be saved (also announced with saveFailed()).
-    std::optional<QString> saveSnippets();
-    std::optional<QString> saveCategories();
+    std::optional<DataError> saveSnippets();
+    std::optional<DataError> saveCategories();
 
     // While records that could not be read have no copy anywhere (no room for one in the
     // history), nothing is saved over them; the user may choose to save all the same.
@@ -177,7 +177,7 @@ signals:
     void snippetsChanged();
     void categoriesChanged();
     // A write reached no disk; the in-memory lists keep the change.
-    void saveFailed(const QString& message);
+    void saveFailed(const DataError& error);
     // Every change is on disk (after a save that failed before, the problem is over).
     void allSaved();
     // After each snippet save, once the action that saved has finished; carries the list
@@ -192,12 +192,11 @@ private:
     static std::optional<DataError> overlapIn(const QList<Snippet>& snippets,
                                               const QList<Category>& categories,
                                               const QSet<QUuid>& changed);
-    static std::optional<DataError> saved(const std::optional<QString>& saveError);
     bool isDuplicateCategoryName(const QString& name, std::optional<QUuid> excluding) const;
     void setCategories(QList<Category> categories);
     void ensureDefaultCategory();
-    std::optional<QString> save(bool snippets, bool categories,
-                                LibraryHistory::Reason reason = LibraryHistory::Reason::Edit);
+    std::optional<DataError> save(bool snippets, bool categories,
+                                  LibraryHistory::Reason reason = LibraryHistory::Reason::Edit);
     void noteUnreadable(const QString& key, int records);
     void keepDamagedFile();
     void takeOutsideChanges(const QStringList& keys);

@@ -7,6 +7,7 @@
 #include "CategoryRowView.h"
 #include "MessageBoxes.h"
 #include "SnippetStore.h"
+#include "StoreMessages.h"
 #include "SnippetDetailView.h"
 #include "SnippetFilterModel.h"
 #include "SnippetForm.h"
@@ -100,8 +101,9 @@ ContentView::ContentView(SnippetStore& store, QWidget* parent)
         m_store.saveOverDamagedRecords();
     });
     showLoadProblem();
-    connect(&m_store, &SnippetStore::saveFailed, this, [this](const QString& why) {
-        QString text = tr("Your last change is kept in Typolet but is not on disk yet. %1").arg(why.toHtmlEscaped());
+    connect(&m_store, &SnippetStore::saveFailed, this, [this](const DataError& error) {
+        QString text = tr("Your last change is kept in Typolet but is not on disk yet. %1")
+                           .arg(StoreMessages::text(error).toHtmlEscaped());
         if (m_store.damagedRecordsUnkept())
             text += QStringLiteral(" <a href=\"save\">%1</a>").arg(tr("Save anyway"));
         m_saveProblem = true;

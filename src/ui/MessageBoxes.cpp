@@ -39,7 +39,7 @@ QMessageBox* MessageBoxes::confirmDelete(const QString& title, const QString& me
 bool MessageBoxes::refused(const std::optional<DataError>& error, QWidget* parent) {
     if (!error)
         return false;
-    if (error->kind() != DataError::Kind::notSaved)
+    if (!error->isUnsaved())
         return true;
     QMessageBox::warning(parent, tr("Could Not Save"), StoreMessages::text(*error));
     return false;

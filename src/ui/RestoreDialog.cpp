@@ -1,17 +1,12 @@
 #include "RestoreDialog.h"
 
 #include "StoreMessages.h"
-#include "IniFormat.h"
-#include "LibraryKeys.h"
 #include "LibraryContent.h"
 #include "SnippetStore.h"
 
 #include <QDialogButtonBox>
-#include <QFile>
 #include <QHash>
 #include <QHeaderView>
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QLabel>
 #include <QLocale>
 #include <QMessageBox>
@@ -21,25 +16,11 @@
 #include <QVBoxLayout>
 
 namespace {
-QByteArray snippetJson(const QString& versionPath) {
-    QFile file(versionPath);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return IniFormat::decode(
-               IniFormat::parse(file.readAll()).value(QLatin1String(LibraryKeys::snippets)))
-        .toByteArray();
-}
-
-// The number of records in a snippet list without decoding it: every record has one "command"
-// key, and a quote inside a text is always escaped.
-int recordCount(const QByteArray& json) {
-    static constexpr QByteArrayView key("\"command\":");
-    int count = 0;
-    for (qsizetype at = json.indexOf(key); at >= 0; at = json.indexOf(key, at + key.size())) {
-        if (at == 0 || json.at(at - 1) != '\\')
-            ++count;
-    }
-    return count;
+// The snippets a version holds, those that do not read included; empty when it reads not at all.
+QString snippetCount(const QString& versionPath) {
+    const auto version = LibraryContent::read(versionPath);
+    return version ? QLocale().toString(version->snippets->size() + version->unreadableSnippets)
+                   : QString();
 }
 
 QString someCommands(const QStringList& commands) {
@@ -76,7 +57,7 @@ RestoreDialog::RestoreDialog(SnippetStore& store, QWidget* parent)
         auto* item = new QTreeWidgetItem(
             m_list, {locale.toString(version.when, QLocale::ShortFormat),
                      LibraryHistory::reasonText(version.reason),
-                     locale.toString(recordCount(snippetJson(version.path)))});
+                     snippetCount(version.path)});
         item->setTextAlignment(2, Qt::AlignRight | Qt::AlignVCenter);
     }
     m_list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
@@ -107,8 +88,7 @@ RestoreDialog::RestoreDialog(SnippetStore& store, QWidget* parent)
 }
 
 QString RestoreDialog::changesFor(const QString& versionPath) const {
-    QString error;
-    const auto version = LibraryContent::read(versionPath, &error);
+    const auto version = LibraryContent::read(versionPath);
     if (!version)
         return tr("This version holds no snippets Typolet can read.");
     const auto& snippets = version->snippets;
@@ -165,7 +145,7 @@ void RestoreDialog::restore() {
         return;
     if (const auto error = m_store.restoreVersion(m_versions.at(row).path)) {
         QMessageBox::warning(this, tr("Not Restored"), StoreMessages::text(*error));
-        if (error->kind() != DataError::Kind::notSaved)
+        if (!error->isUnsaved())
             return;
     }
     accept();

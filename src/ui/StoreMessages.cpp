@@ -8,6 +8,15 @@ QString StoreMessages::text(const DataError& error) {
         return tr("This command already exists");
     case DataError::Kind::blankCommand:
         return tr("Enter a command: a blank one would expand on every key");
+    case DataError::Kind::damagedRecordsUnkept:
+        return tr("Not saved: records in %1 could not be read, and there is no room to keep a "
+                  "copy of the file before it is written over. Free some space, or choose to "
+                  "save anyway.")
+            .arg(error.file());
+    case DataError::Kind::unreadableFile:
+        return tr("%1 cannot be read: %2").arg(error.file(), error.why());
+    case DataError::Kind::notALibrary:
+        return tr("%1 holds no library Typolet can read").arg(error.file());
     case DataError::Kind::commandDiffersInCase:
         return tr("\u201C%1\u201D differs from this command only in letter case, and one of the "
                   "two matches the command's case: both would expand for the same keys.")

@@ -76,12 +76,8 @@ private slots:
                 QVERIFY(perform(session, ownKeyboard,
                                 {"down:Control_L", "key:a", "up:Control_L", "key:Delete"}));
                 QVERIFY(perform(session, ownKeyboard, c.actions));
-                const QString shown =
-                    session.shownTextOnce([&](const QString& text) { return text == c.shown; });
-                QVERIFY2(shown == c.shown,
-                         qPrintable(QStringLiteral("%1: ").arg(c.name) +
-                                    XSession::describeDifference(shown, c.shown) +
-                                    QStringLiteral("\nTypolet: ") + session.typoletOutput().right(800)));
+                const QString mismatch = session.mismatch(c.shown);
+                QVERIFY2(mismatch.isEmpty(), qPrintable(QStringLiteral("%1: ").arg(c.name) + mismatch));
             }
             return;
         }
@@ -123,16 +119,12 @@ private slots:
         const auto secondShows = [&](const QString& expected) {
             return XSession::waitFor([&] { return XSession::readText(secondFile) == expected; });
         };
-        const auto focus = [&](const QString& window) {
-            return session.run(QStringLiteral("xdotool"), {QStringLiteral("windowfocus"),
-                                                           QStringLiteral("--sync"), window});
-        };
         const QString notes = QStringLiteral("important notes here");
-        QVERIFY(focus(second));
+        QVERIFY(session.focus(second));
         QVERIFY(perform(session, ownKeyboard, {"text:" + notes}));
         QVERIFY(secondShows(notes));
 
-        QVERIFY(focus(first));
+        QVERIFY(session.focus(first));
         QVERIFY(perform(session, ownKeyboard, {QStringLiteral("text:;sig")}));
         QVERIFY(session.waitForExpansions(1));
         QCOMPARE(session.shownTextOnce([](const QString& text) { return text == regards; }), regards);
@@ -144,7 +136,7 @@ private slots:
                 return session.output(QStringLiteral("xdotool"), {QStringLiteral("getwindowfocus")}).trimmed() == second;
             }));
         } else {
-            QVERIFY(focus(second));
+            QVERIFY(session.focus(second));
         }
         QVERIFY(perform(session, ownKeyboard, {QStringLiteral("key:BackSpace")}));
         const QString expected = notes.chopped(1);
@@ -167,10 +159,8 @@ private slots:
         QVERIFY2(session.startWith({{";addr", QStringLiteral("1 Main St")}}, target, {";addr"}),
                  qPrintable(session.log()));
         QVERIFY(perform(session, false, {QStringLiteral("text:;addr next")}));
-        const QString expected = QStringLiteral("1 Main St next");
-        const QString shown = session.shownTextOnce([&](const QString& text) { return text == expected; });
-        QVERIFY2(shown == expected, qPrintable(XSession::describeDifference(shown, expected) +
-                                               QStringLiteral("\nTypolet: ") + session.typoletOutput().right(800)));
+        const QString mismatch = session.mismatch(QStringLiteral("1 Main St next"));
+        QVERIFY2(mismatch.isEmpty(), qPrintable(mismatch));
     }
 
     // A key held back while a command waits for its word to end belongs to the view it was
@@ -187,16 +177,12 @@ private slots:
         QVERIFY(session.startGtkTextView({QStringLiteral("--out"), secondFile, QStringLiteral("--title"),
                                           QStringLiteral("second")}));
         const QString second = session.targetWindow();
-        const auto focus = [&](const QString& window) {
-            return session.run(QStringLiteral("xdotool"), {QStringLiteral("windowfocus"),
-                                                           QStringLiteral("--sync"), window});
-        };
         const QString notes = QStringLiteral("notes");
-        QVERIFY(focus(second));
+        QVERIFY(session.focus(second));
         QVERIFY(perform(session, true, {"text:" + notes}));
         QVERIFY(XSession::waitFor([&] { return XSession::readText(secondFile) == notes; }));
 
-        QVERIFY(focus(first));
+        QVERIFY(session.focus(first));
         QVERIFY(perform(session, true, {QStringLiteral("text:;addr")}));
         QVERIFY(XSession::waitFor(
             [&] { return session.typoletOutput().contains(QLatin1String("Waiting for a word to end")); }));
@@ -204,7 +190,7 @@ private slots:
         QCOMPARE(::kill(static_cast<pid_t>(pid), SIGSTOP), 0);
         auto resume = qScopeGuard([pid] { ::kill(static_cast<pid_t>(pid), SIGCONT); });
         QVERIFY(perform(session, true, {QStringLiteral("text:x")}));
-        QVERIFY(focus(second));
+        QVERIFY(session.focus(second));
         QCOMPARE(::kill(static_cast<pid_t>(pid), SIGCONT), 0);
         resume.dismiss();
         QVERIFY(XSession::waitFor(
@@ -234,10 +220,8 @@ private slots:
         QThread::msleep(1500);
         QCOMPARE(::kill(static_cast<pid_t>(pid), SIGCONT), 0);
         QVERIFY(perform(session, true, {QStringLiteral("text: ;sig")}));
-        const QString expected = typed + QStringLiteral(" ") + regards;
-        const QString shown = session.shownTextOnce([&](const QString& text) { return text == expected; });
-        QVERIFY2(shown == expected, qPrintable(XSession::describeDifference(shown, expected) +
-                                               QStringLiteral("\nTypolet: ") + session.typoletOutput().right(800)));
+        const QString mismatch = session.mismatch(typed + QStringLiteral(" ") + regards);
+        QVERIFY2(mismatch.isEmpty(), qPrintable(mismatch));
     }
 };
 

@@ -84,9 +84,8 @@ private slots:
         QVERIFY(session.waitForExpansions(1));
         QVERIFY(session.run(QStringLiteral("xdotool"), {"type", "--delay", "15", " ;long"}));
         QVERIFY(session.waitForExpansions(2));
-        const QString expected = "x" + content + " " + content;
-        const QString shown = session.shownTextOnce([&](const QString& t) { return t == expected; });
-        QVERIFY2(shown == expected, qPrintable(XSession::describeDifference(shown, expected)));
+        const QString mismatch = session.mismatch("x" + content + " " + content);
+        QVERIFY2(mismatch.isEmpty(), qPrintable(mismatch));
         QVERIFY2(session.typoletOutput().count("Pasting with " + keys) == 2,
                  qPrintable(session.typoletOutput().right(1500)));
         QCOMPARE(clipboard(session, clipboardType), clipboardBytes);
@@ -106,8 +105,8 @@ private slots:
                  qPrintable(session.log()));
         QVERIFY(session.run(QStringLiteral("xdotool"), {"type", "--delay", "15", ";long"}));
         QVERIFY(session.waitForExpansions(1));
-        const QString shown = session.shownTextOnce([&](const QString& t) { return t == content; });
-        QVERIFY2(shown == content, qPrintable(XSession::describeDifference(shown, content)));
+        const QString mismatch = session.mismatch(content);
+        QVERIFY2(mismatch.isEmpty(), qPrintable(mismatch));
         QVERIFY2(XSession::waitFor([&] { return clipboard(session, "UTF8_STRING") == before; }),
                  qPrintable(QString::fromUtf8(clipboard(session, "UTF8_STRING")).left(80) +
                             QStringLiteral("\nTypolet: ") + session.typoletOutput().right(1500)));
@@ -121,8 +120,8 @@ private slots:
         QVERIFY2(session.startWith({{";long", content}}, XSession::Target::Terminal),
                  qPrintable(session.log()));
         QVERIFY(session.run(QStringLiteral("xdotool"), {"type", "--delay", "15", ";long"}));
-        const QString shown = session.shownTextOnce([&](const QString& t) { return t == content; });
-        QVERIFY2(shown == content, qPrintable(XSession::describeDifference(shown, content)));
+        const QString mismatch = session.mismatch(content);
+        QVERIFY2(mismatch.isEmpty(), qPrintable(mismatch));
         QVERIFY(session.typoletOutput().contains("the application has no paste keys"));
         QVERIFY(!session.typoletOutput().contains("Pasting with"));
         QCOMPARE(session.output(QStringLiteral("xclip"), {"-selection", "clipboard", "-o"}),

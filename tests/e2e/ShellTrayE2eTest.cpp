@@ -72,7 +72,6 @@ class ShellTrayE2eTest : public QObject {
     Q_OBJECT
 private slots:
     void runInBackgroundThenOpenTypolet();
-    void pauseFromTheTrayMenuIsKeptOverARestart();
     void excludeFromTheTrayMenuTakesTheApplicationInUse();
     void secondLaunchExitsAndRaisesTheFirst();
     void withoutATrayItRunsWithItsWindow();
@@ -161,25 +160,6 @@ void ShellTrayE2eTest::runInBackgroundThenOpenTypolet() {
     QVERIFY(!openTrayMenu(x).isEmpty());
     x.run(QStringLiteral("xdotool"), {"key", "ctrl+o"});
     QVERIFY(XSession::waitFor([&] { return isViewable(x, m_mainWindow); }));
-}
-
-void ShellTrayE2eTest::pauseFromTheTrayMenuIsKeptOverARestart() {
-    XSession x;
-    x.writeSnippets({{";bg", "from the background"}});
-    start(x, true);
-    QVERIFY(!openTrayMenu(x).isEmpty());
-    x.run(QStringLiteral("xdotool"), {"key", "Down", "Down", "Return"}); // "Pause Expansion"
-    QVERIFY(XSession::waitFor([&] { return x.typoletOutput().contains("Expansion paused"); }));
-    QVERIFY(runInBackground(x)); // no Typolet window has the focus now
-    QVERIFY(x.run(QStringLiteral("xdotool"), {"type", ";bg"}));
-    QVERIFY(XSession::waitFor([&] { return x.typoletOutput().count("(paused: ignored)") >= 3; }));
-    QVERIFY(!x.typoletOutput().contains("Match found"));
-
-    // Started again, it is still paused.
-    x.typolet()->terminate();
-    QVERIFY(x.typolet()->waitForFinished(20000));
-    start(x, false);
-    QVERIFY(x.typoletOutput().contains("Expansion paused"));
 }
 
 void ShellTrayE2eTest::excludeFromTheTrayMenuTakesTheApplicationInUse() {

@@ -9,13 +9,13 @@
 #include "SnippetStore.h"
 #include "SyncFile.h"
 #include "SyncFolder.h"
+#include "TestData.h"
 #include "Timestamp.h"
 
 #include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QSaveFile>
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTemporaryDir>
@@ -24,16 +24,6 @@
 
 namespace {
 constexpr int deadlineMs = 90000;
-
-QByteArray readAll(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeFile(const QString& path, const QByteArray& bytes) {
-    QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
-}
 
 int freePort() {
     QTcpServer server;
@@ -114,7 +104,7 @@ public:
                                    .arg(m_folder, m_deviceId, peer.m_deviceId)
                                    .arg(m_port)
                                    .arg(peer.m_port);
-        return writeFile(configPath(), config.toUtf8());
+        return replaceFile(configPath(), config.toUtf8());
     }
 
     bool start() {
@@ -178,13 +168,7 @@ struct Computer {
     bool published(const QString& text) const {
         return readAll(sync.ownFilePath()).contains(text.toUtf8());
     }
-    QStringList library() const {
-        QStringList shown;
-        for (const Snippet& snippet : store.snippets())
-            shown.append(snippet.command + u'=' + snippet.content);
-        shown.sort();
-        return shown;
-    }
+    QStringList library() const { return contentsOf(store.snippets()); }
 
     SnippetStore store;
     SyncFolder sync;
@@ -385,9 +369,9 @@ void SyncthingE2eTest::halfWrittenFileChangesNothing() {
                                  Timestamp::now() + 120);
     const QByteArray whole = SyncFile::encode(QStringLiteral("ffff6666"), QStringLiteral("other"), emptied);
     const QString library = m_syncthingA->folder() + QStringLiteral("/Typolet/");
-    QVERIFY(writeFile(library + QStringLiteral(".syncthing.other-ffff6666.json.tmp"), whole));
+    QVERIFY(replaceFile(library + QStringLiteral(".syncthing.other-ffff6666.json.tmp"), whole));
     const QByteArray half = whole.left(whole.size() / 2);
-    QVERIFY(writeFile(library + QStringLiteral("other-ffff6666.json"), half));
+    QVERIFY(replaceFile(library + QStringLiteral("other-ffff6666.json"), half));
     // Syncthing carries the half file to B, where it is named and left alone.
     QTRY_VERIFY2_WITH_TIMEOUT(m_b->sync.unreadableFiles().contains(QStringLiteral("other-ffff6666.json")),
                               qPrintable(QStringLiteral("B never named the half-written file") + logs()),

@@ -2,6 +2,7 @@
 // a virtual one with a layout of the test's choice: the keymap it hands its clients, the active
 // layout it reports, and typing through its virtual keyboards into an application of the
 // test's own.
+#include "CompiledKeymapSource.h"
 #include "SwayLayoutWatch.h"
 #include "WaylandKeymapSource.h"
 #include "WaylandVirtualKeyboardOutput.h"
@@ -11,21 +12,12 @@
 #include <QTemporaryDir>
 #include <QtTest>
 #include <unistd.h>
-#include <xkbcommon/xkbcommon.h>
 
 namespace {
 // sway refuses to run as root: it runs as this spare user, in a runtime folder of its own.
 constexpr uid_t spareUser = 65534;
 
-QString nameOf(const char* layout) {
-    xkb_context* context = xkb_context_new(XKB_CONTEXT_NO_ENVIRONMENT_NAMES);
-    const xkb_rule_names names{"evdev", "pc105", layout, "", ""};
-    xkb_keymap* keymap = xkb_keymap_new_from_names(context, &names, XKB_KEYMAP_COMPILE_NO_FLAGS);
-    const QString name = QString::fromUtf8(xkb_keymap_layout_get_name(keymap, 0));
-    xkb_keymap_unref(keymap);
-    xkb_context_unref(context);
-    return name;
-}
+QString nameOf(const char* layout) { return CompiledKeymapSource(layout).layoutName(); }
 
 class HeadlessSway {
 public:

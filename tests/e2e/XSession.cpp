@@ -394,10 +394,15 @@ bool XSession::typist(const QStringList& arguments) {
     return run(QStringLiteral(TYPOLET_TYPIST), arguments, 120000);
 }
 
-bool XSession::focusTarget() {
-    return !m_targetWindow.isEmpty() &&
-           run(QStringLiteral("xdotool"),
-               {QStringLiteral("windowfocus"), QStringLiteral("--sync"), m_targetWindow});
+bool XSession::focus(const QString& window) {
+    return run(QStringLiteral("xdotool"), {QStringLiteral("windowfocus"), QStringLiteral("--sync"), window});
+}
+
+QString XSession::mismatch(const QString& expected) {
+    const QString shown = shownTextOnce([&](const QString& text) { return text == expected; });
+    return shown == expected ? QString()
+                             : describeDifference(shown, expected) + QStringLiteral("\nTypolet: ") +
+                                   typoletOutput().right(800);
 }
 
 QString XSession::readText(const QString& path) {

@@ -71,8 +71,12 @@ public:
     QProcess* target() const { return m_target; }
     // The X window id (as xdotool writes it) of the last started client window.
     QString targetWindow() const { return m_targetWindow; }
-    // Gives the keyboard focus to the last started client window.
-    bool focusTarget();
+    // Gives the keyboard focus to `window`, or to the last started client window.
+    bool focus(const QString& window);
+    bool focusTarget() { return !m_targetWindow.isEmpty() && focus(m_targetWindow); }
+    // Waits until the target shows `expected` (as shownTextOnce() does); empty when it does,
+    // else where the text differs and the end of Typolet's output.
+    QString mismatch(const QString& expected);
 
     // Runs the test typist with these arguments (see Typist.cpp) to completion.
     bool typist(const QStringList& arguments);

@@ -226,20 +226,6 @@ QStringList unnamedControls(QWidget* root) {
     return unnamed;
 }
 
-QStringList commandsOf(const QList<Snippet>& snippets) {
-    QStringList commands;
-    for (const Snippet& snippet : snippets)
-        commands << snippet.command;
-    return commands;
-}
-
-QStringList namesOf(const QList<Category>& categories) {
-    QStringList names;
-    for (const Category& category : categories)
-        names << category.name;
-    return names;
-}
-
 QStringList GuiInput::tabThrough(QWidget* window, int stops) {
     QStringList order;
     for (int i = 0; i < stops; ++i) {

@@ -6,6 +6,7 @@
 #include "SnippetForm.h"
 #include "SnippetStore.h"
 #include "TemporarySettings.h"
+#include "TestData.h"
 
 #include <QAbstractButton>
 #include <QTest>
@@ -105,6 +106,3 @@ QString rowLabel(const CategoryRowView* row, const char* label);
 QStringList unnamedControls(QWidget* root);
 // The controls under `window` that Tab never reaches, going round from where the keyboard is.
 QStringList unreachableControls(QWidget* window);
-
-QStringList commandsOf(const QList<Snippet>& snippets);
-QStringList namesOf(const QList<Category>& categories);

@@ -10,9 +10,10 @@ struct xkb_context;
 // Tests switch the layout or the group between keys as a user would.
 class CompiledKeymapSource : public KeymapSource {
 public:
-    // `layouts` and `variants` as setxkbmap takes them, e.g. "us,de" and ",nodeadkeys".
+    // `layouts`, `variants` and `options` as setxkbmap takes them, e.g. "us,de", ",nodeadkeys"
+    // and "grp:caps_toggle".
     explicit CompiledKeymapSource(const QString& layouts = QStringLiteral("us"),
-                                  const QString& variants = {});
+                                  const QString& variants = {}, const QString& options = {});
     ~CompiledKeymapSource() override;
     CompiledKeymapSource(const CompiledKeymapSource&) = delete;
     CompiledKeymapSource& operator=(const CompiledKeymapSource&) = delete;
@@ -21,10 +22,14 @@ public:
     uint32_t currentGroup() override { return m_group; }
 
     // Replaces the keymap; false when it does not compile.
-    bool load(const QString& layouts, const QString& variants = {});
+    bool load(const QString& layouts, const QString& variants = {}, const QString& options = {});
     bool loadText(const QString& keymapText);
     void unload();
     void setGroup(uint32_t group) { m_group = group; }
+    // The keymap as text, as a compositor hands it to its clients.
+    QByteArray text() const;
+    // The name xkb-data gives its first layout, e.g. "German".
+    QString layoutName() const;
 
 private:
     xkb_context* m_context = nullptr;

@@ -17,7 +17,7 @@ public:
     bool start(KeyHandler handler) override;
     HoldResult holdKeys(HeldKeyFilter onHeld) override;
     void releaseKeys() override;
-    void ownTypingStarts() override { ++ownTypings; }
+    void ownTypingStarts() override {}
     void setPointerPressHandler(std::function<void()> handler) override {
         m_pointerPressed = std::move(handler);
     }
@@ -30,12 +30,6 @@ public:
     void press(uint32_t keyCode, KeyboardState state = {}, int repeats = 0,
                bool uncertain = false);
     void slip(uint32_t keyCode);
-    // A key from a device that is not held (another program typing through XTEST): reported at
-    // once, also while holding.
-    void pressUnheld(uint32_t keyCode) { m_handler(KeyStroke{keyCode, {}, 0, false}); }
-    // A key read well after it was typed.
-    void pressLate(uint32_t keyCode) { m_handler(KeyStroke{keyCode, {}, 0, false, true}); }
-    int ownTypings = 0;
 
     bool canHold = true;
     bool holding() const { return m_holding; }

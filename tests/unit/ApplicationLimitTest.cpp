@@ -1,11 +1,10 @@
 // Categories limited to applications: which limits overlap, what the store allows and keeps,
 // and which snippet the engine expands in the focused application.
+#include "CapturedDiagnostics.h"
 #include "FakeFocusedApplication.h"
 #include "RecordingKeyboardOutput.h"
-#include "SnippetStore.h"
-#include "TemporarySettings.h"
+#include "TestLibrary.h"
 #include "TextExpander.h"
-#include "CapturedDiagnostics.h"
 
 #include <QtTest>
 
@@ -14,18 +13,11 @@ using Limit = Category::Limit;
 Q_DECLARE_METATYPE(Category::Limit)
 
 namespace {
-// What the store answered, as text a failure can show.
-QString said(const std::optional<DataError>& error) {
-    return error ? QStringLiteral("refused %1: %2").arg(int(error->kind())).arg(error->why())
-                 : QStringLiteral("accepted");
-}
 Limit only(const QStringList& names) { return {Kind::onlyIn, names}; }
 Limit except(const QStringList& names) { return {Kind::exceptIn, names}; }
 
 // A store with a category per limit, in the order given.
-struct Library {
-    TemporarySettings settings;
-    SnippetStore store{settings.path()};
+struct Library : TestLibrary {
     QUuid category(const QString& name, const Limit& limit) {
         if (store.addCategory(name, limit))
             return {};
@@ -34,6 +26,7 @@ struct Library {
                 return c.id;
         return {};
     }
+    using TestLibrary::add;
     std::optional<DataError> add(const QString& command, const QUuid& category,
                                  bool matchCase = false, const QString& content = "x") {
         Snippet snippet = Snippet::create(command, content, category);
@@ -64,19 +57,6 @@ private slots:
         QFETCH(bool, overlap);
         QCOMPARE(a.overlaps(b), overlap);
         QCOMPARE(b.overlaps(a), overlap);
-    }
-
-    void whereSnippetsExpand() {
-        // Either part of WM_CLASS, in any letter case; an unknown application has only the
-        // snippets of categories without a limit.
-        const QStringList xterm{"xterm", "XTerm"};
-        QVERIFY(only({"XTERM"}).expandsIn(xterm));
-        QVERIFY(!only({"Gedit"}).expandsIn(xterm));
-        QVERIFY(!except({"xterm"}).expandsIn({"xterm", "XTerm"}));
-        QVERIFY(except({"Gedit"}).expandsIn(xterm));
-        QVERIFY(!only({"XTerm"}).expandsIn({}));
-        QVERIFY(!except({"XTerm"}).expandsIn({}));
-        QVERIFY(Limit{}.expandsIn({}));
     }
 
     // One command in two categories whose applications do not overlap; refused wherever both

@@ -1,10 +1,7 @@
 // A snippet that matches the command's case: the rule that reads the typed command's case, the
 // content in that case, and the engine that finds ";Sig" and ";SIG" for ";sig".
 #include "CommandCase.h"
-#include "RecordingKeyboardOutput.h"
-#include "SnippetStore.h"
-#include "TemporarySettings.h"
-#include "TextExpander.h"
+#include "EngineRigs.h"
 
 #include <QtTest>
 
@@ -13,11 +10,6 @@ using Expansions = QList<Expansion>;
 Q_DECLARE_METATYPE(CommandCase::Style)
 
 namespace {
-// What the store answered, as text a failure can show.
-QString said(const std::optional<DataError>& error) {
-    return error ? QStringLiteral("refused %1: %2").arg(int(error->kind())).arg(error->why())
-                 : QStringLiteral("accepted");
-}
 Snippet matchingCase(const QString& command, const QString& content) {
     Snippet snippet = Snippet::create(command, content, Category::defaultCategoryId);
     snippet.matchCase = true;
@@ -145,25 +137,17 @@ private slots:
         QFETCH(QList<Snippet>, snippets);
         QFETCH(QString, keys);
         QFETCH(Expansions, expected);
-        TemporarySettings settings;
-        SnippetStore store(settings.path());
-        store.setSnippets(snippets);
-        RecordingKeyboardOutput output;
-        double now = 1000;
-        TextExpander engine(store, &output, [&now] { return now; });
-        for (const QChar c : keys) {
-            now += 0.1;
-            engine.handleKeyPress(QString(c));
-            QCoreApplication::processEvents();
-        }
-        QCOMPARE(output.performed, expected);
+        TypingRig rig;
+        rig.store.setSnippets(snippets);
+        rig.type(keys);
+        QCOMPARE(rig.output.performed, expected);
     }
 
     // A command that differs only in case from one that matches the command's case is refused
     // (both would expand for the same keys); without the option on either, both may be.
     void theStoreRefusesCommandsThatDifferOnlyInCase() {
-        TemporarySettings settings;
-        SnippetStore store(settings.path());
+        TestLibrary library;
+        SnippetStore& store = library.store;
         const Snippet sig = matchingCase(";sig", "best regards");
         QCOMPARE(said(store.addSnippet(sig)), QStringLiteral("accepted"));
         QCOMPARE(said(store.addSnippet(Snippet::create(";SIG", "x", Category::defaultCategoryId))), said(DataError::commandDiffersInCase(";sig")));
@@ -181,9 +165,9 @@ private slots:
         QCOMPARE(clash.kind, SnippetStore::CommandClash::Kind::differsInCase);
         QCOMPARE(clash.longerCommand, ";sig");
         // The option is kept on disk, under a key of its own; old records read as off.
-        const auto reloaded = SnippetStore(settings.path()).snippet(sig.id);
+        const auto reloaded = SnippetStore(library.settings.path()).snippet(sig.id);
         QVERIFY(reloaded && reloaded->matchCase);
-        QVERIFY(!SnippetStore(settings.path()).snippet(plain.id)->matchCase);
+        QVERIFY(!SnippetStore(library.settings.path()).snippet(plain.id)->matchCase);
     }
 };
 

@@ -18,23 +18,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 #include <fcntl.h>
-#include <xkbcommon/xkbcommon.h>
 
 namespace {
-// The text of a keymap compiled from xkb-data, with xkb options.
-QString keymapText(const QString& layouts, const QString& options) {
-    xkb_context* context = xkb_context_new(XKB_CONTEXT_NO_ENVIRONMENT_NAMES);
-    const QByteArray layout = layouts.toUtf8(), option = options.toUtf8();
-    const xkb_rule_names names{"evdev", "pc105", layout.constData(), "", option.constData()};
-    xkb_keymap* keymap = xkb_keymap_new_from_names(context, &names, XKB_KEYMAP_COMPILE_NO_FLAGS);
-    char* text = keymap ? xkb_keymap_get_as_string(keymap, XKB_KEYMAP_FORMAT_TEXT_V1) : nullptr;
-    const QString result = QString::fromUtf8(text);
-    std::free(text);
-    xkb_keymap_unref(keymap);
-    xkb_context_unref(context);
-    return result;
-}
-
 // logind as far as a session's Active property goes: it answers GetSession and Properties.Get,
 // and announces a change with PropertiesChanged, as logind does.
 class StandInLogind : public QDBusVirtualObject {
@@ -189,7 +174,7 @@ private slots:
     // that switch groups go on from there; without any report the keys alone decide.
     void reportedGroupsAndGroupKeysBothCount() {
         Session session;
-        QVERIFY(session.keymap.loadText(keymapText("us,ru", "grp:caps_toggle")));
+        QVERIFY(session.keymap.loadText(CompiledKeymapSource("us,ru", {}, "grp:caps_toggle").text()));
         std::optional<uint32_t> report;
         session.monitor.setGroupReport([&report] { return report; });
         const auto groupNow = [&session] { return session.monitor.currentState().group; };
@@ -292,7 +277,7 @@ private slots:
         QFETCH(QString, options);
         QFETCH(QString, typed);
         Session session;
-        QVERIFY(session.keymap.loadText(keymapText(layouts, options)));
+        QVERIFY(session.keymap.loadText(CompiledKeymapSource(layouts, {}, options).text()));
         FakeInputDevices::send(session.peer(0), EV_LED, LED_CAPSL, 1);
         FakeInputDevices::send(session.peer(0), EV_SYN, SYN_REPORT, 0);
         session.tap(0, KEY_Q);

@@ -7,6 +7,7 @@
 #include "Preferences.h"
 #include "RecordCodec.h"
 #include "SnippetStore.h"
+#include "TestData.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>
@@ -57,11 +58,6 @@ bool unmount(const QString& target) {
     const bool ok = ::umount2(QFile::encodeName(target).constData(), MNT_DETACH) == 0;
     setCapabilitiesInEffect(false);
     return ok;
-}
-
-QByteArray readAll(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 bool writeFile(const QString& path, const QByteArray& bytes) {

@@ -6,7 +6,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QRandomGenerator>
-#include <QSet>
 #include <QtTest>
 #include <bit>
 
@@ -31,16 +30,6 @@ QByteArray arrayOf(std::initializer_list<QJsonValue> values) {
 class RecordCodecTest : public QObject {
     Q_OBJECT
 private slots:
-    void identityIsTheIdAlone() {
-        const Snippet a(kId, ";a", "one", 1, kCategory);
-        const Snippet b(kId, ";b", "two", 2, QUuid::createUuid());
-        QCOMPARE(a, b);
-        QCOMPARE(qHash(a), qHash(b));
-        QCOMPARE(QSet<Snippet>({a, b}).size(), 1);
-        QVERIFY(!(a == Snippet(QUuid::createUuid(), ";a", "one", 1, kCategory)));
-        QCOMPARE(qHash(Category(kCategory, "Work", 3)), qHash(Category(kCategory, "Office", 4)));
-    }
-
     void writesCompactJsonWithEveryKeyAndUpperCaseIds() {
         QCOMPARE(
             *RecordCodec::encodeSnippets({Snippet(kId, "", "", -1.25, kCategory)}),

@@ -1,16 +1,11 @@
 #include "UsageStore.h"
+#include "TestData.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
 
 namespace {
 const QUuid kId = QUuid::fromString(QStringLiteral("6a1f3c52-8a8e-4e0c-9a57-2b1c0d6f4e11"));
-
-void writeFile(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
 } // namespace
 
 class UsageStoreTest : public QObject {
@@ -44,7 +39,7 @@ private slots:
         const QString path = dir.filePath(QStringLiteral("state/Typolet/usage.json"));
         if (!file.isEmpty()) {
             QDir().mkpath(QFileInfo(path).absolutePath());
-            writeFile(path, file);
+            QVERIFY(replaceFile(path, file));
         }
         UsageStore store(path);
         QCOMPARE(store.usageOf(kId).count, count);

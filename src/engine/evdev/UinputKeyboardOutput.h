@@ -71,17 +71,12 @@ public:
     static constexpr int heldModifiersPollMs = 15;
 
 private:
-    struct Job {
-        Expansion actions;
-        std::function<void()> finished;
-        qsizetype action = 0;
+    struct Job : KeyboardOutput::Job {
         qsizetype position = 0; // taps done, or steps of the text's plan done
         std::optional<QList<UinputKeystrokePlanner::Step>> steps;
-        bool cancelled = false;
         bool planned = false;
         bool waitingForPaste = false;
         int waitedMs = 0;
-        int skipped = 0;
         QList<uint32_t> modifiersDown; // level keys our device holds now
         QList<uint32_t> locksCleared;  // lock keys tapped before typing, tapped again after
     };

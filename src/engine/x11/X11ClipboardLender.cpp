@@ -2,7 +2,6 @@
 
 #include "Logging.h"
 
-#include <QSocketNotifier>
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xlibint.h> // the connection's resource mask; it defines min() and max() macros
@@ -30,26 +29,16 @@ X11ClipboardLender::X11ClipboardLender(QObject* parent) : QObject(parent) {
 }
 
 X11ClipboardLender::~X11ClipboardLender() {
-    m_notifier.reset();
-    if (!m_display)
-        return;
-    if (m_phase == Phase::Lent && m_owner && !m_hadOwner)
-        XSetSelectionOwner(m_display, m_clipboard, None, m_time);
-    XDestroyWindow(m_display, m_window);
-    XCloseDisplay(m_display);
+    if (display() && m_phase == Phase::Lent && m_owner && !m_hadOwner)
+        XSetSelectionOwner(display(), m_clipboard, None, m_time);
 }
 
 bool X11ClipboardLender::open() {
-    if (m_display)
+    if (display())
         return true;
-    m_display = XOpenDisplay(nullptr);
-    if (!m_display)
+    // Its window owns the selection and receives the transfers.
+    if (!m_connection.open([this] { readEvents(); }))
         return false;
-    // An unmapped window of our own: it owns the selection and receives the transfers.
-    XSetWindowAttributes attributes{};
-    attributes.event_mask = PropertyChangeMask;
-    m_window = XCreateWindow(m_display, DefaultRootWindow(m_display), -10, -10, 1, 1, 0,
-                             CopyFromParent, InputOnly, CopyFromParent, CWEventMask, &attributes);
     const char* names[] = {"CLIPBOARD",
                            "TARGETS",
                            "TIMESTAMP",
@@ -67,7 +56,7 @@ bool X11ClipboardLender::open() {
                            "INSERT_PROPERTY"};
     constexpr int count = sizeof names / sizeof names[0];
     Atom atoms[count] = {};
-    XInternAtoms(m_display, const_cast<char**>(names), count, False, atoms);
+    XInternAtoms(display(), const_cast<char**>(names), count, False, atoms);
     unsigned long* fields[] = {&m_clipboard,  &m_targets, &m_timestamp,     &m_multiple,
                                &m_incr,       &m_utf8,    &m_text,          &m_textPlainUtf8,
                                &m_passwordHint, &m_transferProperty, &m_stampProperty};
@@ -78,13 +67,9 @@ bool X11ClipboardLender::open() {
     for (; i < count; ++i)
         m_notSaved.append(atoms[i]);
     // Larger values go in increments; leave room for the request's own header.
-    m_maxPropertyBytes = qsizetype(XMaxRequestSize(m_display)) * 4 - 256;
+    m_maxPropertyBytes = qsizetype(XMaxRequestSize(display())) * 4 - 256;
     // Every client's windows share the bits outside the mask the server gave each connection.
-    m_resourceMask = m_display->resource_mask;
-    XSync(m_display, False);
-    m_notifier = std::make_unique<QSocketNotifier>(ConnectionNumber(m_display),
-                                                   QSocketNotifier::Read);
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] { readEvents(); });
+    m_resourceMask = display()->resource_mask;
     return true;
 }
 
@@ -103,14 +88,14 @@ void X11ClipboardLender::lend(const QString& text, std::function<void(bool)> rea
     m_taken = false;
     Window focus = None;
     int revertTo = 0;
-    XGetInputFocus(m_display, &focus, &revertTo);
+    XGetInputFocus(display(), &focus, &revertTo);
     m_focusClient = focus > PointerRoot ? focus & ~m_resourceMask : 0;
     // Selections want a real server time: appending nothing to a property of our own window
     // brings one back in the PropertyNotify.
     m_phase = Phase::Stamping;
-    XChangeProperty(m_display, m_window, m_stampProperty, XA_STRING, 8, PropModeAppend, nullptr,
+    XChangeProperty(display(), window(), m_stampProperty, XA_STRING, 8, PropModeAppend, nullptr,
                     0);
-    XFlush(m_display);
+    XFlush(display());
     m_timer.start(saveTimeoutMs);
     QMetaObject::invokeMethod(this, [this] { readEvents(); }, Qt::QueuedConnection);
 }
@@ -122,9 +107,9 @@ void X11ClipboardLender::giveBack() {
 
 void X11ClipboardLender::readEvents() {
     // Round trips made while handling one event may queue others: read until none is left.
-    while (m_display && XPending(m_display) > 0) {
+    while (display() && XPending(display()) > 0) {
         XEvent event;
-        XNextEvent(m_display, &event);
+        XNextEvent(display(), &event);
         process(event);
     }
 }
@@ -133,7 +118,7 @@ void X11ClipboardLender::process(XEvent& event) {
     switch (event.type) {
     case PropertyNotify: {
         const XPropertyEvent& property = event.xproperty;
-        if (property.window == m_window) {
+        if (property.window == window()) {
             if (property.atom == m_stampProperty && m_phase == Phase::Stamping) {
                 startSaving(property.time);
             } else if (property.atom == m_transferProperty && property.state == PropertyNewValue &&
@@ -171,7 +156,7 @@ void X11ClipboardLender::process(XEvent& event) {
     }
     case SelectionNotify: {
         const XSelectionEvent& notify = event.xselection;
-        if (m_phase != Phase::Saving || notify.requestor != m_window ||
+        if (m_phase != Phase::Saving || notify.requestor != window() ||
             notify.selection != m_clipboard || notify.target != m_fetching || m_incoming)
             return;
         if (notify.property == None) {
@@ -205,7 +190,7 @@ void X11ClipboardLender::process(XEvent& event) {
             return;
         m_owner = false;
         m_offered.clear();
-        const Window owner = XGetSelectionOwner(m_display, m_clipboard);
+        const Window owner = XGetSelectionOwner(display(), m_clipboard);
         if (owner != None && m_askedForLentText.removeAll(owner & ~m_resourceMask) > 0) {
             // A clipboard manager keeping what it copied from us, the lent text: the user's
             // content comes back once the loan is over.
@@ -232,8 +217,8 @@ void X11ClipboardLender::startSaving(unsigned long time) {
     m_saved.clear();
     m_savedBytes = 0;
     m_incoming = false;
-    const Window owner = XGetSelectionOwner(m_display, m_clipboard);
-    if (owner == m_window && m_owner) {
+    const Window owner = XGetSelectionOwner(display(), m_clipboard);
+    if (owner == window() && m_owner) {
         // We still answer for what the user had before the last paste.
         m_hadOwner = true;
         m_saved = m_offered;
@@ -248,8 +233,8 @@ void X11ClipboardLender::startSaving(unsigned long time) {
     m_phase = Phase::Saving;
     m_toFetch.clear();
     m_fetching = m_targets;
-    XConvertSelection(m_display, m_clipboard, m_targets, m_transferProperty, m_window, m_time);
-    XFlush(m_display);
+    XConvertSelection(display(), m_clipboard, m_targets, m_transferProperty, window(), m_time);
+    XFlush(display());
 }
 
 void X11ClipboardLender::fetched(const Value& value) {
@@ -283,8 +268,8 @@ void X11ClipboardLender::fetchNext() {
     }
     m_fetching = m_toFetch.takeFirst();
     m_timer.start(saveTimeoutMs);
-    XConvertSelection(m_display, m_clipboard, m_fetching, m_transferProperty, m_window, m_time);
-    XFlush(m_display);
+    XConvertSelection(display(), m_clipboard, m_fetching, m_transferProperty, window(), m_time);
+    XFlush(display());
 }
 
 void X11ClipboardLender::saveFailed(const QString& reason) {
@@ -306,8 +291,8 @@ void X11ClipboardLender::own() {
                  {m_text, {m_utf8, 8, utf8}},
                  {XA_STRING, {XA_STRING, 8, m_lentText.toLatin1()}},
                  {m_passwordHint, {m_passwordHint, 8, QByteArrayLiteral("secret")}}};
-    XSetSelectionOwner(m_display, m_clipboard, m_window, m_time);
-    if (XGetSelectionOwner(m_display, m_clipboard) != m_window) {
+    XSetSelectionOwner(display(), m_clipboard, window(), m_time);
+    if (XGetSelectionOwner(display(), m_clipboard) != window()) {
         m_owner = false;
         m_offered.clear();
         saveFailed(QStringLiteral("another program keeps the clipboard"));
@@ -331,13 +316,13 @@ void X11ClipboardLender::finishLoan() {
         if (m_hadOwner) {
             // Owned again, so that a clipboard manager sees the user's content come back.
             m_offered = m_userContent;
-            XSetSelectionOwner(m_display, m_clipboard, m_window, m_time);
+            XSetSelectionOwner(display(), m_clipboard, window(), m_time);
         } else {
             m_offered.clear();
             m_owner = false;
-            XSetSelectionOwner(m_display, m_clipboard, None, m_time);
+            XSetSelectionOwner(display(), m_clipboard, None, m_time);
         }
-        XFlush(m_display);
+        XFlush(display());
     }
     m_saved.clear();
     if (auto returned = std::exchange(m_returned, {}))
@@ -349,13 +334,13 @@ void X11ClipboardLender::ownUserContentAgain() {
     // The other client owns the clipboard from a later time than ours: only the server's time
     // of this request comes after it.
     if (m_userContent.isEmpty() && !m_hadOwner) {
-        XSetSelectionOwner(m_display, m_clipboard, None, CurrentTime);
+        XSetSelectionOwner(display(), m_clipboard, None, CurrentTime);
     } else {
         m_offered = m_userContent;
-        XSetSelectionOwner(m_display, m_clipboard, m_window, CurrentTime);
-        m_owner = XGetSelectionOwner(m_display, m_clipboard) == m_window;
+        XSetSelectionOwner(display(), m_clipboard, window(), CurrentTime);
+        m_owner = XGetSelectionOwner(display(), m_clipboard) == window();
     }
-    XFlush(m_display);
+    XFlush(display());
     qCInfo(lcEngine).noquote()
         << QStringLiteral("A clipboard manager kept the pasted text: the clipboard holds its "
                           "earlier content again");
@@ -382,7 +367,7 @@ void X11ClipboardLender::serve(const XEvent& event) {
     const XSelectionRequestEvent& request = event.xselectionrequest;
     XEvent reply{};
     reply.xselection.type = SelectionNotify;
-    reply.xselection.display = m_display;
+    reply.xselection.display = display();
     reply.xselection.requestor = request.requestor;
     reply.xselection.selection = request.selection;
     reply.xselection.target = request.target;
@@ -391,19 +376,19 @@ void X11ClipboardLender::serve(const XEvent& event) {
     // Obsolete clients name no property: the target's name is used then.
     const Atom property = request.property != None ? request.property : request.target;
     bool tookText = false;
-    const bool ours = m_owner && request.selection == m_clipboard && request.owner == m_window &&
+    const bool ours = m_owner && request.selection == m_clipboard && request.owner == window() &&
                       (request.time == CurrentTime || request.time >= m_time);
     if (ours && request.target == m_targets) {
         QList<long> atoms{long(m_targets), long(m_timestamp)};
         for (const auto& [format, value] : std::as_const(m_offered))
             atoms.append(long(format));
-        XChangeProperty(m_display, request.requestor, property, XA_ATOM, 32, PropModeReplace,
+        XChangeProperty(display(), request.requestor, property, XA_ATOM, 32, PropModeReplace,
                         reinterpret_cast<const unsigned char*>(atoms.constData()),
                         int(atoms.size()));
         reply.xselection.property = property;
     } else if (ours && request.target == m_timestamp) {
         const long time = long(m_time);
-        XChangeProperty(m_display, request.requestor, property, XA_INTEGER, 32, PropModeReplace,
+        XChangeProperty(display(), request.requestor, property, XA_INTEGER, 32, PropModeReplace,
                         reinterpret_cast<const unsigned char*>(&time), 1);
         reply.xselection.property = property;
     } else if (const Value* value = ours ? offered(request.target) : nullptr) {
@@ -421,9 +406,9 @@ void X11ClipboardLender::serve(const XEvent& event) {
             for (qsizetype i = m_transfers.size() - 1; i >= 0; --i)
                 if (m_transfers[i].lastStep.hasExpired(transferGiveUpMs))
                     m_transfers.removeAt(i);
-            XSelectInput(m_display, request.requestor, PropertyChangeMask);
+            XSelectInput(display(), request.requestor, PropertyChangeMask);
             const long size = long(value->bytes.size());
-            XChangeProperty(m_display, request.requestor, property, m_incr, 32, PropModeReplace,
+            XChangeProperty(display(), request.requestor, property, m_incr, 32, PropModeReplace,
                             reinterpret_cast<const unsigned char*>(&size), 1);
             Transfer transfer{request.requestor, property, *value, 0, text, {}};
             transfer.lastStep.start();
@@ -431,7 +416,7 @@ void X11ClipboardLender::serve(const XEvent& event) {
             if (text)
                 m_timer.start(takeTimeoutMs);
         } else {
-            XChangeProperty(m_display, request.requestor, property, value->type, value->format,
+            XChangeProperty(display(), request.requestor, property, value->type, value->format,
                             PropModeReplace,
                             reinterpret_cast<const unsigned char*>(value->bytes.constData()),
                             int(value->bytes.size() / itemSize(value->format)));
@@ -439,8 +424,8 @@ void X11ClipboardLender::serve(const XEvent& event) {
         }
         reply.xselection.property = property;
     }
-    XSendEvent(m_display, request.requestor, False, NoEventMask, &reply);
-    XFlush(m_display);
+    XSendEvent(display(), request.requestor, False, NoEventMask, &reply);
+    XFlush(display());
     if (tookText)
         finishLoan();
 }
@@ -450,7 +435,7 @@ void X11ClipboardLender::sendNextIncrement(Transfer& transfer) {
     const int size = itemSize(transfer.value.format);
     // Whole items only.
     const qsizetype piece = (std::min)(remaining, m_maxPropertyBytes / size * size);
-    XChangeProperty(m_display, transfer.window, transfer.property, transfer.value.type,
+    XChangeProperty(display(), transfer.window, transfer.property, transfer.value.type,
                     transfer.value.format, PropModeReplace,
                     reinterpret_cast<const unsigned char*>(transfer.value.bytes.constData() +
                                                            transfer.sent),
@@ -467,14 +452,14 @@ void X11ClipboardLender::sendNextIncrement(Transfer& transfer) {
         for (const Transfer& other : std::as_const(m_transfers))
             windowStillUsed = windowStillUsed || (&other != &transfer && other.window == transfer.window);
         if (!windowStillUsed)
-            XSelectInput(m_display, transfer.window, NoEventMask);
+            XSelectInput(display(), transfer.window, NoEventMask);
         if (transfer.lentText && m_phase == Phase::Lent) {
-            XFlush(m_display);
+            XFlush(display());
             finishLoan();
             return;
         }
     }
-    XFlush(m_display);
+    XFlush(display());
 }
 
 bool X11ClipboardLender::readProperty(unsigned long property, Value& value) {
@@ -482,7 +467,7 @@ bool X11ClipboardLender::readProperty(unsigned long property, Value& value) {
     int format = 0;
     unsigned long items = 0, after = 0;
     unsigned char* data = nullptr;
-    if (XGetWindowProperty(m_display, m_window, property, 0, LONG_MAX / 4, True, AnyPropertyType,
+    if (XGetWindowProperty(display(), window(), property, 0, LONG_MAX / 4, True, AnyPropertyType,
                            &type, &format, &items, &after, &data) != Success)
         return false;
     value.type = type;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "X11SelectionWindow.h"
+
 #include <QByteArray>
 #include <QElapsedTimer>
 #include <QHash>
@@ -11,7 +13,6 @@
 #include <memory>
 #include <optional>
 
-class QSocketNotifier;
 typedef struct _XDisplay Display;
 union _XEvent;
 typedef union _XEvent XEvent;
@@ -107,9 +108,9 @@ private:
     static int itemSize(int format);
     const Value* offered(unsigned long target) const;
 
-    Display* m_display = nullptr;
-    unsigned long m_window = 0;
-    std::unique_ptr<QSocketNotifier> m_notifier;
+    X11SelectionWindow m_connection;
+    Display* display() const { return m_connection.display(); } // null until open
+    unsigned long window() const { return m_connection.window(); }
     qsizetype m_maxPropertyBytes = 0;
     unsigned long m_resourceMask = 0; // the part of a window's id that its client chose
 

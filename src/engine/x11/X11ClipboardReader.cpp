@@ -3,7 +3,6 @@
 #include "Logging.h"
 #include "X11ClipboardLender.h"
 
-#include <QSocketNotifier>
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <climits>
@@ -21,36 +20,19 @@ X11ClipboardReader::X11ClipboardReader(const X11ClipboardLender* lender, QObject
     });
 }
 
-X11ClipboardReader::~X11ClipboardReader() {
-    m_notifier.reset();
-    if (!m_display)
-        return;
-    XDestroyWindow(m_display, m_window);
-    XCloseDisplay(m_display);
-}
+X11ClipboardReader::~X11ClipboardReader() = default;
 
 bool X11ClipboardReader::open() {
-    if (m_display)
+    if (display())
         return true;
-    m_display = XOpenDisplay(nullptr);
-    if (!m_display)
+    if (!m_connection.open([this] { readEvents(); }))
         return false;
-    // An unmapped window of our own receives the text; its property changes carry the
-    // increments of a large one.
-    XSetWindowAttributes attributes{};
-    attributes.event_mask = PropertyChangeMask;
-    m_window = XCreateWindow(m_display, DefaultRootWindow(m_display), -10, -10, 1, 1, 0,
-                             CopyFromParent, InputOnly, CopyFromParent, CWEventMask, &attributes);
-    m_clipboard = XInternAtom(m_display, "CLIPBOARD", False);
-    m_utf8 = XInternAtom(m_display, "UTF8_STRING", False);
-    m_incr = XInternAtom(m_display, "INCR", False);
-    m_targets = XInternAtom(m_display, "TARGETS", False);
-    m_textPlainUtf8 = XInternAtom(m_display, "text/plain;charset=utf-8", False);
-    m_property = XInternAtom(m_display, "TYPOLET_CLIPBOARD_TEXT", False);
-    XSync(m_display, False);
-    m_notifier = std::make_unique<QSocketNotifier>(ConnectionNumber(m_display),
-                                                   QSocketNotifier::Read);
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] { readEvents(); });
+    m_clipboard = XInternAtom(display(), "CLIPBOARD", False);
+    m_utf8 = XInternAtom(display(), "UTF8_STRING", False);
+    m_incr = XInternAtom(display(), "INCR", False);
+    m_targets = XInternAtom(display(), "TARGETS", False);
+    m_textPlainUtf8 = XInternAtom(display(), "text/plain;charset=utf-8", False);
+    m_property = XInternAtom(display(), "TYPOLET_CLIPBOARD_TEXT", False);
     return true;
 }
 
@@ -71,9 +53,9 @@ void X11ClipboardReader::readText(TextHandler done) {
     // The formats first: some owners hand over whatever they hold for any format asked for,
     // an image as "text" too.
     m_asking = m_targets;
-    XDeleteProperty(m_display, m_window, m_property);
-    XConvertSelection(m_display, m_clipboard, m_targets, m_property, m_window, CurrentTime);
-    XFlush(m_display);
+    XDeleteProperty(display(), window(), m_property);
+    XConvertSelection(display(), m_clipboard, m_targets, m_property, window(), CurrentTime);
+    XFlush(display());
     m_timeout.start();
     // An answer that Xlib has read already does not wake the notifier.
     QMetaObject::invokeMethod(this, [this] { readEvents(); }, Qt::QueuedConnection);
@@ -84,7 +66,7 @@ bool X11ClipboardReader::takeProperty(QByteArray& bytes, unsigned long& type) {
     int format = 0;
     unsigned long items = 0, after = 0;
     unsigned char* data = nullptr;
-    if (XGetWindowProperty(m_display, m_window, m_property, 0, LONG_MAX / 4, True,
+    if (XGetWindowProperty(display(), window(), m_property, 0, LONG_MAX / 4, True,
                            AnyPropertyType, &actualType, &format, &items, &after,
                            &data) != Success ||
         actualType == None) {
@@ -100,9 +82,9 @@ bool X11ClipboardReader::takeProperty(QByteArray& bytes, unsigned long& type) {
 }
 
 void X11ClipboardReader::readEvents() {
-    while (m_display && XPending(m_display) > 0) {
+    while (display() && XPending(display()) > 0) {
         XEvent event;
-        XNextEvent(m_display, &event);
+        XNextEvent(display(), &event);
         if (m_waiting.isEmpty())
             continue; // the answer to a question given up on
         if (event.type == SelectionNotify && event.xselection.selection == m_clipboard &&
@@ -150,8 +132,8 @@ void X11ClipboardReader::askForText(const QByteArray& targets) {
         finish(std::nullopt); // only an image, files or the like
         return;
     }
-    XConvertSelection(m_display, m_clipboard, m_asking, m_property, m_window, CurrentTime);
-    XFlush(m_display);
+    XConvertSelection(display(), m_clipboard, m_asking, m_property, window(), CurrentTime);
+    XFlush(display());
 }
 
 std::optional<QString> X11ClipboardReader::decoded(const QByteArray& bytes) const {

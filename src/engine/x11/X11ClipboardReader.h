@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ClipboardSource.h"
+#include "X11SelectionWindow.h"
 
 #include <QByteArray>
 #include <QList>
@@ -8,7 +9,6 @@
 #include <QTimer>
 #include <memory>
 
-class QSocketNotifier;
 class X11ClipboardLender;
 typedef struct _XDisplay Display;
 
@@ -44,12 +44,12 @@ private:
     bool takeProperty(QByteArray& bytes, unsigned long& type);
 
     const X11ClipboardLender* m_lender;
-    Display* m_display = nullptr;
-    unsigned long m_window = 0;
+    X11SelectionWindow m_connection;
+    Display* display() const { return m_connection.display(); } // null until open
+    unsigned long window() const { return m_connection.window(); }
     unsigned long m_clipboard = 0, m_utf8 = 0, m_incr = 0, m_property = 0, m_targets = 0,
                   m_textPlainUtf8 = 0;
     unsigned long m_asking = 0; // the format asked for now: TARGETS, then a text format
-    std::unique_ptr<QSocketNotifier> m_notifier;
     QTimer m_timeout;
     QList<TextHandler> m_waiting;
     bool m_incoming = false; // an incremental transfer is under way

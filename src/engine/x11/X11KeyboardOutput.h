@@ -68,20 +68,15 @@ public:
     static constexpr int chunkLength = 64;
 
 private:
-    struct Job {
-        Expansion actions;
-        std::function<void()> finished;
-        qsizetype action = 0;
+    struct Job : KeyboardOutput::Job {
         qsizetype textPosition = 0;
         std::optional<KeystrokePlanner::Plan> plan;
         qsizetype chunkEnd = 0;
         qsizetype batch = 0;
-        bool cancelled = false;
         QList<uint32_t> releasedModifiers;
         unsigned int lockedMods = 0, latchedMods = 0;
         int latchedGroup = 0;
         uint32_t group = 0;
-        int skipped = 0;
         quint64 id = 0;
         bool typingPaste = false; // the paste action is typed after all
     };

@@ -7,6 +7,7 @@
 #include "RecordingAutostartBackend.h"
 #include "SnippetStore.h"
 #include "TemporarySettings.h"
+#include "TestData.h"
 #include "XdgAutostartBackend.h"
 
 #include <QDir>
@@ -19,17 +20,6 @@
 #include <algorithm>
 
 namespace {
-QByteArray contentOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeFile(const QString& path, const QByteArray& content) {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(content);
-}
-
 // A manager over a recording backend; `calls` stays valid while the manager lives.
 struct RecordedManager {
     RecordingAutostartBackend* calls = new RecordingAutostartBackend;
@@ -67,12 +57,12 @@ void AutostartTest::entryIsWrittenWholeAndRemovedAlone() {
     manager.setStartAtLogin(false); // nothing to remove yet: no failure, no folder
     QVERIFY(!QFileInfo::exists(folder));
     manager.setStartAtLogin(true);
-    QCOMPARE(contentOf(entry), expected);
+    QCOMPARE(readAll(entry), expected);
 
     // An old entry is replaced through a temporary file renamed into place.
-    writeFile(entry, "[Desktop Entry]\nExec=/old/typolet --stale\nHidden=true\n");
+    QVERIFY(replaceFile(entry, "[Desktop Entry]\nExec=/old/typolet --stale\nHidden=true\n"));
     manager.setStartAtLogin(true);
-    QCOMPARE(contentOf(entry), expected);
+    QCOMPARE(readAll(entry), expected);
     QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::System),
              QStringList{QStringLiteral("typolet.desktop")});
 
@@ -87,7 +77,7 @@ void AutostartTest::entryIsWrittenWholeAndRemovedAlone() {
     QVERIFY2(validate.exitCode() == 0 && complaints.isEmpty(), complaints.constData());
 
     const QString other = folder + QStringLiteral("/other.desktop");
-    writeFile(other, "[Desktop Entry]\n");
+    QVERIFY(replaceFile(other, "[Desktop Entry]\n"));
     manager.setStartAtLogin(false);
     QVERIFY(!QFileInfo::exists(entry));
     QVERIFY(QFileInfo::exists(other));
@@ -98,7 +88,7 @@ void AutostartTest::failuresPrintOneLineEach() {
     QTemporaryDir dir;
     // A plain file where the autostart folder should be: the entry cannot be written.
     const QString blocked = dir.filePath(QStringLiteral("autostart"));
-    writeFile(blocked, {});
+    QVERIFY(replaceFile(blocked, {}));
     // A folder with content where the entry should be: it cannot be removed.
     const QString stuck = dir.filePath(QStringLiteral("other-autostart"));
     QVERIFY(QDir().mkpath(stuck + QStringLiteral("/typolet.desktop/inside")));
@@ -107,8 +97,8 @@ void AutostartTest::failuresPrintOneLineEach() {
     Autostart(std::make_unique<XdgAutostartBackend>(blocked, program)).setStartAtLogin(true);
     Autostart(std::make_unique<XdgAutostartBackend>(stuck, program)).setStartAtLogin(false);
     QCOMPARE(output.lines.size(), 2);
-    const QString enable = QStringLiteral("Failed to enable login item: ");
-    const QString disable = QStringLiteral("Failed to disable login item: ");
+    const QString enable = QStringLiteral("Failed to enable autostart entry: ");
+    const QString disable = QStringLiteral("Failed to disable autostart entry: ");
     QVERIFY2(output.lines[0].startsWith(enable) && output.lines[0].size() > enable.size(),
              qPrintable(output.lines[0]));
     QVERIFY2(output.lines[1].startsWith(disable) && output.lines[1].size() > disable.size(),

@@ -1,11 +1,8 @@
-// A stand-in for a second Typolet process in the single-instance tests: it claims the given
-// server name like Typolet does at start-up and reports its role on standard output.
+// A stand-in for another Typolet process in the single-instance tests: it claims the given
+// server name as Typolet does at start-up, prints its role ("primary" or "secondary") and, as
+// the primary, waits to be killed.
 //
 //   typolet_instance_probe SERVER_NAME
-//
-// Secondary: prints "secondary notified" (exit 3) or "secondary unreachable" (exit 4).
-// Primary: prints "primary", then waits; when asked to come forward it prints "activated" and
-// exits 0.
 
 #include "SingleInstanceGuard.h"
 
@@ -20,15 +17,9 @@ int main(int argc, char* argv[]) {
     }
     SingleInstanceGuard guard(QString::fromLocal8Bit(argv[1]));
     if (guard.claim() == SingleInstanceGuard::Role::Secondary) {
-        std::printf("%s\n",
-                    guard.notifiedPrimary() ? "secondary notified" : "secondary unreachable");
-        return guard.notifiedPrimary() ? 3 : 4;
+        std::printf("secondary\n");
+        return 3;
     }
-    QObject::connect(&guard, &SingleInstanceGuard::activationRequested, &app, [] {
-        std::printf("activated\n");
-        std::fflush(stdout);
-        QCoreApplication::exit(0);
-    });
     std::printf("primary\n");
     std::fflush(stdout);
     return QCoreApplication::exec();

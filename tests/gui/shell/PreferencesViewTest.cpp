@@ -70,43 +70,24 @@ void PreferencesViewTest::startAtLoginTurnsTheEntryOnAndOffAndShowsTheTruth() {
     QTest::keyClick(toggle, Qt::Key_Space);
     QVERIFY(toggle->isChecked() && f.preferences.startAtLogin());
 
-    // The undo box writes its preference, which the engine follows.
-    QSignalSpy undo(&f.preferences, &Preferences::undoWithBackspaceChanged);
-    QVERIFY(f.view.undoBox()->isChecked());
+    // Each setting is written where the next start reads it (the engine's side is the
+    // application's test).
     clickBox(f.view.undoBox());
-    QCOMPARE(undo.size(), 1);
     QCOMPARE(f.settings.read(QStringLiteral("undoWithBackspace")).toBool(), false);
-
-    // Edits are asked about until automatic saving is turned on.
-    QSignalSpy saveEdits(&f.preferences, &Preferences::saveEditsOnLeaveChanged);
-    QVERIFY(!f.view.saveEditsBox()->isChecked() && !f.preferences.saveEditsOnLeave());
     clickBox(f.view.saveEditsBox());
-    QCOMPARE(saveEdits.size(), 1);
     QVERIFY(Preferences(f.settings.path()).saveEditsOnLeave());
-
-    // Paste: on from 100 characters until changed; off, the engine is given 0 and the
-    // threshold box is disabled; a threshold out of range in the file reads as the nearest.
-    QSignalSpy paste(&f.preferences, &Preferences::pasteChanged);
-    QCOMPARE(f.preferences.effectivePasteThreshold(), Preferences::defaultPasteThreshold);
+    // Paste off: the threshold box is disabled; a threshold out of range reads as the nearest.
     f.view.pasteThresholdBox()->setValue(250);
     QCOMPARE(Preferences(f.settings.path()).effectivePasteThreshold(), 250);
     clickBox(f.view.pasteBox());
     QVERIFY(!f.view.pasteThresholdBox()->isEnabled());
     QCOMPARE(Preferences(f.settings.path()).effectivePasteThreshold(), 0);
-    QCOMPARE(paste.size(), 2);
     f.settings.write(QStringLiteral("pasteThreshold"), -5);
     QCOMPARE(Preferences(f.settings.path()).pasteThreshold(), Preferences::minimumPasteThreshold);
-
-    // The pause keys: Ctrl+Alt+Space until another combination (only the first) is chosen.
-    QCOMPARE(f.preferences.pauseKeys(), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_Space));
-    QSignalSpy keys(&f.preferences, &Preferences::pauseKeysChanged);
+    // Only the first combination of the pause keys counts; Insert Snippet's may be none.
     f.view.pauseKeysEdit()->setKeySequence(QKeySequence(QStringLiteral("Ctrl+Alt+P, Ctrl+X")));
     emit f.view.pauseKeysEdit()->editingFinished();
-    QCOMPARE(keys.size(), 1);
     QCOMPARE(Preferences(f.settings.path()).pauseKeys(), QKeySequence(QStringLiteral("Ctrl+Alt+P")));
-
-    // Insert Snippet's keys (Ctrl+Alt+. until changed; cleared, none), counting and its Clear.
-    QCOMPARE(f.preferences.insertKeys(), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_Period));
     f.view.insertKeysEdit()->clear();
     emit f.view.insertKeysEdit()->editingFinished();
     QCOMPARE(Preferences(f.settings.path()).insertKeys(), QKeySequence());
@@ -146,7 +127,6 @@ void PreferencesViewTest::keyboardLayoutShowsWhatIsInUseAndKeepsTheChoice() {
     // A variant from xkb-data is offered under its layout, and the choice is stored.
     const int variant = choice->findData(QStringLiteral("de(nodeadkeys)"));
     QVERIFY(variant > 0);
-    QSignalSpy changes(&f.preferences, &Preferences::keyboardLayoutChanged);
     choice->setCurrentIndex(variant);
     emit choice->activated(variant);
     QCOMPARE(f.settings.read(Preferences::keyboardLayoutKey).toString(),
@@ -154,7 +134,6 @@ void PreferencesViewTest::keyboardLayoutShowsWhatIsInUseAndKeepsTheChoice() {
     choice->setCurrentIndex(0);
     emit choice->activated(0);
     QCOMPARE(f.preferences.keyboardLayout(), QString());
-    QCOMPARE(changes.size(), 2);
 }
 
 TYPOLET_ISOLATED_TEST_MAIN(PreferencesViewTest)

@@ -56,7 +56,12 @@ void QuitConfirmationTest::keysAndClosingAnswerToo() {
     } cases[] = {
         {"Return", key(Qt::Key_Return), Response::Quit},
         {"Escape", key(Qt::Key_Escape), Response::Cancel},
-        {"Alt+R", [](QMessageBox* alert) { QTest::keyClick(alert, Qt::Key_R, Qt::AltModifier); },
+        // An Alt key is a shortcut: it reaches the buttons once the alert is the active window.
+        {"Alt+R",
+         [](QMessageBox* alert) {
+             QVERIFY(QTest::qWaitForWindowActive(alert));
+             QTest::keyClick(alert, Qt::Key_R, Qt::AltModifier);
+         },
          Response::RunInBackground},
         {"closed", [](QMessageBox* alert) { alert->close(); }, Response::Cancel},
     };

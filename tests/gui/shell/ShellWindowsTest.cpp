@@ -1,59 +1,16 @@
-// The Preferences and About windows, built once and reused; which windows are hidden and shown.
+// Which windows are hidden and shown again when Typolet goes to the background and comes back.
 
-#include "ShellWindows.h"
-#include "AboutView.h"
 #include "AppWindows.h"
 #include "IsolatedTestMain.h"
-#include "Autostart.h"
-#include "Preferences.h"
-#include "PreferencesView.h"
-#include "RecordingAutostartBackend.h"
-#include "TemporarySettings.h"
 
 #include <QDialog>
-#include <QPointer>
-#include <QScreen>
 #include <QtTest>
 
 class ShellWindowsTest : public QObject {
     Q_OBJECT
 private slots:
-    void eachWindowIsBuiltOnceAndReused_data();
-    void eachWindowIsBuiltOnceAndReused();
     void windowListLeavesOutWhatIsNotAWindow();
 };
-
-void ShellWindowsTest::eachWindowIsBuiltOnceAndReused_data() {
-    QTest::addColumn<bool>("about");
-    QTest::newRow("Preferences") << false;
-    QTest::newRow("About") << true;
-}
-
-void ShellWindowsTest::eachWindowIsBuiltOnceAndReused() {
-    QFETCH(bool, about);
-    TemporarySettings settings;
-    Preferences preferences(settings.path());
-    Autostart autostart(std::make_unique<RecordingAutostartBackend>());
-    ShellWindows windows(autostart, preferences);
-    const auto open = [&] {
-        about ? windows.openAboutWindow() : windows.openPreferencesWindow();
-        return about ? windows.aboutWindow() : windows.preferencesWindow();
-    };
-    QPointer<QWidget> window = open();
-    QVERIFY(window && QTest::qWaitForWindowExposed(window));
-    QCOMPARE(about ? windows.preferencesWindow() : windows.aboutWindow(), nullptr);
-    QPointer<QWidget> view =
-        about ? static_cast<QWidget*>(windows.aboutView()) : windows.preferencesView();
-    QVERIFY(view && window->isAncestorOf(view));
-
-    // Closing only hides; the next request shows the same window and view, state and all.
-    QVERIFY(window->close());
-    QVERIFY(window && !window->isVisible());
-    QWidget* reopened = open();
-    QCOMPARE(reopened, window.data());
-    QVERIFY(window->isVisible());
-    QVERIFY(view && window->isAncestorOf(view));
-}
 
 void ShellWindowsTest::windowListLeavesOutWhatIsNotAWindow() {
     QWidget shown;

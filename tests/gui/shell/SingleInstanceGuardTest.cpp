@@ -24,12 +24,14 @@ void startProbe(QProcess& probe, const QString& name) {
 class SingleInstanceGuardTest : public QObject {
     Q_OBJECT
 private slots:
-    void secondLaunchInAnotherProcessExitsAndRaisesThisOne();
+    void aStrangersLineIsIgnored();
     void crashedTypoletDoesNotBlockTheNextLaunch();
     void defaultNameIsPerUserAndDisplay();
 };
 
-void SingleInstanceGuardTest::secondLaunchInAnotherProcessExitsAndRaisesThisOne() {
+// A second launch of the real program raises the first (the shell's end-to-end test); here,
+// anything but that request is ignored.
+void SingleInstanceGuardTest::aStrangersLineIsIgnored() {
     QTemporaryDir dir;
     const QString name = dir.filePath(QStringLiteral("guard.socket"));
     SingleInstanceGuard running(name);
@@ -43,16 +45,6 @@ void SingleInstanceGuardTest::secondLaunchInAnotherProcessExitsAndRaisesThisOne(
     QVERIFY(stranger->write("open the pod bay doors\n"));
     QVERIFY(hungUp.wait(patienceMs)); // the running side hangs up once it has read the line
     QCOMPARE(activations.size(), 0);
-
-    QProcess probe;
-    startProbe(probe, name);
-    // The probe blocks only on its own side; this process keeps serving its socket meanwhile.
-    QVERIFY(activations.wait(patienceMs));
-    QTRY_COMPARE_WITH_TIMEOUT(probe.state(), QProcess::NotRunning, patienceMs);
-    QCOMPARE(probe.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(probe.exitCode(), 3);
-    QCOMPARE(probe.readAllStandardOutput().trimmed(), QByteArray("secondary notified"));
-    QCOMPARE(activations.size(), 1);
 }
 
 void SingleInstanceGuardTest::crashedTypoletDoesNotBlockTheNextLaunch() {

@@ -12,26 +12,17 @@
 #include "SyncCard.h"
 #include "SyncFile.h"
 #include "SyncFolder.h"
+#include "TestData.h"
 #include "Timestamp.h"
 
 #include <QDir>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
-#include <QSaveFile>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include "Translations.h"
-
-namespace {
-void writeFile(const QString& path, const QByteArray& bytes) {
-    QSaveFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-    QVERIFY(file.commit());
-}
-} // namespace
 
 class SyncCardTest : public QObject {
     Q_OBJECT
@@ -50,8 +41,6 @@ void SyncCardTest::chooseListAndStop() {
     PreferencesView view(autostart, preferences, &sync);
     SyncCard* card = view.syncCard();
     QVERIFY(card);
-    for (const QLabel* label : view.findChildren<QLabel*>())
-        QVERIFY2(!label->text().contains(QLatin1String("Coming Soon")), qPrintable(label->text()));
     QVERIFY(!store.addSnippet(Snippet::create(QStringLiteral(";mine"), QStringLiteral("here"),
                                               Category::defaultCategoryId)));
     view.show();
@@ -67,8 +56,8 @@ void SyncCardTest::chooseListAndStop() {
         {Snippet::create(QStringLiteral(";a"), QStringLiteral("1"), Category::defaultCategoryId),
          Snippet::create(QStringLiteral(";b"), QStringLiteral("2"), Category::defaultCategoryId)},
         QStringLiteral("dddd4444"), Timestamp::now());
-    writeFile(folder + QStringLiteral("/Typolet/laptop-dddd4444.json"),
-              SyncFile::encode(QStringLiteral("dddd4444"), QStringLiteral("laptop"), other));
+    QVERIFY(replaceFile(folder + QStringLiteral("/Typolet/laptop-dddd4444.json"),
+                        SyncFile::encode(QStringLiteral("dddd4444"), QStringLiteral("laptop"), other)));
 
     card->chooseFolder(folder);
     QCOMPARE(card->statusLabel()->text(),
@@ -82,7 +71,7 @@ void SyncCardTest::chooseListAndStop() {
     QVERIFY(card->computerList()->item(1)->text().startsWith(QLatin1String("laptop: 2 snippets")));
 
     // A file that does not read is named, and left as it is.
-    writeFile(folder + QStringLiteral("/Typolet/desk-eeee5555.json"), "{\"version\": 1, \"snip");
+    QVERIFY(replaceFile(folder + QStringLiteral("/Typolet/desk-eeee5555.json"), "{\"version\": 1, \"snip"));
     sync.readFolder();
     QVERIFY(card->problemsLabel()->isVisible());
     QVERIFY(card->problemsLabel()->text().contains(QLatin1String("desk-eeee5555.json")));

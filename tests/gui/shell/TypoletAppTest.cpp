@@ -35,7 +35,6 @@ private slots:
     void pauseKeysAreTakenWhereTheSessionAllows_data();
     void pauseKeysAreTakenWhereTheSessionAllows();
     void ownWindowsKeepTheirKeys();
-    void aSecondLaunchStartsNoEngine();
 };
 
 void TypoletAppTest::preferencesReachTheEngineAtOnce() {
@@ -127,16 +126,5 @@ void TypoletAppTest::ownWindowsKeepTheirKeys() {
 }
 
 // Two engines would expand every snippet twice.
-void TypoletAppTest::aSecondLaunchStartsNoEngine() {
-    Fixture first;
-    QVERIFY(first.app.start());
-    RecordingEngineBackend secondEngine;
-    TypoletApp second(secondEngine, first.store, first.autostart, first.preferences,
-                      first.serverName);
-    QVERIFY(!second.start());
-    QVERIFY(!secondEngine.started);
-    QVERIFY(secondEngine.applied.isEmpty());
-}
-
 TYPOLET_ISOLATED_TEST_MAIN(TypoletAppTest)
 #include "TypoletAppTest.moc"
