@@ -6,6 +6,7 @@
 // libraries are scored on two threads: on an idle machine the wait is about half of it). Runs
 // on the offscreen platform unless QT_QPA_PLATFORM says otherwise; TYPOLET_BENCH_ROUNDS sets
 // how many times "kind re" is typed (10 by default; more to profile the keystrokes).
+#include "BenchSupport.h"
 #include "InsertSnippetWindow.h"
 #include "SnippetStore.h"
 #include "TemporarySettings.h"
@@ -25,10 +26,6 @@
 #include <vector>
 
 namespace {
-const QStringList kWords = {"regards", "meeting", "address", "invoice", "thanks", "tomorrow",
-                            "schedule", "signature", "café", "déjà", "résumé", "office",
-                            "please", "project", "Müller", "straße", "привет", "東京",
-                            "report", "deadline", "phone", "number", "kind", "best"};
 
 double cpuMs() {
     timespec now{};
@@ -73,16 +70,7 @@ void measure(int count, double keystrokeTarget) {
     QRandomGenerator random(count);
     TemporarySettings settings;
     SnippetStore store(settings.path());
-    QList<Snippet> snippets;
-    for (int i = 0; i < count; ++i) {
-        QString command = QStringLiteral(";");
-        for (int l = 3 + random.bounded(6); l > 0; --l)
-            command.append(QChar(u'a' + random.bounded(26)));
-        QStringList words;
-        for (int w = 10 + random.bounded(51); w > 0; --w)
-            words.append(kWords[random.bounded(kWords.size())]);
-        snippets.append(Snippet::create(command, words.join(u' '), Category::defaultCategoryId));
-    }
+    const QList<Snippet> snippets = BenchSupport::library(count, random);
     store.setSnippets(snippets);
     QTemporaryDir state;
     UsageStore usage(state.filePath(QStringLiteral("usage.json")));
